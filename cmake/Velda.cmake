@@ -1,0 +1,60 @@
+# What every target of the tree shares: warnings, sanitizers, and the two ways of declaring a target.
+
+add_library(velda_options INTERFACE)
+target_include_directories(velda_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(velda_options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
+                       -Wunused-result -Wold-style-cast -Wcast-align)
+target_compile_definitions(velda_options INTERFACE QT_DEPRECATED_WARNINGS QT_NO_CAST_TO_ASCII
+                           VELDA_VERSION="${PROJECT_VERSION}")
+if(VELDA_WERROR)
+    target_compile_options(velda_options INTERFACE -Werror)
+endif()
+if(VELDA_SANITIZE)
+    target_compile_options(velda_options INTERFACE -fsanitize=${VELDA_SANITIZE} -fno-omit-frame-pointer
+                           -fno-sanitize-recover=all)
+    target_link_options(velda_options INTERFACE -fsanitize=${VELDA_SANITIZE})
+endif()
+
+# velda_library(NAME LIBS lib...): a static library from all .cpp and .h files of the calling folder.
+function(velda_library name)
+    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    if(NOT ARG_SOURCES)
+        file(GLOB ARG_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    endif()
+    if(NOT ARG_SOURCES)
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE velda_options ${ARG_LIBS})
+        return()
+    endif()
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC velda_options ${ARG_LIBS})
+endfunction()
+
+# velda_program(NAME SOURCES file... LIBS lib...): a program in bin/ of the build folder.
+function(velda_program name)
+    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    list(GET ARG_SOURCES 0 main_source)
+    if(NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${main_source})
+        return()
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE velda_options ${ARG_LIBS})
+endfunction()
+
+# velda_tests(LIBS lib...): one test program for each tst_*.cpp of the calling folder, named after it and run offscreen.
+function(velda_tests)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "LIBS" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/tst_*.cpp)
+    foreach(source ${sources})
+        get_filename_component(name ${source} NAME_WE)
+        add_executable(${name} ${source})
+        set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+        target_link_libraries(${name} PRIVATE velda_test_support ${ARG_LIBS})
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT
+            "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1:abort_on_error=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:history_size=4;UBSAN_OPTIONS=print_stacktrace=1")
+    endforeach()
+endfunction()

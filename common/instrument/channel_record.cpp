@@ -1,0 +1,76 @@
+#include "common/instrument/channel_record.h"
+
+static_assert(sizeof(ChannelRecord) == kChannelRecordSize);
+static_assert(std::is_standard_layout_v<ChannelRecord> && std::is_trivially_copyable_v<ChannelRecord>);
+
+// The layout is a contract with the service: every published field stands at its published place.
+#define VELDA_RECORD_AT(field, offset) static_assert(offsetof(ChannelRecord, field) == (offset), #field)
+VELDA_RECORD_AT(connected, 4);
+VELDA_RECORD_AT(rfOutput, 8);
+VELDA_RECORD_AT(modulationEnable, 12);
+VELDA_RECORD_AT(runMode, 16);
+VELDA_RECORD_AT(triggerSource, 20);
+VELDA_RECORD_AT(triggerEdge, 52);
+VELDA_RECORD_AT(triggerAdvance, 84);
+VELDA_RECORD_AT(triggerCount, 116);
+VELDA_RECORD_AT(triggerDelay, 128);
+VELDA_RECORD_AT(triggerTimer, 160);
+VELDA_RECORD_AT(triggerImpedance, 184);
+VELDA_RECORD_AT(frequency, 200);
+VELDA_RECORD_AT(power, 232);
+VELDA_RECORD_AT(phase, 264);
+VELDA_RECORD_AT(referenceOscillator, 288);
+VELDA_RECORD_AT(listState, 360);
+VELDA_RECORD_AT(listName, 364);
+VELDA_RECORD_AT(patternState, 396);
+VELDA_RECORD_AT(patternName, 400);
+VELDA_RECORD_AT(listDwell, 432);
+VELDA_RECORD_AT(patternTime, 456);
+VELDA_RECORD_AT(patternRepetitions, 480);
+VELDA_RECORD_AT(frswTotalTime, 496);
+VELDA_RECORD_AT(prswTotalTime, 512);
+VELDA_RECORD_AT(amState, 560);
+VELDA_RECORD_AT(amSource, 564);
+VELDA_RECORD_AT(amRate, 600);
+VELDA_RECORD_AT(amDepth, 624);
+VELDA_RECORD_AT(fmState, 648);
+VELDA_RECORD_AT(fmSource, 652);
+VELDA_RECORD_AT(fmRate, 688);
+VELDA_RECORD_AT(fmDeviation, 712);
+VELDA_RECORD_AT(pmState, 736);
+VELDA_RECORD_AT(pmSource, 740);
+VELDA_RECORD_AT(pmRate, 776);
+VELDA_RECORD_AT(pmDeviation, 800);
+VELDA_RECORD_AT(pulseState, 824);
+VELDA_RECORD_AT(pulseSource, 828);
+VELDA_RECORD_AT(pulseFrequency, 864);
+VELDA_RECORD_AT(pulseWidth, 888);
+VELDA_RECORD_AT(frswState, 912);
+VELDA_RECORD_AT(frswStart, 920);
+VELDA_RECORD_AT(frswStop, 944);
+VELDA_RECORD_AT(frswSteps, 968);
+VELDA_RECORD_AT(frswDwell, 984);
+VELDA_RECORD_AT(frswDirection, 1008);
+VELDA_RECORD_AT(prswState, 1040);
+VELDA_RECORD_AT(prswStart, 1048);
+VELDA_RECORD_AT(prswStop, 1072);
+VELDA_RECORD_AT(prswSteps, 1096);
+VELDA_RECORD_AT(prswDwell, 1112);
+VELDA_RECORD_AT(prswDirection, 1136);
+VELDA_RECORD_AT(model, 1168);
+VELDA_RECORD_AT(serial, 1200);
+VELDA_RECORD_AT(firmwareVersion, 1232);
+VELDA_RECORD_AT(temperature, 1264);
+VELDA_RECORD_AT(batteryCharge, 1272);
+VELDA_RECORD_AT(batteryCompanion, 1276);
+VELDA_RECORD_AT(options, 1312);
+VELDA_RECORD_AT(calibrationDate, 1344);
+VELDA_RECORD_AT(ipAddress, 1536);
+VELDA_RECORD_AT(networkMask, 1568);
+VELDA_RECORD_AT(gateway, 1600);
+VELDA_RECORD_AT(scpiPort, 1632);
+VELDA_RECORD_AT(dhcp, 1760);
+VELDA_RECORD_AT(batteryCurrent, 1764);
+VELDA_RECORD_AT(lowBatteryThreshold, 1766);
+VELDA_RECORD_AT(batteryProtection, 1768);
+#undef VELDA_RECORD_AT

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+/// Where a value check tells the user what is wrong. The toast of the panel implements it; a test records it.
+class MessageSink {
+public:
+    virtual ~MessageSink() = default;
+
+    /// Shows a text briefly. seconds of 0 or less means the sink's own default.
+    virtual void showMessage(const QString& text, float seconds) = 0;
+};
