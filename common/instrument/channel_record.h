@@ -112,7 +112,7 @@ struct ChannelRecord {
     char model[32];
     char serial[32];
     char firmwareVersion[32];
-    double temperature; ///< degrees Celsius
+    double temperature;         ///< degrees Celsius
     std::int32_t batteryCharge; ///< percent
     std::int32_t batteryCompanion;
     char reserved1280[32];
@@ -124,10 +124,10 @@ struct ChannelRecord {
     char gateway[32];
     char scpiPort[32]; ///< TCP port of the SCPI service, decimal text
     char reserved1664[96];
-    std::uint32_t dhcp; ///< 0: static address
-    std::int16_t batteryCurrent; ///< negative while the battery discharges
+    std::uint32_t dhcp;                ///< 0: static address
+    std::int16_t batteryCurrent;       ///< negative while the battery discharges
     std::uint16_t lowBatteryThreshold; ///< percent
-    std::uint32_t batteryProtection; ///< 1: on
+    std::uint32_t batteryProtection;   ///< 1: on
     char reserved1772[44];
 };
 

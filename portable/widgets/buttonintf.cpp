@@ -1,0 +1,37 @@
+#include "portable/widgets/buttonintf.h"
+
+#include "portable/widgets/styles/styles.h"
+
+#include <algorithm>
+
+namespace Kavor::HandheldGui {
+
+IntfButton::IntfButton(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width, int height)
+    : QPushButton(text, parent), m_states(states) {
+    setMaximumSize(width, height);
+    setBaseSize(width, height);
+    resize(width, height);
+    setFlat(true);
+    setFocusPolicy(Qt::NoFocus);
+    setStyles(PRESSED_TAB_BTN_STYLE2, UNPRESSED_TAB_BTN_STYLE2);
+}
+
+void IntfButton::setStyles(const QString& pressed, const QString& unpressed) {
+    m_pressed = pressed;
+    m_unpressed = unpressed;
+    applySheet(this, m_unpressed);
+}
+
+void IntfButton::toggleButton(STATE state) {
+    const bool pressed = std::find(m_states.begin(), m_states.end(), state) != m_states.end();
+    applySheet(this, pressed ? m_pressed : m_unpressed);
+}
+
+IntfButtonMod::IntfButtonMod(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width,
+                             int height)
+    : IntfButton(parent, states, text, width, height) {
+    setFocusPolicy(Qt::StrongFocus);
+    setStyles(PRESSED_TAB_BTN_STYLE3, UNPRESSED_TAB_BTN_STYLE3);
+}
+
+} // namespace Kavor::HandheldGui

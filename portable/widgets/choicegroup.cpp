@@ -1,0 +1,49 @@
+#include "portable/widgets/choicegroup.h"
+
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QPushButton>
+#include <QVariant>
+
+namespace Kavor::HandheldGui {
+
+ChoiceGroup::ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QString& unpressedStyle,
+                         const std::vector<Button>& buttons)
+    : QObject(parent), m_pressedStyle(pressedStyle), m_unpressedStyle(unpressedStyle) {
+    for (const Button& description : buttons) {
+        auto* button = new QPushButton(description.text, parent);
+        button->setObjectName(description.name);
+        button->setProperty("tone", description.tone);
+        button->setFocusPolicy(Qt::NoFocus);
+        const int index = static_cast<int>(m_buttons.size());
+        connect(button, &QPushButton::clicked, this, [this, index] { emit clicked(index); });
+        button->setStyleSheet(m_unpressedStyle);
+        m_buttons.push_back(button);
+    }
+}
+
+void ChoiceGroup::choose(int index) {
+    m_chosen = index;
+    for (int i = 0; i < static_cast<int>(m_buttons.size()); ++i)
+        applySheet(button(i), i == index ? m_pressedStyle : m_unpressedStyle);
+}
+
+void ChoiceGroup::setEnabled(bool enabled) {
+    for (QPushButton* button : m_buttons)
+        button->setEnabled(enabled);
+}
+
+void ChoiceGroup::setVisible(bool visible) {
+    for (QPushButton* button : m_buttons)
+        button->setVisible(visible);
+}
+
+void ChoiceGroup::place(int x, int y, int width, int height) {
+    for (QPushButton* button : m_buttons) {
+        button->setGeometry(x, y, width, height);
+        x += width + Style::Gap;
+    }
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <vector>
+
+class QPushButton;
+class QWidget;
+
+namespace Kavor::HandheldGui {
+
+/// A choice of two or three buttons of which one carries the pressed style. It only shows: pressing a button emits
+/// chosen(), and the look moves when choose() is called, so a refused command leaves it as it was. GUI thread.
+class ChoiceGroup : public QObject {
+    Q_OBJECT
+
+public:
+    /// One button of the group. tone: "rf", "off" or empty (see styles.h); name: the object name.
+    struct Button {
+        QString text;
+        QString name;
+        QString tone;
+    };
+
+    ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QString& unpressedStyle,
+                const std::vector<Button>& buttons);
+
+    QPushButton* button(int index) const { return m_buttons[static_cast<std::size_t>(index)]; }
+
+    /// The pressed button's index, -1 when none is.
+    int chosen() const { return m_chosen; }
+
+    /// Moves the pressed style. -1 gives every button the unpressed one.
+    void choose(int index);
+
+    void setEnabled(bool enabled);
+    void setVisible(bool visible);
+
+    /// Lays the buttons out from (x, y) to the right with the grid's gap between them.
+    void place(int x, int y, int width, int height);
+
+signals:
+    void clicked(int index);
+
+private:
+    std::vector<QPushButton*> m_buttons;
+    QString m_pressedStyle;
+    QString m_unpressedStyle;
+    int m_chosen = -1;
+};
+
+} // namespace Kavor::HandheldGui

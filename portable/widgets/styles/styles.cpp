@@ -1,0 +1,260 @@
+#include "portable/widgets/styles/styles.h"
+
+#include "portable/widgets/styles/tokens.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QWidget>
+
+namespace Kavor::HandheldGui {
+
+namespace Style {
+
+QString css(QRgb colour) {
+    return QColor(colour).name();
+}
+
+} // namespace Style
+
+namespace {
+
+using namespace Style;
+
+QString font(int pixels, bool strong = false) {
+    return QStringLiteral("font-family: \"Segoe UI\"; font-size: %1px; font-weight: %2;")
+        .arg(pixels)
+        .arg(strong ? QStringLiteral("600") : QStringLiteral("normal"));
+}
+
+QString colours(QRgb text, QRgb background) {
+    return QStringLiteral("color: %1; background-color: %2;").arg(css(text), css(background));
+}
+
+QString border(int width, QRgb colour, int radius = Radius) {
+    return QStringLiteral("border: %1px solid %2; border-radius: %3px;").arg(width).arg(css(colour)).arg(radius);
+}
+
+QString rule(const QString& selector, const QString& body) {
+    return selector + QStringLiteral(" { ") + body + QStringLiteral(" }\n");
+}
+
+QString disabledButton(bool strong = false) {
+    return rule(QStringLiteral("QPushButton:disabled"),
+                colours(Disabled, Panel) + border(2, PanelEdge) + (strong ? font(TextLabel, true) : QString()));
+}
+
+QString filledButton(QRgb text, QRgb fill, QRgb down, const QString& variant = QString()) {
+    const QString selector = QStringLiteral("QPushButton") + variant;
+    return rule(selector, colours(text, fill) + border(2, fill) + font(TextLabel, true)) +
+           rule(selector + QStringLiteral(":pressed"),
+                QStringLiteral("background-color: %1;").arg(css(down)) + border(2, Text));
+}
+
+QString raisedButton() {
+    return rule(QStringLiteral("QPushButton"), colours(Text, Raised) + border(2, FaintEdge) + font(TextLabel)) +
+           rule(QStringLiteral("QPushButton:pressed"),
+                QStringLiteral("background-color: %1;").arg(css(RaisedDown)) + border(2, Active)) +
+           disabledButton();
+}
+
+QString chosenButton() {
+    return filledButton(OnActive, Active, ActiveDown) +
+           filledButton(OnRfOn, RfOn, RfOnDown, QStringLiteral("[tone=\"rf\"]")) +
+           filledButton(OnNeutral, Neutral, Text, QStringLiteral("[tone=\"off\"]")) + disabledButton(true);
+}
+
+QString functionTab(bool pressed) {
+    const QString edge = QStringLiteral("border: none; border-right: 1px solid %1; border-bottom: 4px solid %2;")
+                             .arg(css(Ground), css(pressed ? Active : Panel));
+    return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Panel) + edge +
+                                                   font(TextGroup, pressed) + QStringLiteral("padding-top: 4px;")) +
+           rule(QStringLiteral("QPushButton:pressed"), colours(Text, RaisedDown));
+}
+
+QString pageTab(bool pressed, int pixels = TextLabel) {
+    const QString edge = QStringLiteral("border: none; border-top: 4px solid %1; border-top-left-radius: %2px;"
+                                        "border-top-right-radius: %2px;")
+                             .arg(css(pressed ? Active : Ground))
+                             .arg(Radius);
+    return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Ground) + edge +
+                                                   font(pixels, pressed) + QStringLiteral("padding-bottom: 2px;")) +
+           rule(QStringLiteral("QPushButton:pressed"), colours(Text, RaisedDown)) +
+           rule(QStringLiteral("QPushButton:disabled"), colours(Disabled, Panel));
+}
+
+QString label(int pixels, QRgb colour, bool strong = false) {
+    return rule(QStringLiteral("QLabel"),
+                QStringLiteral("color: %1; background: transparent; border: none;").arg(css(colour)) +
+                    font(pixels, strong)) +
+           rule(QStringLiteral("QLabel:disabled"), QStringLiteral("color: %1;").arg(css(Disabled)));
+}
+
+QString edit(int pixels, QRgb text, QRgb background, QRgb edge, bool strong = false) {
+    return rule(QStringLiteral("QLineEdit"),
+                colours(text, background) + border(2, edge) + font(pixels, strong) +
+                    QStringLiteral("padding: 0 16px; selection-background-color: %1; selection-color: %2;")
+                        .arg(css(Active), css(OnActive))) +
+           rule(QStringLiteral("QLineEdit:disabled"),
+                colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge)));
+}
+
+QString combo(int pixels) {
+    return rule(QStringLiteral("QComboBox"),
+                colours(Text, Field) + border(2, Edge) + font(pixels) + QStringLiteral("padding-left: 18px;")) +
+           rule(QStringLiteral("QComboBox:on"), QStringLiteral("border-color: %1;").arg(css(Active))) +
+           rule(QStringLiteral("QComboBox:disabled"),
+                colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge))) +
+           rule(QStringLiteral("QComboBox::drop-down"), QStringLiteral("border: none; width: 44px;")) +
+           rule(QStringLiteral("QComboBox::down-arrow"),
+                QStringLiteral("image: url(:/down_arrow.png); width: 16px; height: 8px;")) +
+           rule(QStringLiteral("QComboBox::down-arrow:disabled"),
+                QStringLiteral("image: url(:/down_arrow_disabled.png);")) +
+           rule(QStringLiteral("QComboBox QAbstractItemView"),
+                colours(Text, Panel) + border(2, Edge, 0) + font(pixels) +
+                    QStringLiteral("outline: none; selection-background-color: %1; selection-color: %2;")
+                        .arg(css(Active), css(OnActive))) +
+           rule(QStringLiteral("QComboBox QAbstractItemView::item"),
+                QStringLiteral("min-height: 68px; padding-left: 16px;"));
+}
+
+QString group(QRgb background, QRgb edge) {
+    return QStringLiteral("QFrame#group { background-color: %1; border: 1px solid %2; border-radius: 12px; }\n")
+        .arg(css(background), css(edge));
+}
+
+QString scrollBars() {
+    return rule(QStringLiteral("QScrollBar:vertical"),
+                QStringLiteral("background: %1; width: 56px; border: none;").arg(css(Panel))) +
+           rule(QStringLiteral("QScrollBar::handle:vertical"),
+                QStringLiteral("background: %1; min-height: 72px; border-radius: 8px; margin: 2px 4px;")
+                    .arg(css(FaintEdge))) +
+           rule(QStringLiteral("QScrollBar::handle:vertical:pressed"),
+                QStringLiteral("background: %1;").arg(css(Active))) +
+           rule(QStringLiteral("QScrollBar::add-line, QScrollBar::sub-line"), QStringLiteral("height: 0;")) +
+           rule(QStringLiteral("QScrollBar::add-page, QScrollBar::sub-page"), QStringLiteral("background: none;"));
+}
+
+QString table() {
+    return rule(QStringLiteral("QTableView, QTableWidget"),
+                colours(Text, Panel) +
+                    QStringLiteral("border: none; gridline-color: %1; selection-background-color: %2;"
+                                   "selection-color: %3; outline: none;")
+                        .arg(css(PanelEdge), css(Field), css(Text)) +
+                    font(26)) +
+           rule(QStringLiteral("QHeaderView::section"), colours(Label, Panel) +
+                                                            QStringLiteral("border: none; border-bottom: 1px solid %1;"
+                                                                           "padding-left: 16px;")
+                                                                .arg(css(PanelEdge)) +
+                                                            font(TextGroup, true)) +
+           scrollBars();
+}
+
+QString checkBox() {
+    return rule(QStringLiteral("QCheckBox"),
+                QStringLiteral("color: %1; background: transparent;").arg(css(Label)) + font(TextLabel)) +
+           rule(QStringLiteral("QCheckBox:disabled"), QStringLiteral("color: %1;").arg(css(Disabled)));
+}
+
+} // namespace
+
+const QString MAIN_WINDOW_STYLE =
+    rule(QStringLiteral("QMainWindow"), QStringLiteral("background-color: %1;").arg(css(Ground)));
+const QString CONTENT_BAR_STYLE = rule(
+    QStringLiteral("QLabel"),
+    QStringLiteral("color: %1; background-color: %2; border: none; padding-left: 24px;").arg(css(Label), css(Ground)) +
+        font(TextGroup));
+const QString STATUS_BAR_STYLE =
+    rule(QStringLiteral("QStatusBar"), colours(Text, Black) + QStringLiteral("border: none;")) +
+    rule(QStringLiteral("QStatusBar::item"), QStringLiteral("border: none;")) +
+    rule(QStringLiteral("QStatusBar QLabel"),
+         QStringLiteral("color: %1; background: transparent;").arg(css(Text)) + font(TextGroup));
+
+const QString PRESSED_TAB_BTN_STYLE = pageTab(true);
+const QString UNPRESSED_TAB_BTN_STYLE = pageTab(false);
+const QString PRESSED_TAB_BTN_STYLE_SMALL = pageTab(true, TextGroup);
+const QString PRESSED_TAB_BTN_STYLE2 = functionTab(true);
+const QString UNPRESSED_TAB_BTN_STYLE2 = functionTab(false);
+const QString PRESSED_TAB_BTN_STYLE3 = pageTab(true);
+const QString UNPRESSED_TAB_BTN_STYLE3 = pageTab(false);
+
+const QString PRESSED_MOD_BTN_STYLE = chosenButton();
+const QString UNPRESSED_MOD_BTN_STYLE = raisedButton();
+const QString PRESSED_WIDGET_BTN_STYLE = chosenButton();
+const QString UNPRESSED_WIDGET_BTN_STYLE = raisedButton();
+const QString PUSH_BN_STYLE = raisedButton();
+const QString PUSH_BN_SEL_STYLE = chosenButton();
+
+const QString BORDER_LBL_STYLE =
+    rule(QStringLiteral("QLabel"), colours(Label, Panel) + border(1, PanelEdge) + font(TextLabel));
+const QString MOD_WIDGET_STYLE = QStringLiteral("background: transparent;");
+const QString WIDGET_LBL_STYLE = label(TextLabel, Label);
+const QString WIDGET_COMM_STYLE = label(TextGroup, Label);
+const QString WIDGET_LBL_BOLD_STYLE = label(TextGroup, Label, true);
+const QString DYN_LABEL_STYLE = label(TextLabel, Label);
+const QString DYN_VALUE_STYLE = label(TextLabel, Text, true);
+const QString DYN_LABEL_STYLE2 = label(TextGroup, Label);
+const QString DYN_VALUE_STYLE2 = label(TextGroup, Text, true);
+const QString LINK_LOST_STYLE =
+    rule(QStringLiteral("QLabel"),
+         QStringLiteral("color: %1; background: transparent;").arg(css(Wrong)) + border(2, Wrong) + font(20, true));
+
+const QString WIDGET_GROUP_STYLE = group(Panel, PanelEdge);
+const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER = group(Ground, Ground);
+const QString WIDGET_GROUP_STYLE_MISC = group(Ground, PanelEdge);
+
+const QString WIDGET_COMBO_STYLE = combo(TextValue);
+const QString WIDGET_COMBO_STYLE_BIG = combo(30);
+const QString WIDGET_EDIT_STYLE = edit(TextValue, Text, Field, Edge);
+const QString WIDGET_EDIT_STYLE_RED = edit(TextValue, Wrong, Field, Wrong, true);
+const QString WIDGET_EDIT_STYLE_GRAY = edit(TextValue, Label, Field, FaintEdge);
+const QString WIDGET_NO_EDIT_STYLE_GRAY = edit(TextValue, Disabled, Panel, PanelEdge);
+const QString WIDGET_EDIT_LARGE_STYLE = edit(TextFrequency, Text, Field, Edge, true);
+const QString WIDGET_EDIT_LARGE_STYLE_RED = edit(TextFrequency, Wrong, Field, Wrong, true);
+
+const QString WIDGET_CHKBOX_STYLE = checkBox();
+const QString WIDGET_CHECKBOX_BLUE_ICON = checkBox();
+const QString PROGRESS_BAR_STYLE =
+    rule(QStringLiteral("QProgressBar"),
+         colours(Text, Field) + border(2, FaintEdge) + font(TextGroup, true) + QStringLiteral("text-align: center;")) +
+    rule(QStringLiteral("QProgressBar::chunk"),
+         QStringLiteral("background-color: %1; border-radius: 6px;").arg(css(0xFF1B6E96)));
+const QString LIST_STYLE = table();
+const QString LIST_SCROLL_STYLE = scrollBars();
+const QString PATTERN_SCROLL_STYLE = scrollBars();
+const QString LIST_STEPS_STYLE = table();
+const QString MESSAGE_BOX_STYLE =
+    rule(QStringLiteral("QMessageBox, QDialog"),
+         QStringLiteral("background-color: %1; border: 2px solid %2; border-radius: 0;").arg(css(Panel), css(Edge))) +
+    rule(QStringLiteral("QLabel"),
+         QStringLiteral("color: %1; background: transparent; border: none;").arg(css(Text)) + font(TextLabel)) +
+    raisedButton() + rule(QStringLiteral("QPushButton"), QStringLiteral("min-width: 144px; min-height: 64px;")) +
+    rule(QStringLiteral("QPushButton:default"), colours(OnActive, Active) + border(2, Active) + font(TextLabel, true)) +
+    rule(QStringLiteral("QPushButton:default:pressed"), QStringLiteral("background-color: %1;").arg(css(ActiveDown)));
+
+void applyApplicationStyle(QApplication& application) {
+    application.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QFont::insertSubstitution(QStringLiteral("Segoe UI"), QStringLiteral("Open Sans"));
+    QFont::insertSubstitution(QStringLiteral("Arial"), QStringLiteral("Liberation Sans"));
+    QFont font(QStringLiteral("Segoe UI"));
+    font.setPixelSize(TextLabel);
+    application.setFont(font);
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(Ground));
+    palette.setColor(QPalette::WindowText, QColor(Text));
+    palette.setColor(QPalette::Base, QColor(Field));
+    palette.setColor(QPalette::Text, QColor(Text));
+    palette.setColor(QPalette::Button, QColor(Raised));
+    palette.setColor(QPalette::ButtonText, QColor(Text));
+    palette.setColor(QPalette::Highlight, QColor(Active));
+    palette.setColor(QPalette::HighlightedText, QColor(OnActive));
+    application.setPalette(palette);
+}
+
+void applySheet(QWidget* widget, const QString& sheet) {
+    if (widget->styleSheet() != sheet)
+        widget->setStyleSheet(sheet);
+}
+
+} // namespace Kavor::HandheldGui

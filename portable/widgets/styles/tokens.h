@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+/// The visual language of the panel as numbers: every style sheet and every painted widget takes its colours, sizes
+/// and distances from here. Sizes are pixels of the 1280 x 800 screen, on a grid of eight.
+namespace Kavor::HandheldGui::Style {
+
+constexpr QRgb Black = 0xFF05080B; ///< status bar
+constexpr QRgb Ground = 0xFF0D1218;
+constexpr QRgb Panel = 0xFF151C24;
+constexpr QRgb Field = 0xFF1E2731;
+constexpr QRgb Raised = 0xFF2A3540;
+constexpr QRgb RaisedDown = 0xFF3A4856; ///< a raised button under the finger
+constexpr QRgb Edge = 0xFF6B7B8B;
+constexpr QRgb FaintEdge = 0xFF4B5967;
+constexpr QRgb PanelEdge = 0xFF232D37;
+constexpr QRgb Text = 0xFFF3F6F9;
+constexpr QRgb Label = 0xFFB9C4CF;
+constexpr QRgb Disabled = 0xFF8492A0;
+constexpr QRgb Active = 0xFF35B8F1;
+constexpr QRgb ActiveDown = 0xFF7FD3F8;
+constexpr QRgb OnActive = 0xFF04202E;
+constexpr QRgb RfOn = 0xFFFFB224;
+constexpr QRgb RfOnDown = 0xFFFFCF70;
+constexpr QRgb OnRfOn = 0xFF2B1B00;
+constexpr QRgb Neutral = 0xFFDCE3EA; ///< the chosen half of a pair that is off
+constexpr QRgb OnNeutral = 0xFF0D1218;
+constexpr QRgb Wrong = 0xFFFF6B61;
+
+constexpr int TextGroup = 22;
+constexpr int TextLabel = 24;
+constexpr int TextValue = 28;
+constexpr int TextFrequency = 42;
+constexpr int TextEntry = 50;
+
+constexpr int WindowWidth = 1280;
+constexpr int WindowHeight = 800;
+constexpr int HeaderRowHeight = 60;
+constexpr int HeaderLabelHeight = 48;
+constexpr int ControlRowHeight = 87;
+constexpr int StatusBarHeight = 45;
+constexpr int PageTop = HeaderRowHeight + HeaderLabelHeight;
+constexpr int PageHeight = WindowHeight - PageTop - ControlRowHeight - StatusBarHeight;
+constexpr int PageMargin = 24;
+constexpr int EntryHeight = 64;
+constexpr int ButtonHeight = 64;
+constexpr int FrequencyHeight = 80;
+constexpr int TableRowHeight = 68;
+constexpr int Gap = 12;
+constexpr int Radius = 8;
+
+/// The colour as a style sheet writes it.
+QString css(QRgb colour);
+
+} // namespace Kavor::HandheldGui::Style
