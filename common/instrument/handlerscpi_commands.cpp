@@ -1,0 +1,254 @@
+#include <QMutexLocker>
+#include <algorithm>
+#include <cstring>
+
+#include "common/instrument/handlerscpi.h"
+
+// Commands whose argument is a word: switches, choices, modulations, system and network.
+
+namespace {
+
+// The word after the current one, the first one after the last or after a word that the table does not know.
+template <std::size_t N>
+const char* wordAfter(const std::array<const char*, N>& words, const std::string& current) {
+    const auto found = std::find(words.begin(), words.end(), current);
+    return found == words.end() || found + 1 == words.end() ? words.front() : *(found + 1);
+}
+
+void writeText(char (&field)[32], const char* text) {
+    std::memset(field, 0, sizeof field);
+    std::memcpy(field, text, std::min(std::strlen(text), sizeof field - 1));
+}
+
+} // namespace
+
+int EventHandler::sendOnly(const char* header, const std::string& argument) {
+    std::string reply;
+    return veldaScpiTrans(header, argument, reply);
+}
+
+int EventHandler::sendQuoted(const char* header, const std::string& text) {
+    std::string reply;
+    return veldaScpiTransStr(header, text, reply);
+}
+
+int EventHandler::setNumber(const char* header, const std::string& argument, std::uint32_t ChannelRecord::*field,
+                            unsigned expected) {
+    sendOnly(header, argument);
+    const bool taken = fetch(cachedRecord().*field) == expected;
+    return holdsCurrentChannel() && taken ? 0 : -1;
+}
+
+int EventHandler::setSwitch(const char* header, bool on, std::uint32_t ChannelRecord::*field) {
+    return setNumber(header, OnOffToString[on ? 1 : 0], field, on ? 1 : 0);
+}
+
+int EventHandler::setWord(const char* header, const std::string& word, char (ChannelRecord::*field)[32]) {
+    sendOnly(header, word);
+    const bool taken = recordText(fetch(cachedRecord().*field)) == word;
+    return holdsCurrentChannel() && taken ? 0 : -1;
+}
+
+int EventHandler::set_channel(unsigned channel) {
+    if (channel > kMaxChannels)
+        return -1;
+    selectChannel(channel);
+    return sendOnly(Scpi::SelectChannel, std::to_string(channel));
+}
+
+int EventHandler::set_rf_onoff(OnOff state) {
+    return setSwitch(Scpi::Output, state != off, &ChannelRecord::rfOutput);
+}
+
+int EventHandler::set_power_on_restore(bool automatic) {
+    sendOnly(Scpi::PowerOnRestore, automatic ? "AUTO" : "MANUAL");
+    return 0;
+}
+
+int EventHandler::set_trig_impedance(unsigned ohms) {
+    return setNumber(Scpi::TriggerImpedance, ohms == 50 ? "50" : "10K", &ChannelRecord::triggerImpedance, ohms);
+}
+
+int EventHandler::setTrigger() {
+    return sendOnly(Scpi::Trigger);
+}
+
+int EventHandler::setRunMode(bool continuous) {
+    return setSwitch(Scpi::RunContinuous, continuous, &ChannelRecord::runMode);
+}
+
+int EventHandler::setTriggerSource(bool advance) {
+    const std::string current = recordText(snapshot().triggerSource);
+    return setWord(Scpi::TriggerSource, advance ? wordAfter(TriggerSourceToString, current) : current,
+                   &ChannelRecord::triggerSource);
+}
+
+int EventHandler::setTRGedge(bool advance) {
+    const std::string current = recordText(snapshot().triggerEdge);
+    return setWord(Scpi::TriggerEdge, advance ? wordAfter(TriggerEdgeToString, current) : current,
+                   &ChannelRecord::triggerEdge);
+}
+
+int EventHandler::setTRGadv(bool advance) {
+    const std::string current = recordText(snapshot().triggerAdvance);
+    return setWord(Scpi::TriggerAdvance, advance ? wordAfter(TriggerAdvToString, current) : current,
+                   &ChannelRecord::triggerAdvance);
+}
+
+int EventHandler::setTRGimp(bool advance) {
+    const bool low = (snapshot().triggerImpedance == 50) != advance;
+    sendOnly(Scpi::TriggerImpedance, low ? "50" : "10000");
+    const unsigned held = fetch(cachedRecord().triggerImpedance);
+    return holdsCurrentChannel() && (held == 50) == low ? 0 : -1;
+}
+
+int EventHandler::setRefOscMode(bool advance) {
+    const std::string current = recordText(snapshot().referenceOscillator);
+    return setWord(Scpi::ReferenceOscillator, advance ? wordAfter(ReferenceOscillatorToString, current) : current,
+                   &ChannelRecord::referenceOscillator);
+}
+
+void EventHandler::setCachedTriggerSource(const char* word) {
+    writeText(cachedRecord().triggerSource, word);
+}
+void EventHandler::setCachedTriggerEdge(const char* word) {
+    writeText(cachedRecord().triggerEdge, word);
+}
+void EventHandler::setCachedTriggerAdvance(const char* word) {
+    writeText(cachedRecord().triggerAdvance, word);
+}
+
+int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
+    const unsigned current = snapshot().modulationEnable;
+    const unsigned wanted = enable ? current | bits : current & ~static_cast<unsigned>(bits);
+    if (enable) {
+        const int conflict = canModulate(bits, wanted);
+        if (conflict != 0)
+            return fetch(cachedRecord().modulationEnable) == wanted ? 0 : conflict;
+    }
+    sendOnly(Scpi::ModulationMask, std::to_string(wanted));
+    fetch(cachedRecord().modulationEnable);
+    return 0; // what runs is asked for with isModulationsOn()
+}
+
+unsigned EventHandler::isModulationsOn() {
+    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> kStates[] = {
+        {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
+        {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
+        {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
+        {LIST_MOD_BIT, &ChannelRecord::listState}, {PATTERN_MOD_BIT, &ChannelRecord::patternState},
+    };
+    QMutexLocker lock(&m_runningMutex);
+    unsigned running = 0;
+    for (const auto& [bit, state] : kStates) {
+        if (snapshot().*state == 1)
+            running |= bit;
+    }
+    m_running[currentChannel()] = running;
+    return running;
+}
+
+unsigned EventHandler::getModulationsState(unsigned channel) const {
+    return channel < channelCount() ? m_running[channel] : 0;
+}
+
+unsigned EventHandler::getModulationsState() const {
+    return m_running[currentChannel()];
+}
+void EventHandler::clearRunningModulations() {
+    m_running[currentChannel()] = 0;
+}
+
+int EventHandler::setStateAM(OnOff state) {
+    return setSwitch(Scpi::AmState, state != off, &ChannelRecord::amState);
+}
+int EventHandler::setStateFM(OnOff state) {
+    return setSwitch(Scpi::FmState, state != off, &ChannelRecord::fmState);
+}
+int EventHandler::setStatePM(OnOff state) {
+    return setSwitch(Scpi::PmState, state != off, &ChannelRecord::pmState);
+}
+
+int EventHandler::setStatePulseM(OnOff state) {
+    return setSwitch(Scpi::PulseState, state != off, &ChannelRecord::pulseState);
+}
+
+int EventHandler::setStatePatternM(OnOff state) {
+    return setSwitch(Scpi::PatternState, state != off, &ChannelRecord::patternState);
+}
+
+int EventHandler::setStateFRSW(OnOff state) {
+    return setSwitch(Scpi::FrswState, state != off, &ChannelRecord::frswState);
+}
+
+int EventHandler::setStatePRSW(OnOff state) {
+    return setSwitch(Scpi::PrswState, state != off, &ChannelRecord::prswState);
+}
+
+int EventHandler::setStateList(OnOff state) {
+    return setSwitch(Scpi::ListState, state != off, &ChannelRecord::listState);
+}
+
+int EventHandler::setModSrcAM(ModSrcMode source) {
+    return setWord(Scpi::AmSource, ModSrcModeToString[source], &ChannelRecord::amSource);
+}
+
+int EventHandler::setModSrcFM(ModSrcMode source) {
+    return setWord(Scpi::FmSource, ModSrcModeToString[source], &ChannelRecord::fmSource);
+}
+
+int EventHandler::setModSrcPM(ModSrcMode source) {
+    return setWord(Scpi::PmSource, ModSrcModeToString[source], &ChannelRecord::pmSource);
+}
+
+int EventHandler::setModSrcPulseM(ModSrcMode source) {
+    return setWord(Scpi::PulseSource, ModSrcModeToString[source], &ChannelRecord::pulseSource);
+}
+
+int EventHandler::setDirFRSW(SweepDirection direction) {
+    return setWord(Scpi::FrswDirection, SweepDirectionToString[direction], &ChannelRecord::frswDirection);
+}
+
+int EventHandler::setDirPRSW(SweepDirection direction) {
+    return setWord(Scpi::PrswDirection, SweepDirectionToString[direction], &ChannelRecord::prswDirection);
+}
+
+int EventHandler::setDhcpMode(OnOff state) {
+    return setSwitch(Scpi::LanDhcp, state != off, &ChannelRecord::dhcp);
+}
+int EventHandler::toggleDHCPMode() {
+    return setDhcpMode(getDhcpMode() != 0 ? off : on);
+}
+int EventHandler::setPort(std::string port) {
+    return sendOnly(Scpi::LanPort, port);
+}
+int EventHandler::setIP(std::string address) {
+    return sendQuoted(Scpi::LanAddress, address);
+}
+int EventHandler::setMask(std::string mask) {
+    return sendQuoted(Scpi::LanMask, mask);
+}
+int EventHandler::setGateway(std::string gateway) {
+    return sendQuoted(Scpi::LanGateway, gateway);
+}
+int EventHandler::setRecallPath(std::string path) {
+    return sendOnly(Scpi::Recall, path);
+}
+int EventHandler::setStorePath(std::string path) {
+    return sendOnly(Scpi::Store, path);
+}
+int EventHandler::setClearPath(std::string path) {
+    return sendOnly(Scpi::Clear, path);
+}
+int EventHandler::setTarget(std::string target) {
+    return sendOnly(Scpi::Target, target);
+}
+int EventHandler::set_sys_rst() {
+    return sendOnly(Scpi::Reset);
+}
+int EventHandler::sendGuiSoftUpdate() {
+    return sendOnly(Scpi::GuiUpdateSoftware);
+}
+int EventHandler::set_sys_scpi() {
+    return 0;
+}

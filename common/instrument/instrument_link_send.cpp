@@ -1,0 +1,141 @@
+#include <QDebug>
+#include <QEventLoop>
+#include <QPointer>
+#include <QThread>
+#include <QTimer>
+#include <utility>
+
+#include "common/instrument/instrument_link.h"
+#include "common/instrument/scpi_log.h"
+#include "common/instrument/scpiclient.h"
+
+// The client of InstrumentLink: its thread, and the waiting for its answers.
+
+namespace {
+
+// A block reply can hold megabytes; a log line needs the beginning of it.
+constexpr std::size_t kLoggedReply = 256;
+
+} // namespace
+
+void InstrumentLink::startClient(quint16 port) {
+    m_clientThread = new QThread;
+    m_clientThread->setObjectName(QStringLiteral("ScpiClient"));
+    m_client = new ScpiClient(m_address, port, nullptr);
+    m_client->setRetryDelays(m_settings.retryFirstMs, m_settings.retryMs);
+    m_client->moveToThread(m_clientThread);
+    connect(m_clientThread, &QThread::started, m_client, &ScpiClient::start);
+    connect(m_clientThread, &QThread::finished, m_client, &QObject::deleteLater);
+    connect(m_client, &ScpiClient::connected, this, &InstrumentLink::updateLink);
+    connect(m_client, &ScpiClient::disconnected, this, &InstrumentLink::updateLink);
+    m_clientThread->start();
+}
+
+void InstrumentLink::stopClient() {
+    if (m_clientThread == nullptr)
+        return;
+    disconnect(m_client, nullptr, this, nullptr);
+    QMetaObject::invokeMethod(m_client, &ScpiClient::close, Qt::BlockingQueuedConnection);
+    m_clientThread->quit();
+    m_clientThread->wait();
+    delete m_clientThread;
+    m_clientThread = nullptr;
+    m_client = nullptr;
+    m_port = 0;
+}
+
+void InstrumentLink::updateLink() {
+    const bool up = isLinkUp();
+    if (up == m_linkUp)
+        return;
+    m_linkUp = up;
+    emit linkChanged(up);
+}
+
+InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& message, int timeoutMs) {
+    QEventLoop loop;
+    Answer answer;
+    int id = 0;
+    bool ended = false;
+    const auto end = [&](int endedId, int status, const QString& reply, const QString& error) {
+        if (endedId != id)
+            return;
+        answer = {status, reply, error};
+        ended = true;
+        loop.quit();
+    };
+    if (isQuery) {
+        connect(
+            m_client, &ScpiClient::queryFinished, &loop,
+            [&end](int i, const QString& reply, int status, const QString& error) { end(i, status, reply, error); });
+    } else {
+        connect(m_client, &ScpiClient::writeFinished, &loop,
+                [&end](int i, int status, const QString& error) { end(i, status, QString(), error); });
+    }
+
+    ++m_waits;
+    m_waitBudgetMs += timeoutMs;
+    QTimer::singleShot(m_waitBudgetMs + m_settings.waitMarginMs, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    const QPointer<ScpiClient> client = m_client;
+    id = isQuery ? client->sendQuery(message, timeoutMs) : client->sendWrite(message, timeoutMs);
+    loop.exec();
+    m_waitBudgetMs -= timeoutMs;
+    --m_waits;
+
+    // The client may have been replaced meanwhile: then it has ended all that it was given.
+    if (!ended && client)
+        client->withdraw(id);
+    return answer;
+}
+
+int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArray data, bool binary) {
+    followService();
+    if (m_client == nullptr || m_waits >= kMaxNestedWaits)
+        return -1;
+    if (binary) {
+        const Answer answer = await(false, data, data.size() / 1024 + m_settings.commandTimeoutMs);
+        if (answer.status != 0) {
+            qCWarning(lcScpi).noquote() << "[SCPI] bytearray write failed:" << answer.error;
+            return -1;
+        }
+        reply.clear();
+        return 0;
+    }
+    const bool isQuery = command.find('?') != std::string::npos;
+    const Answer answer = await(isQuery, QByteArray::fromStdString(command), m_settings.commandTimeoutMs);
+    if (isQuery) {
+        if (answer.status != 0)
+            return -1;
+        reply = cleanResponse(answer.reply.toStdString());
+        qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, kLoggedReply).c_str();
+        return 0;
+    }
+    if (answer.status != 0) {
+        qCWarning(lcScpi).noquote() << "[SCPI] write failed:" << answer.error;
+        return -1;
+    }
+    return 0;
+}
+
+int InstrumentLink::send_scpi(QByteArray data, std::string& reply) {
+    qCDebug(lcScpi) << "Size:" << data.size() << data;
+    return send_scpi(std::string(), reply, std::move(data), true);
+}
+
+int InstrumentLink::veldaScpiTrans(const std::string& command, const std::string& arguments, std::string& reply) {
+    std::string answer;
+    if (send_scpi(command + arguments, answer, QByteArray(), false) != 0)
+        return -1;
+    if (!answer.empty())
+        reply = std::move(answer);
+    return 0;
+}
+
+int InstrumentLink::veldaScpiTransStr(const std::string& command, const std::string& text, std::string& reply) {
+    return veldaScpiTrans(command, '"' + text + '"', reply);
+}
+
+int InstrumentLink::veldaScpiTransData(const QByteArray& data) {
+    std::string reply;
+    return send_scpi(data, reply) == 0 ? 0 : -1;
+}

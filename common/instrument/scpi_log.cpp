@@ -1,0 +1,3 @@
+#include "common/instrument/scpi_log.h"
+
+Q_LOGGING_CATEGORY(lcScpi, "velda.scpi")
