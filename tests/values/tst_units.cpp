@@ -1,0 +1,198 @@
+#include "tests/support/testbase.h"
+#include "values/formatting.h"
+#include "values/units.h"
+
+#include <cmath>
+
+Q_DECLARE_METATYPE(UnitQuantity)
+
+namespace {
+
+const QString kMicroSecond = QString::fromUtf8("\xC2\xB5s");
+const QString kGreekMicroSecond = QString::fromUtf8("\xCE\xBCs");
+const QString kMicroVolt = QString::fromUtf8("\xC2\xB5V");
+const QString kDecibelMicroVolt = QString::fromUtf8("dB\xC2\xB5V");
+
+bool near(double actual, double expected) {
+    return std::abs(actual - expected) <= 1e-9 * std::max(1.0, std::abs(expected));
+}
+
+} // namespace
+
+class TestUnits : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void unitProperties_data() {
+        QTest::addColumn<UnitQuantity>("quantity");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<QList<int>>("expected"); // exponent, precision, display precision, least order
+        const auto row = [](UnitQuantity quantity, const QString& unit, const QList<int>& expected) {
+            QTest::addRow("%d %s", int(quantity), unit.toUtf8().constData()) << quantity << unit << expected;
+        };
+        row(UnitQuantity::Frequency, "GHz", {9, 12, 9, -12});
+        row(UnitQuantity::Frequency, "MHz", {6, 9, 6, -9});
+        row(UnitQuantity::Frequency, "KHz", {3, 6, 3, -6});
+        row(UnitQuantity::Frequency, "kHz", {0, 3, 0, -3});
+        row(UnitQuantity::Frequency, "Hz", {0, 3, 0, -3});
+        row(UnitQuantity::Time, "s", {9, 9, 9, -9});
+        row(UnitQuantity::Time, "ms", {6, 6, 6, -6});
+        row(UnitQuantity::Time, kMicroSecond, {3, 3, 3, -3});
+        row(UnitQuantity::Time, "ns", {0, 0, 0, 0});
+        row(UnitQuantity::Time, kGreekMicroSecond, {0, 0, 0, 0});
+        row(UnitQuantity::Power, "mV", {0, 2, 2, -2});
+        row(UnitQuantity::Unitless, "Hz", {0, 0, 0, 0});
+    }
+
+    void unitProperties() {
+        QFETCH(UnitQuantity, quantity);
+        QFETCH(QString, unit);
+        QFETCH(QList<int>, expected);
+        const QList<int> actual{unitExponent(quantity, unit), unitPrecision(quantity, unit),
+                                unitDisplayPrecision(quantity, unit), unitMinOrder(quantity, unit)};
+        QCOMPARE(actual, expected);
+    }
+
+    void unitNamesFollowTheirTables() {
+        QCOMPARE(unitNames(UnitQuantity::Frequency).join(' '), QString("GHz MHz KHz Hz"));
+        QCOMPARE(unitNames(UnitQuantity::Time), (QStringList{"ns", kMicroSecond, "ms", "s"}));
+        QCOMPARE(unitNames(UnitQuantity::Power), (QStringList{"dBm", kDecibelMicroVolt, kMicroVolt, "mV"}));
+        QVERIFY(unitNames(UnitQuantity::Unitless).isEmpty());
+        for (int i = 0; i < 4; ++i) {
+            double hertz = 0;
+            double nanoseconds = 0;
+            QVERIFY(unitToCanonical(UnitQuantity::Frequency, 1, unitNames(UnitQuantity::Frequency).at(i), hertz));
+            QVERIFY(unitToCanonical(UnitQuantity::Time, 1, unitNames(UnitQuantity::Time).at(i), nanoseconds));
+            QCOMPARE(kScale[0][i], hertz);
+            QCOMPARE(timeScales[i], nanoseconds);
+            QCOMPARE(timeDec[i], unitPrecision(UnitQuantity::Time, unitNames(UnitQuantity::Time).at(i)));
+            QCOMPARE(kDec[0][i], unitPrecision(UnitQuantity::Frequency, unitNames(UnitQuantity::Frequency).at(i)));
+        }
+    }
+
+    void conversion_data() {
+        QTest::addColumn<UnitQuantity>("quantity");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<double>("canonical");
+        const auto row = [](UnitQuantity quantity, double value, const QString& unit, bool ok, double canonical) {
+            QTest::addRow("%d %g %s", int(quantity), value, unit.toUtf8().constData())
+                << quantity << value << unit << ok << canonical;
+        };
+        row(UnitQuantity::Frequency, 1.5, "GHz", true, 1.5e9);
+        row(UnitQuantity::Frequency, -2, "MHz", true, -2e6);
+        row(UnitQuantity::Frequency, 9, "KHz", true, 9e3);
+        row(UnitQuantity::Frequency, 0.5, "Hz", true, 0.5);
+        row(UnitQuantity::Frequency, 9, "kHz", false, 9);
+        row(UnitQuantity::Frequency, 9, "ms", false, 9);
+        row(UnitQuantity::Frequency, 9, "", false, 9);
+        row(UnitQuantity::Time, 2, "s", true, 2e9);
+        row(UnitQuantity::Time, 1, "ms", true, 1e6);
+        row(UnitQuantity::Time, 7, kMicroSecond, true, 7e3);
+        row(UnitQuantity::Time, 7, kGreekMicroSecond, false, 7);
+        row(UnitQuantity::Time, 7, "ns", true, 7);
+        row(UnitQuantity::Power, -7.5, "dBm", true, -7.5);
+        row(UnitQuantity::Power, 106.98970004336019, kDecibelMicroVolt, true, 0);
+        row(UnitQuantity::Power, 1000, "mV", true, 13.010299956639813);
+        row(UnitQuantity::Power, 223606.797749979, kMicroVolt, true, 0);
+        row(UnitQuantity::Power, 5, "W", false, 5);
+        row(UnitQuantity::Unitless, 5, "", true, 5);
+        row(UnitQuantity::Unitless, 5, "Hz", false, 5);
+        row(static_cast<UnitQuantity>(4), 5, "", false, 5);
+    }
+
+    void conversion() {
+        QFETCH(UnitQuantity, quantity);
+        QFETCH(double, value);
+        QFETCH(QString, unit);
+        QFETCH(bool, ok);
+        QFETCH(double, canonical);
+        double out = -1;
+        QCOMPARE(unitToCanonical(quantity, value, unit, out), ok);
+        QVERIFY2(near(out, canonical), qPrintable(QString::number(out, 'g', 17)));
+        out = -1;
+        QCOMPARE(canonicalToUnit(quantity, canonical, unit, out), ok);
+        QVERIFY2(near(out, value), qPrintable(QString::number(out, 'g', 17)));
+    }
+
+    void powerRefusesVoltagesNotAboveZero_data() {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("unit");
+        for (const QString& unit : {QString("mV"), kMicroVolt}) {
+            for (double value : {0.0, -0.0, -1.0, double(NAN)})
+                QTest::addRow("%g %s", value, unit.toUtf8().constData()) << value << unit;
+        }
+    }
+
+    void powerRefusesVoltagesNotAboveZero() {
+        QFETCH(double, value);
+        QFETCH(QString, unit);
+        double out = 42;
+        QVERIFY(!powerToDbm(value, unit.toStdString(), out));
+        QVERIFY(std::isnan(value) ? std::isnan(out) : out == value);
+    }
+
+    void formatting_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const QString& text, const QString& expected) {
+            QTest::newRow(expected.toUtf8().constData()) << text << expected;
+        };
+        row(formatNumber(1.5, 6), "1.5");
+        row(formatNumber(2, 3), "2");
+        row(formatNumber(100, 0), "100");
+        row(formatNumber(0.0001, 3), "0");
+        row(formatNumber(-0.5, 1), "-0.5");
+        row(formatFrequency(2400000, "KHz"), "2.4 GHz");
+        row(formatFrequency(0.5, "Hz"), "0.5 Hz");
+        row(formatFrequency(0, "Hz"), "0 Hz");
+        row(formatFrequency(-3, "GHz"), "-3000000000 Hz");
+        row(formatFrequency(6000000000.001, "Hz"), "6.000000000001 GHz");
+        row(formatTime(1500, kMicroSecond.toStdString()), "1.5 ms");
+        row(formatTime(2000, "s"), "2000 s");
+        row(formatTime(0, "s"), "0 ns");
+        row(formatTime(999.999, kMicroSecond.toStdString()), "999.999 " + kMicroSecond);
+    }
+
+    void formatting() {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QCOMPARE(text, expected);
+    }
+
+    void parsing_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<double>("expected");
+        QTest::addColumn<bool>("typeable");
+        QTest::newRow("blanks around") << " 12.5\t" << true << 12.5 << false;
+        QTest::newRow("exponent") << "1e3" << true << 1000.0 << false;
+        QTest::newRow("comma") << "1,5" << false << 0.0 << false;
+        QTest::newRow("groups") << "1,500" << false << 0.0 << false;
+        QTest::newRow("empty") << "" << false << 0.0 << true;
+        QTest::newRow("blank") << "  " << false << 0.0 << false;
+        QTest::newRow("minus alone") << "-" << false << 0.0 << true;
+        QTest::newRow("point alone") << "." << false << 0.0 << true;
+        QTest::newRow("too large") << "1e999" << false << 0.0 << false;
+        QTest::newRow("negative") << "-7.50" << true << -7.5 << true;
+        QTest::newRow("plus") << "+1" << true << 1.0 << false;
+        QTest::newRow("two points") << "1.2.3" << false << 0.0 << false;
+        QTest::newRow("minus inside") << "1-2" << false << 0.0 << false;
+        QTest::newRow("ends with point") << "5." << true << 5.0 << true;
+    }
+
+    void parsing() {
+        QFETCH(QString, text);
+        QFETCH(bool, ok);
+        QFETCH(double, expected);
+        QFETCH(bool, typeable);
+        double out = -1;
+        QCOMPARE(parseDouble(text, out), ok);
+        QCOMPARE(out, expected);
+        QCOMPARE(kNumericRe.match(text).hasMatch(), typeable);
+    }
+};
+
+VELDA_TEST_MAIN(QCoreApplication, TestUnits)
+#include "tst_units.moc"
