@@ -1,0 +1,128 @@
+#include "sim/factory_values.h"
+
+#include "common/instrument/scpi_words.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+namespace Sim {
+namespace {
+
+constexpr double kHz = 1e3;
+constexpr double kMHz = 1e6;
+constexpr double kGHz = 1e9;
+constexpr double kMs = 1e-3;
+constexpr double kUs = 1e-6;
+constexpr double kNs = 1e-9;
+
+constexpr double kLowestFrequency = 9 * kHz;
+constexpr double kHighestFrequency = 6 * kGHz;
+constexpr double kLowestPower = -60;
+constexpr double kHighestPower = 20;
+
+// In the order in which people read a range; the record has the maximum first.
+constexpr LimitedValue limited(double value, double minimum, double maximum) {
+    return {value, maximum, minimum};
+}
+constexpr LimitedCount counted(std::uint32_t value, std::uint32_t minimum, std::uint32_t maximum) {
+    return {value, maximum, minimum};
+}
+
+constexpr LimitedValue frequency(double value) {
+    return limited(value, kLowestFrequency, kHighestFrequency);
+}
+constexpr LimitedValue power(double value) {
+    return limited(value, kLowestPower, kHighestPower);
+}
+constexpr LimitedValue rate() {
+    return limited(1 * kHz, 0.1, 1 * kMHz);
+}
+
+void fillCarrierAndTrigger(ChannelRecord& record) {
+    record.runMode = 1;
+    setRecordText(record.triggerSource, TriggerSourceToString[0]);
+    setRecordText(record.triggerEdge, TriggerEdgeToString[0]);
+    setRecordText(record.triggerAdvance, TriggerAdvToString[0]);
+    record.triggerCount = counted(1, 1, 1000000);
+    record.triggerDelay = limited(0, 0, 10);
+    record.triggerTimer = limited(100 * kMs, 1 * kUs, 100);
+    record.triggerImpedance = 50;
+    record.frequency = {1 * kGHz, 1 * kGHz, kHighestFrequency, kLowestFrequency};
+    record.power = {-10, -10, kHighestPower, kLowestPower};
+    record.phase = limited(0, 0, 360);
+    setRecordText(record.referenceOscillator, ReferenceOscillatorToString[0]);
+}
+
+void fillModulations(ChannelRecord& record) {
+    for (auto* source : {&record.amSource, &record.fmSource, &record.pmSource, &record.pulseSource})
+        setRecordText(*source, ModSrcModeToString[internal]);
+    record.amRate = record.fmRate = record.pmRate = rate();
+    record.amDepth = limited(50, 0, 100);
+    record.fmDeviation = limited(10 * kHz, 1, 20 * kMHz);
+    record.pmDeviation = limited(45, 0, 360);
+    record.pulseFrequency = limited(1 * kHz, 0.1, 5 * kMHz);
+    record.pulseWidth = limited(100 * kUs, 50 * kNs, 10);
+}
+
+void fillSweepsAndSteps(ChannelRecord& record) {
+    record.frswStart = frequency(1 * kGHz);
+    record.frswStop = frequency(2 * kGHz);
+    record.prswStart = power(-20);
+    record.prswStop = power(0);
+    record.frswSteps = record.prswSteps = counted(11, 2, 65535);
+    record.frswDwell = record.prswDwell = limited(1 * kMs, 10 * kUs, 100);
+    record.frswTotalTime = record.prswTotalTime = {3600, 20 * kUs};
+    setRecordText(record.frswDirection, SweepDirectionToString[normal]);
+    setRecordText(record.prswDirection, SweepDirectionToString[normal]);
+    record.listDwell = {1 * kMs, 100, 10 * kUs};
+    record.patternTime = {1 * kMs, 10, 100 * kNs};
+    record.patternRepetitions = counted(1, 1, 65535);
+}
+
+void fillIdentity(ChannelRecord& record, unsigned channel, const Options& options) {
+    setRecordText(record.model, "KV-6000");
+    setRecordText(record.serial, "KV60-000101-" + std::to_string(channel + 1));
+    setRecordText(record.firmwareVersion, "1.4.2/2.07");
+    setRecordText(record.options, "PM,SWEEP,LIST");
+    setRecordText(record.calibrationDate, "2026-03-14");
+    record.temperature = 38.5;
+    setBattery(options.battery.at(0), record);
+    record.batteryCompanion = 1;
+    record.lowBatteryThreshold = 15;
+    record.batteryProtection = 1;
+    setRecordText(record.ipAddress, "192.168.1.50");
+    setRecordText(record.networkMask, "255.255.255.0");
+    setRecordText(record.gateway, "192.168.1.1");
+}
+
+} // namespace
+
+ChannelRecord factoryRecord(unsigned channel, const Options& options) {
+    ChannelRecord record{};
+    record.connected = ((options.disconnectedChannels >> channel) & 1U) == 0 ? 1 : 0;
+    fillCarrierAndTrigger(record);
+    fillModulations(record);
+    fillSweepsAndSteps(record);
+    fillIdentity(record, channel, options);
+    return record;
+}
+
+void copySettings(const ChannelRecord& from, ChannelRecord& to) {
+    constexpr std::size_t begin = offsetof(ChannelRecord, rfOutput);
+    constexpr std::size_t end = offsetof(ChannelRecord, model);
+    std::memcpy(reinterpret_cast<char*>(&to) + begin, reinterpret_cast<const char*>(&from) + begin, end - begin);
+}
+
+void setBattery(const BatteryPoint& battery, ChannelRecord& record) {
+    record.batteryCharge = static_cast<std::int32_t>(std::lround(battery.charge));
+    record.batteryCurrent = static_cast<std::int16_t>(std::lround(battery.current));
+}
+
+void setRecordText(char (&field)[32], const std::string& text) {
+    std::memset(field, 0, sizeof field);
+    std::memcpy(field, text.data(), std::min(text.size(), sizeof field - 1));
+}
+
+} // namespace Sim
