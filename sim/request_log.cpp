@@ -28,7 +28,7 @@ int RequestLog::count(const QByteArray& header) const {
     const QByteArrayList all = lines();
     return static_cast<int>(std::count_if(all.begin(), all.end(), [&wanted](const QByteArray& text) {
         const ScpiLine line = splitLine(text);
-        return line.isQuery == wanted.isQuery && headerMatches(wanted.header, line.header);
+        return line.isQuery == wanted.isQuery && headerMatches(wanted.header.constData(), line.header);
     }));
 }
 

@@ -2,33 +2,67 @@
 
 #include "common/instrument/scpi_words.h"
 
-#include <QList>
 #include <QLocale>
 #include <QString>
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 namespace Sim {
 namespace {
 
-QByteArray bareHeader(QByteArray header) {
-    header = header.trimmed();
-    if (header.startsWith(':'))
-        header.remove(0, 1);
-    if (header.endsWith('?'))
-        header.chop(1);
+using View = std::string_view;
+
+View viewOf(const QByteArray& bytes) {
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+char upper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+bool isSmall(char c) {
+    return c >= 'a' && c <= 'z';
+}
+
+/// Without the leading colon, the question mark and the blanks around.
+View bareHeader(View header) {
+    while (!header.empty() && header.back() == ' ')
+        header.remove_suffix(1);
+    if (!header.empty() && header.front() == ':')
+        header.remove_prefix(1);
+    if (!header.empty() && header.back() == '?')
+        header.remove_suffix(1);
     return header;
 }
 
-bool equalInAnyCase(const QByteArray& a, const QByteArray& b) {
-    return a.size() == b.size() && a.compare(b, Qt::CaseInsensitive) == 0;
+bool matchesInFull(View pattern, View word) {
+    return std::equal(pattern.begin(), pattern.end(), word.begin(), word.end(),
+                      [](char a, char b) { return upper(a) == upper(b); });
 }
 
-QByteArray shortForm(const QByteArray& word) {
-    QByteArray capitals;
-    std::copy_if(word.begin(), word.end(), std::back_inserter(capitals), [](char c) { return c < 'a' || c > 'z'; });
-    return capitals;
+bool matchesShortForm(View pattern, View word) {
+    for (const char c : pattern) {
+        if (isSmall(c))
+            continue;
+        if (word.empty() || upper(word.front()) != c)
+            return false;
+        word.remove_prefix(1);
+    }
+    return word.empty();
+}
+
+bool nodeMatches(View pattern, View node) {
+    return matchesInFull(pattern, node) || matchesShortForm(pattern, node);
+}
+
+/// Takes the first node off a header.
+View takeNode(View& header) {
+    const std::size_t end = std::min(header.find(':'), header.size());
+    const View node = header.substr(0, end);
+    header.remove_prefix(std::min(end + 1, header.size()));
+    return node;
 }
 
 } // namespace
@@ -39,17 +73,24 @@ ScpiLine splitLine(const QByteArray& line) {
     while (end < text.size() && text.at(end) != ' ' && text.at(end) != '\t')
         ++end;
     const QByteArray header = text.left(end);
-    return {bareHeader(header), text.mid(end).trimmed(), header.endsWith('?')};
+    const View bare = bareHeader(viewOf(header));
+    return {QByteArray(bare.data(), static_cast<int>(bare.size())), text.mid(end).trimmed(), header.endsWith('?')};
 }
 
 bool wordMatches(const QByteArray& pattern, const QByteArray& word) {
-    return equalInAnyCase(pattern, word) || equalInAnyCase(shortForm(pattern), word);
+    return nodeMatches(viewOf(pattern), viewOf(word));
 }
 
-bool headerMatches(const QByteArray& pattern, const QByteArray& header) {
-    const QList<QByteArray> expected = bareHeader(pattern).split(':');
-    const QList<QByteArray> nodes = header.split(':');
-    return expected.size() == nodes.size() && std::equal(expected.begin(), expected.end(), nodes.begin(), wordMatches);
+bool headerMatches(const char* pattern, const QByteArray& header) {
+    View expected = bareHeader(pattern);
+    View given = viewOf(header);
+    if (std::count(expected.begin(), expected.end(), ':') != std::count(given.begin(), given.end(), ':'))
+        return false;
+    while (!expected.empty()) {
+        if (!nodeMatches(takeNode(expected), takeNode(given)))
+            return false;
+    }
+    return given.empty();
 }
 
 std::optional<double> parseNumber(const QByteArray& text) {

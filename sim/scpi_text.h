@@ -19,7 +19,7 @@ ScpiLine splitLine(const QByteArray& line);
 /// Whether a header is the one that the pattern names, node by node, in any case. A node may be written in full or in
 /// its short form, the pattern's letters without the small ones. The header is one of splitLine's; the pattern's
 /// leading colon, question mark and blanks at the end do not count.
-bool headerMatches(const QByteArray& pattern, const QByteArray& header);
+bool headerMatches(const char* pattern, const QByteArray& header);
 
 /// As headerMatches for a single word of an argument.
 bool wordMatches(const QByteArray& pattern, const QByteArray& word);

@@ -12,9 +12,8 @@ class ServiceThread::Mailbox : public QObject {
 public:
     Mailbox(ServiceThread& thread, ScpiService& service) : m_thread(thread), m_service(service) {}
 
-    bool event(QEvent* event) override {
-        if (event->type() != QEvent::User)
-            return QObject::event(event);
+protected:
+    void customEvent(QEvent*) override {
         std::unique_lock<std::mutex> lock(m_thread.m_mutex);
         while (!m_thread.m_letters.empty()) {
             const Letter letter = m_thread.m_letters.front();
@@ -25,7 +24,6 @@ public:
             *letter.done = true;
             m_thread.m_changed.notify_all();
         }
-        return true;
     }
 
 private:
