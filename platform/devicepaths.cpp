@@ -21,7 +21,7 @@ QString withoutEndSlash(QString path) {
 }
 
 QString accountName() {
-    const QString user = qEnvironmentVariable("USER");
+    QString user = qEnvironmentVariable("USER");
     if (!user.isEmpty())
         return user;
     std::array<char, 4096> buffer{};

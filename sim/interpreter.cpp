@@ -64,7 +64,7 @@ Interpreter::Interpreter(ModuleState& state, OpenPort openPort)
     : m_state(state), m_configurations(state.options().configurationFolder), m_openPort(std::move(openPort)) {}
 
 QByteArray Interpreter::execute(const Request& request) {
-    const QByteArray answer = dispatch(request);
+    QByteArray answer = dispatch(request);
     if (answer.startsWith(Scpi::Refusal) && m_errors.size() < kErrorQueueLength)
         m_errors << answer.mid(static_cast<int>(sizeof Scpi::Refusal));
     return answer;
