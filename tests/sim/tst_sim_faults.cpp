@@ -153,6 +153,7 @@ void TestSimFaults::mergedAnswersComeTogether() {
     QCOMPARE(client.bytes(1, 50), QByteArray());
     client.send(":POW?\r\n");
     QCOMPARE(client.bytes(10), QByteArray("+OK\r\n-10\r\n"));
+    QCOMPARE(client.ask(":POW?"), QByteArray("-10"));
 }
 
 void TestSimFaults::dropClosesMidReply() {
@@ -350,6 +351,9 @@ void TestSimFaults::changesFromManyThreads() {
                 qCritical("the port did not come back");
             simulator.addFault({Sim::Fault::Late, ":NONE", 1, 5, {}});
             simulator.clearFaults();
+            const int listed = simulator.received().size();
+            if (simulator.count(":TRIG:COUN") < listed)
+                qCritical("a request was lost from the log");
         }
     });
     SimClient client(simulator.port());
