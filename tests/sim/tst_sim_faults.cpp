@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -351,6 +352,11 @@ void TestSimFaults::changesFromManyThreads() {
                 qCritical("the port did not come back");
             simulator.addFault({Sim::Fault::Late, ":NONE", 1, 5, {}});
             simulator.clearFaults();
+        }
+    });
+    std::atomic<bool> over{false};
+    std::thread observer([&simulator, &over] {
+        while (!over) {
             const int listed = simulator.received().size();
             if (simulator.count(":TRIG:COUN") < listed)
                 qCritical("a request was lost from the log");
@@ -367,6 +373,8 @@ void TestSimFaults::changesFromManyThreads() {
     }
     modifier.join();
     controller.join();
+    over = true;
+    observer.join();
     QVERIFY(answered > 0);
     QCOMPARE(region.at(0).temperature, 38.5 + kRounds);
     QVERIFY(client.connectTo(simulator.port()));
