@@ -14,7 +14,7 @@ enum class translations { GHzToHz = 0, MHzToHz = 1, KHzToHz = 2 };
 /// Hertz per unit for each row of frequency units, largest unit first; a zero ends a row early.
 inline constexpr double kScale[3][4] = {{1e9, 1e6, 1e3, 1}, {1e6, 1e3, 1, 0}, {1e3, 1, 0, 0}};
 
-/// Decimals that show a frequency to a millihertz (modulation rates in hertz: whole), parallel to kScale.
+/// Decimals that show a frequency to a millihertz, parallel to kScale.
 inline constexpr int kDec[3][4] = {{12, 9, 6, 3}, {9, 6, 3, 0}, {6, 3, 0, 0}};
 
 /// Nanoseconds per unit of time, smallest unit first: "ns", "µs", "ms", "s".

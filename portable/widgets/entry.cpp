@@ -1,0 +1,100 @@
+#include "portable/widgets/entry.h"
+
+#include "values/messagesink.h"
+#include "values/rangemessages.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kLastIndex = 3;
+
+// What a frequency field and a time field differ in.
+struct EntryUnits {
+    const double* scale;
+    const int* decimals;
+    bool ascending;
+};
+
+EntryUnits frequencyUnits(translations row) {
+    const int index = static_cast<int>(row);
+    return {kScale[index], kDec[index], false};
+}
+
+constexpr EntryUnits kTimeUnits{timeScales, timeDec, true};
+
+double normalizeEntry(const EntryUnits& units, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
+    const int shown = combo ? std::clamp(combo->currentIndex(), 0, kLastIndex) : 0;
+    const double canonical = isCanonical ? value : value * units.scale[shown];
+    CalcResult result = calculateNormalization(canonical, units.scale, units.ascending);
+    if (combo && combo->count() > 0 && result.index >= combo->count()) {
+        result.index = combo->count() - 1;
+        result.value = canonical / units.scale[result.index];
+    }
+    applyToWidgets(edit, combo, result, units.decimals);
+    return canonical;
+}
+
+void tell(MessageSink* toast, const QString& text) {
+    if (toast)
+        toast->showMessage(text, 0);
+}
+
+} // namespace
+
+void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result, const int* decimals) {
+    if (combo) {
+        const QSignalBlocker blocker(combo);
+        combo->setCurrentIndex(result.index);
+    }
+    if (edit) {
+        const QSignalBlocker blocker(edit);
+        edit->setText(QString::number(result.value, 'f', decimals[result.index]));
+    }
+}
+
+double normalizeFreq(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, translations row) {
+    return normalizeEntry(frequencyUnits(row), edit, combo, value, isCanonical);
+}
+
+bool normalizeFreq(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, translations row, double min,
+                   double max, MessageSink* toast, double* hertz, const QString& name) {
+    const double canonical = normalizeFreq(edit, combo, value, isCanonical, row);
+    if (hertz)
+        *hertz = canonical;
+    if (min <= canonical && canonical <= max)
+        return true;
+    normalizeFreqRange(toast, min, max, name);
+    return false;
+}
+
+double normalizeTime(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
+    return normalizeEntry(kTimeUnits, edit, combo, value, isCanonical);
+}
+
+bool normalizeTime(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, double min, double max,
+                   MessageSink* toast, double* nanoseconds, const QString& name) {
+    const double canonical = normalizeTime(edit, combo, value, isCanonical);
+    if (nanoseconds)
+        *nanoseconds = canonical;
+    if (min <= canonical && canonical <= max)
+        return true;
+    normalizeTimeRange(toast, min, max, name);
+    return false;
+}
+
+void normalizeFreqRange(MessageSink* toast, double min, double max, const QString& name) {
+    tell(toast, getFreqRangeToast(min, max, name));
+}
+
+void normalizeTimeRange(MessageSink* toast, double min, double max, const QString& name) {
+    tell(toast, getTimeRangeToast(min, max, name));
+}
+
+void normalizePowerRange(MessageSink* toast, double min, double max, const QString& name) {
+    tell(toast, getPowerRangeToast(min, max, name));
+}

@@ -1,0 +1,150 @@
+#include "portable/widgets/entry.h"
+#include "tests/support/testbase.h"
+#include "values/messagesink.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QSignalSpy>
+
+#include <cmath>
+
+namespace {
+
+constexpr int kTime = -1;
+
+class RecordingSink : public MessageSink {
+public:
+    void showMessage(const QString& text, float) override { texts << text; }
+    QStringList texts;
+};
+
+QStringList unitsOf(int row) {
+    return unitNames(row == kTime ? UnitQuantity::Time : UnitQuantity::Frequency).mid(row == kTime ? 0 : row);
+}
+
+} // namespace
+
+class TestEntry : public TestBase {
+    Q_OBJECT
+
+private slots:
+    void normalizes_data() {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("offered"); // units in the box, 4 for all
+        QTest::addColumn<bool>("isCanonical");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<double>("canonical");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("shown");
+        const auto row = [](const char* tag, int row, int offered, bool isCanonical, double value, int index,
+                            double canonical, const QString& text, int shown) {
+            QTest::newRow(tag) << row << offered << isCanonical << value << index << canonical << text << shown;
+        };
+        row("1500 MHz", 0, 4, false, 1500, 1, 1.5e9, "1.500000000000", 0);
+        row("0 GHz", 0, 4, false, 0, 0, 0, "0.000", 3);
+        row("negative", 0, 4, false, -1, 0, -1e9, "-1000000000.000", 3);
+        row("canonical ignores the box", 0, 4, true, 1500, 0, 1500, "1.500000", 2);
+        row("rate of 2 GHz", 1, 4, true, 2e9, 2, 2e9, "2000.000000000", 0);
+        row("rate in Hz", 1, 4, false, 0.4, 2, 0.4, "0.400", 2);
+        row("0 in row 1", 1, 4, false, 0, 0, 0, "0.000", 2);
+        row("row 2", 2, 4, false, 1500, 1, 1500, "1.500000", 0);
+        row("0 in row 2", 2, 4, false, 0, 0, 0, "0.000", 1);
+        row("999 µs", kTime, 4, false, 999, 1, 999e3, "999.000", 1);
+        row("1000 µs", kTime, 4, false, 1000, 1, 1e6, "1.000000", 2);
+        row("5000 s", kTime, 4, false, 5000, 3, 5e12, "5000.000000000", 3);
+        row("0 s", kTime, 4, false, 0, 3, 0, "0", 0);
+        row("1 s without seconds", kTime, 3, true, 1e9, 0, 1e9, "1000.000000", 2);
+        row("2.5 s without seconds", kTime, 3, false, 2500, 2, 2.5e9, "2500.000000", 2);
+        row("box of one unit", kTime, 1, true, 1e6, 0, 1e6, "1000000", 0);
+    }
+
+    void normalizes() {
+        QFETCH(int, row);
+        QFETCH(int, offered);
+        QFETCH(bool, isCanonical);
+        QFETCH(double, value);
+        QFETCH(int, index);
+        QFETCH(double, canonical);
+        QFETCH(QString, text);
+        QLineEdit edit;
+        QComboBox combo;
+        combo.addItems(unitsOf(row).mid(0, offered));
+        combo.setCurrentIndex(index);
+        const QSignalSpy edited(&edit, &QLineEdit::textChanged);
+        const QSignalSpy chosen(&combo, QOverload<int>::of(&QComboBox::currentIndexChanged));
+        QCOMPARE(plain(row, &edit, &combo, value, isCanonical), canonical);
+        QCOMPARE(edit.text(), text);
+        QTEST(combo.currentIndex(), "shown");
+        QCOMPARE(edited.count() + chosen.count(), 0);
+
+        RecordingSink sink;
+        double out = -1;
+        combo.setCurrentIndex(index);
+        edit.clear();
+        QVERIFY(check(row, &edit, &combo, value, isCanonical, canonical, canonical, &sink, &out));
+        QCOMPARE(out, canonical);
+        QCOMPARE(edit.text(), text);
+        QVERIFY(sink.texts.isEmpty());
+    }
+
+    void outOfRangeStaysVisibleBesideItsMessage_data() {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<double>("value"); // in the second unit of the box
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("shown");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("frequency high") << 0 << 7000.0 << "7.000000000000" << 0 << "Valid Start  range: 9 KHz to 6 GHz";
+        QTest::newRow("frequency low") << 0 << 0.001 << "1.000000" << 2 << "Valid Start  range: 9 KHz to 6 GHz";
+        QTest::newRow("time high") << kTime << 7e6 << "7.000000000" << 3
+                                   << QString("Valid Start  range: 9 %1s to 6 s").arg(QChar(0xB5));
+        QTest::newRow("not a number") << 0 << double(NAN) << "nan" << 0 << "Valid Start  range: 9 KHz to 6 GHz";
+    }
+
+    void outOfRangeStaysVisibleBesideItsMessage() {
+        QFETCH(int, row);
+        QFETCH(double, value);
+        QFETCH(QString, message);
+        QLineEdit edit;
+        QComboBox combo;
+        combo.addItems(unitsOf(row));
+        combo.setCurrentIndex(1);
+        RecordingSink sink;
+        double out = -1;
+        QVERIFY(!check(row, &edit, &combo, value, false, 9e3, 6e9, &sink, &out));
+        QTEST(edit.text(), "text");
+        QTEST(combo.currentIndex(), "shown");
+        QCOMPARE(sink.texts, QStringList(message));
+        QCOMPARE(out, value * (row == kTime ? 1e3 : 1e6));
+    }
+
+    void worksWithoutWidgetsAndToast() {
+        for (int row : {0, 1, 2, kTime}) {
+            QCOMPARE(plain(row, nullptr, nullptr, 2, false), 2 * (row == kTime ? timeScales[0] : kScale[row][0]));
+            QVERIFY(!check(row, nullptr, nullptr, 2, true, 3, 4, nullptr, nullptr));
+        }
+        QComboBox empty;
+        QCOMPARE(plain(0, nullptr, &empty, 2, false), 2e9);
+        normalizePowerRange(nullptr, 0, 1, "Power");
+        RecordingSink sink;
+        normalizePowerRange(&sink, -120, 20, "Power");
+        QCOMPARE(sink.texts, QStringList("Valid Power  range: -120 dBm to 20 dBm"));
+    }
+
+private:
+    static double plain(int row, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
+        return row == kTime ? normalizeTime(edit, combo, value, isCanonical)
+                            : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row));
+    }
+
+    static bool check(int row, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, double min,
+                      double max, MessageSink* sink, double* out) {
+        return row == kTime ? normalizeTime(edit, combo, value, isCanonical, min, max, sink, out, "Start")
+                            : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row), min, max,
+                                            sink, out, "Start");
+    }
+};
+
+VELDA_TEST_MAIN(QApplication, TestEntry)
+#include "tst_entry.moc"
