@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+
+class MessageSink;
+class QComboBox;
+
+namespace Kavor::HandheldGui {
+
+class VirtKeyboard;
+
+/// What every value editor shares: a field that opens the on-screen keyboard when it is touched and takes the entry and
+/// its unit back. It is not typed into directly. A disabled editor does not open; a touch while its keyboard is open is
+/// swallowed. The entry may be no number: what to do about that, and about ranges, is for whoever hears valueChanged().
+/// GUI thread.
+class ValueEdit : public QLineEdit {
+    Q_OBJECT
+
+public:
+    /// What the keyboard says is edited.
+    void setTitle(const QString& title) { m_title = title; }
+    const QString& title() const { return m_title; }
+
+    /// The box with the units of the field, which become unit keys; not owned. An entry sets it without its signals, so
+    /// that one entry is one change. It is left alone when the entry is no number.
+    void setUnitBox(QComboBox* box);
+    QComboBox* unitBox() const;
+
+    /// The unit keys of a field without a unit box; the first is the unit of the value shown.
+    void setUnitNames(const QStringList& names) { m_unitNames = names; }
+    const QStringList& unitNames() const { return m_unitNames; }
+
+    /// Where the editor says what is wrong with an entry; may be null, not owned, and must outlive the editor's edits.
+    void setMessageSink(MessageSink* sink) { m_sink = sink; }
+
+    /// True from the touch until everything that valueChanged() started has come back.
+    bool isEditing() const { return m_editing; }
+
+    /// The unit that the last entry was made in.
+    const QString& chosenUnit() const { return m_chosenUnit; }
+
+signals:
+    /// Enter or a unit key closed the keyboard; text and unit box hold the entry.
+    void valueChanged();
+
+protected:
+    enum class Units { Optional, BoxNeeded };
+
+    /// unit: shown by the keyboard where the field has neither box nor unit keys.
+    ValueEdit(QWidget* parent, Units units, const QString& unit = QString());
+
+    bool event(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+
+    /// Prepares a keyboard that is about to open.
+    virtual void prepare(VirtKeyboard& keyboard) { Q_UNUSED(keyboard) }
+
+    /// Turns the entry, which is text() already, into what the field shows; false withdraws it, before is put back and
+    /// valueChanged() is not emitted.
+    virtual bool takeEntry(const QString& unit) {
+        Q_UNUSED(unit)
+        return true;
+    }
+
+    void tell(const QString& message);
+
+private:
+    void edit();
+    bool runKeyboard();
+    void selectUnit(const QString& unit);
+
+    const Units m_units;
+    const QString m_fixedUnit;
+    QString m_title;
+    QString m_chosenUnit;
+    QStringList m_unitNames;
+    QPointer<QComboBox> m_unitBox;
+    MessageSink* m_sink = nullptr;
+    bool m_editing = false;
+};
+
+} // namespace Kavor::HandheldGui
