@@ -12,6 +12,7 @@
 #include "common/instrument/record_texts.h"
 #include "common/instrument/scpi_log.h"
 #include "common/instrument/scpiclient.h"
+#include "platform/logger.h"
 
 InstrumentLink::InstrumentLink(const InstrumentSettings& settings, QObject* parent)
     : QObject(parent), m_settings(settings), m_address(settings.address), m_region(settings.regionName) {
@@ -26,7 +27,7 @@ void InstrumentLink::InitChannels() {
     followRegion();
     initScpi(m_settings.address);
     if (init_channel() != 0)
-        qCCritical(lcScpi, "*************Channels initializarion failure **********");
+        VELDA_LOG(lcScpi().categoryName(), QtCriticalMsg, "*************Channels initializarion failure **********");
     m_linkWatch.start(m_settings.linkWatchMs);
     updateLink();
 }
@@ -53,8 +54,10 @@ void InstrumentLink::initScpi(const QHostAddress& address) {
 
 int InstrumentLink::init_channel() {
     followRegion();
-    if (!regionIsValid("init_channel"))
+    if (!m_region.isUsable()) {
+        logUnusableRegion("init_channel");
         return -1;
+    }
     takeSnapshot();
     return 0;
 }
@@ -67,8 +70,14 @@ void InstrumentLink::refresh() {
 
 int InstrumentLink::revert_preset(int channel) {
     followRegion();
-    if (!regionIsValid("revert_preset"))
+    if (!m_region.isUsable()) {
+        // Called once a second, so said once for each time that the region is lost.
+        if (!m_lossReported)
+            logUnusableRegion("revert_preset");
+        m_lossReported = true;
         return -1;
+    }
+    m_lossReported = false;
     const auto index = static_cast<unsigned>(channel);
     if (m_region.holds(index)) {
         m_region.read(index, 0, &m_snapshot[index], kChannelRecordSize);
@@ -97,11 +106,9 @@ bool InstrumentLink::isLinkUp() const {
     return m_region.isUsable() && m_region.isPresent() && m_client != nullptr && m_client->isConnected();
 }
 
-bool InstrumentLink::regionIsValid(const char* function) {
-    if (m_region.isUsable())
-        return true;
-    qCCritical(lcScpi, "%s: invalid input ldshmem, channel_no = %u", function, m_region.channelCount());
-    return false;
+void InstrumentLink::logUnusableRegion(const char* function) const {
+    VELDA_LOG(lcScpi().categoryName(), QtCriticalMsg, "%s: invalid input ldshmem, channel_no = %u", function,
+              m_region.channelCount());
 }
 
 void InstrumentLink::takeSnapshot() {

@@ -43,7 +43,8 @@ public:
     /// Copies as many bytes as there are channels from the start of the region into the snapshot.
     void refresh();
 
-    /// Copies one whole record into the snapshot. 0, also for a channel that does not exist; -1 as init_channel().
+    /// Copies one whole record into the snapshot. 0, also for a channel that does not exist; -1 as init_channel(), said
+    /// in the log once for each loss of the region.
     int revert_preset(int channel);
 
     /// Bit i is set for each channel i whose module is not connected. Without a usable region: 1.
@@ -110,7 +111,7 @@ private:
         QString error = QStringLiteral("timeout");
     };
 
-    bool regionIsValid(const char* function);
+    void logUnusableRegion(const char* function) const;
     void takeSnapshot();
     void followRegion();
     void followService();
@@ -132,6 +133,7 @@ private:
     std::string m_reportedPortText;
     QTimer m_linkWatch;
     bool m_linkUp = false;
+    bool m_lossReported = false;
     int m_waits = 0;
     int m_waitBudgetMs = 0; ///< time-outs of the commands that wait
 };

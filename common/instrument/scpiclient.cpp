@@ -102,8 +102,7 @@ void ScpiClient::pump() {
     if (m_busy != 0 || m_queue.empty() || m_linkLost)
         return;
     if (m_connected && !m_queue.front().hasOwnLink && peerHasClosed()) {
-        m_queue.front().hasOwnLink = true;
-        dropLink();
+        dropLink(); // the attempt that follows is begun for this request
     }
     if (m_connected)
         writeHead();
@@ -132,7 +131,7 @@ void ScpiClient::onConnected() {
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_linkAge.start();
     m_connected = true;
-    if (!m_queue.empty())
+    if (!m_queue.empty() && m_queue.front().attempt < m_attempt)
         m_queue.front().hasOwnLink = true;
     emit connected();
     pump();
