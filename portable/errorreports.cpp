@@ -1,0 +1,68 @@
+#include "portable/errorreports.h"
+
+#include "portable/widgets/dialogs.h"
+#include "portable/widgets/styles/styles.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace Kavor::HandheldGui {
+
+bool ErrorReports::msgboxOn = false;
+
+ErrorReports::ErrorReports(QWidget* window) : m_window(window) {}
+
+void ErrorReports::report(const QString& text) {
+    if (text.isEmpty() || msgboxOn)
+        return;
+    if (!m_window->isVisible()) {
+        m_kept << text;
+        return;
+    }
+    showBox(text);
+    showKept();
+}
+
+void ErrorReports::reportWhenFree(const QString& text) {
+    // Above a keyboard or a question a box would stand in the way of what the user is doing.
+    if (msgboxOn || DialogRunner::anyOpen()) {
+        if (!text.isEmpty() && !m_kept.contains(text))
+            m_kept << text;
+        return;
+    }
+    report(text);
+}
+
+void ErrorReports::showKept() {
+    while (!m_kept.isEmpty() && m_window->isVisible() && !msgboxOn)
+        showBox(m_kept.takeFirst());
+}
+
+void ErrorReports::showBox(const QString& text) {
+    msgboxOn = true;
+    // The splash and the toast are top-level windows too, and both go away by themselves: neither can own a box.
+    QWidget* active = QApplication::activeWindow();
+    const bool fits =
+        active && active->windowType() != Qt::Popup && !active->windowFlags().testFlag(Qt::WindowTransparentForInput);
+    QMessageBox box(fits ? active : m_window);
+    box.setWindowFlag(Qt::FramelessWindowHint);
+    box.setObjectName(QStringLiteral("errorBox"));
+    box.setStyleSheet(MESSAGE_BOX_STYLE);
+    box.setText(text);
+    QFont font = box.font();
+    font.setPixelSize(24);
+    box.setFont(font);
+    box.setStandardButtons(QMessageBox::Ok);
+    box.setDefaultButton(QMessageBox::Ok);
+    for (QAbstractButton* button : box.buttons()) {
+        const QSize hint = button->sizeHint();
+        button->setMinimumSize(static_cast<int>(hint.width() * 1.5), static_cast<int>(hint.height() * 1.5));
+        button->setFont(QFont(QStringLiteral("Segoe UI"), 18));
+        button->setIcon(QIcon());
+    }
+    DialogRunner::current().run(box, DialogKind::Critical, text);
+    msgboxOn = false;
+}
+
+} // namespace Kavor::HandheldGui

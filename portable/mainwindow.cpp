@@ -1,0 +1,352 @@
+#include "portable/mainwindow.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/controlrow.h"
+#include "portable/dynamiclayout.h"
+#include "portable/screens/screentexts.h"
+#include "portable/statustexts.h"
+#include "portable/wdgfuncbuttons.h"
+#include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/buttonintf.h"
+#include "portable/widgets/choicegroup.h"
+#include "portable/widgets/dialogs.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTimer>
+#include <array>
+#include <cstring>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+// Mode texts by STATE; null where a state leaves the mode text alone.
+constexpr std::array<const char*, 14> ModeTexts{"CW",   "AM",   "FM",    "PM",    "Pulse", "Pattern", "Pattern",
+                                                "FRSW", "PRSW", nullptr, nullptr, nullptr, "LIST",    "LIST"};
+
+/// The record without what drifts by itself: battery and temperature alone are no reason to load the screens again.
+ChannelRecord withoutTelemetry(ChannelRecord record) {
+    record.temperature = 0;
+    record.batteryCharge = 0;
+    record.batteryCompanion = 0;
+    record.batteryCurrent = 0;
+    return record;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent, EventHandler* handler, const PanelSettings& settings)
+    : PanelHost(parent), m_handler(handler), m_settings(settings), m_errors(this) {
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    setWindowModality(Qt::NonModal);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    setStyleSheet(MAIN_WINDOW_STYLE);
+    setFixedSize(Style::WindowWidth, Style::WindowHeight);
+    setBaseSize(Style::WindowWidth, Style::WindowHeight);
+    resize(Style::WindowWidth, Style::WindowHeight);
+    buildLayout();
+    buildStatusBar();
+    m_toast = new ToastOverlay(this);
+    m_screens = std::make_unique<dynamicLayout>(this);
+    connectControls();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::buildLayout() {
+    auto* central = new QWidget(this);
+    m_functions = new FuncButtonWidget(this);
+    m_header = new QLabel(central);
+    m_header->setObjectName(QStringLiteral("header"));
+    m_header->setFixedHeight(Style::HeaderLabelHeight);
+    m_header->setStyleSheet(CONTENT_BAR_STYLE);
+    m_content = new QWidget(central);
+    m_controls = new ControlRow(central);
+
+    auto* grid = new QGridLayout(central);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(0);
+    grid->addWidget(m_functions, 0, 0);
+    grid->addWidget(m_header, 1, 0);
+    grid->addWidget(m_content, 2, 0);
+    grid->addWidget(m_controls, 3, 0);
+    grid->setRowStretch(2, 1);
+    setCentralWidget(central);
+}
+
+void MainWindow::buildStatusBar() {
+    QStatusBar* bar = statusBar();
+    bar->setFixedHeight(Style::StatusBarHeight);
+    bar->setSizeGripEnabled(false);
+    bar->setStyleSheet(STATUS_BAR_STYLE);
+    const auto add = [bar](const QString& name, int width) {
+        auto* label = new QLabel(bar);
+        label->setObjectName(name);
+        if (width > 0)
+            label->setFixedWidth(width);
+        bar->addWidget(label, width > 0 ? 0 : 1);
+        return label;
+    };
+    m_statusFrequency = add(QStringLiteral("statusFrequency"), 400);
+    m_statusPower = add(QStringLiteral("statusPower"), 230);
+    m_statusModulation = add(QStringLiteral("statusModulation"), 280);
+    m_statusRunMode = add(QStringLiteral("statusRunMode"), 0);
+}
+
+void MainWindow::connectControls() {
+    const auto pair = [this](ChoiceGroup& group, auto on, auto off) {
+        connect(&group, &ChoiceGroup::clicked, this, [this, on, off](int index) {
+            if (index == ControlRow::On)
+                (this->*on)(true);
+            else
+                (this->*off)(true);
+        });
+    };
+    pair(m_controls->modulation(), &MainWindow::onModOnButton, &MainWindow::onModOffButton);
+    pair(m_controls->rf(), &MainWindow::onRfOnButton, &MainWindow::onRfOffButton);
+    connect(m_controls->trigger(), &QPushButton::clicked, this, &MainWindow::onTrgButton);
+    connect(m_controls->trigger(), &QPushButton::pressed, this, &MainWindow::onTrgPress);
+    connect(m_controls->trigger(), &QPushButton::released, this, &MainWindow::onTrgRelease);
+    for (IntfButton* button : m_functions->buttons())
+        connect(button, &IntfButton::clicked, this, &MainWindow::onFuncBnClicked);
+    connect(m_handler, &EventHandler::linkChanged, this, &MainWindow::onLinkChanged);
+}
+
+void MainWindow::postInit() {
+    update_from_config(STATE_NONE);
+    UpdateStatusBar();
+    change_state(STATE_CW, STATE_NONE);
+    onLinkChanged(m_handler->isLinkUp());
+}
+
+void MainWindow::change_state(STATE state, STATE) {
+    m_state = state; // first: a screen with sub-views asks for it when it is shown
+    if (m_screens)
+        m_screens->setScreen(state);
+    if (m_functions)
+        m_functions->update_static_controls(state);
+}
+
+void MainWindow::onFuncBnClicked() {
+    const auto* button = qobject_cast<IntfButton*>(sender());
+    if (!button || button->states().empty())
+        return;
+    const STATE first = button->states().front();
+    UpdateDeviceState(first);
+    change_state(first, STATE_NONE);
+}
+
+void MainWindow::UpdateDeviceState(STATE state) {
+    if (state < 0 || state >= static_cast<int>(ModeTexts.size()))
+        return;
+    if (state == STATE_RUNMODE)
+        m_runModeText = QStringLiteral("Continuous");
+    else if (const char* text = ModeTexts[static_cast<std::size_t>(state)])
+        m_modeText = QString::fromLatin1(text);
+}
+
+void MainWindow::update_from_config(STATE state) {
+    m_screens->update_from_config(state);
+    m_shown = m_handler->snapshot();
+    if (m_shown.rfOutput == 1) {
+        onRfOnButton(false);
+        update_modulations();
+        UpdateStatusBar();
+    } else {
+        onRfOffButton(false);
+        UpdateStatusBar();
+    }
+}
+
+void MainWindow::refreshFromModule() {
+    if (m_handler->isWaiting() || DialogRunner::anyOpen())
+        return;
+    m_errors.showKept();
+    m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
+    const ChannelRecord now = m_handler->snapshot();
+    const ChannelRecord before = withoutTelemetry(m_shown);
+    const ChannelRecord after = withoutTelemetry(now);
+    if (std::memcmp(&before, &after, sizeof(ChannelRecord)) == 0)
+        return;
+    m_shown = now;
+    m_screens->update_from_config(m_state);
+    setRfLook(now.rfOutput == 1);
+    setModulationLook(m_handler->isModulationsOn() != 0);
+    UpdateStatusBar();
+}
+
+void MainWindow::UpdateStatusBar() {
+    const ChannelRecord& record = m_handler->snapshot();
+    m_statusFrequency->setText(statusFrequencyText(record.frequency.value, m_frequencyUnit));
+    m_statusPower->setText(statusPowerText(record.power.value));
+    m_statusModulation->setText(GetStatusBarMode(m_handler->getModulationsState()));
+    m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
+}
+
+QString MainWindow::GetStatusBarMode(unsigned mask) const {
+    return statusModeText(mask, m_modeText);
+}
+
+void MainWindow::onRfOnButton(bool fromUser) {
+    if (fromUser && m_handler->set_rf_onoff(OnOff::on) != 0) {
+        showCommandFailure(*this);
+        UpdateStatusBar();
+        return;
+    }
+    setRfLook(true);
+    UpdateStatusBar();
+}
+
+void MainWindow::onRfOffButton(bool fromUser) {
+    if (fromUser && m_handler->set_rf_onoff(OnOff::off) != 0) {
+        showCommandFailure(*this);
+        UpdateStatusBar();
+        return;
+    }
+    m_controls->rf().choose(ControlRow::Off);
+    onModOffButton(false);
+    setRfLook(false);
+    UpdateStatusBar();
+}
+
+void MainWindow::setRfLook(bool on) {
+    m_controls->rf().choose(on ? ControlRow::On : ControlRow::Off);
+    m_controls->modulation().setEnabled(on);
+    emit modulationLookChanged(m_controls->modulation().chosen() == ControlRow::On, on);
+}
+
+void MainWindow::setModulationLook(bool on) {
+    m_controls->modulation().choose(on ? ControlRow::On : ControlRow::Off);
+    emit modulationLookChanged(on, m_controls->modulation().button(ControlRow::On)->isEnabled());
+}
+
+void MainWindow::onModOnButton(bool fromUser) {
+    const unsigned mask = m_handler->snapshot().modulationEnable;
+    if (const int conflict = canModulate(modEnableBitMask(0), mask)) {
+        reportScpiError(0, conflict);
+        return;
+    }
+    emit MainModOnSignal();
+    emit SweepModOnSignal();
+    emit ListOnOffSignal(1);
+    bool nothingStarted = false;
+    if (fromUser) {
+        const unsigned on = m_handler->isModulationsOn();
+        if (const unsigned missing = mask & ~on) {
+            showToast(*this, QStringLiteral("Couldn't start %1 modulations").arg(GetStatusBarMode(missing)));
+            nothingStarted = on == 0;
+        }
+    }
+    if (!nothingStarted)
+        setModulationLook(true);
+}
+
+void MainWindow::onModOffButton(bool fromUser) {
+    emit MainModOffSignal();
+    emit SweepModOffSignal();
+    emit ListOnOffSignal(0);
+    if (fromUser) {
+        const unsigned mask = m_handler->snapshot().modulationEnable;
+        if (const unsigned on = m_handler->isModulationsOn()) {
+            showToast(*this, QStringLiteral("Couldn't stop %1 modulations").arg(GetStatusBarMode(on)));
+            if (on == mask) {
+                UpdateDeviceState(STATE_CW);
+                UpdateStatusBar();
+                return;
+            }
+        }
+    }
+    setModulationLook(false);
+    UpdateDeviceState(STATE_CW);
+    UpdateStatusBar();
+}
+
+void MainWindow::update_modulations() {
+    if (m_handler->isModulationsOn() == 0)
+        onModOffButton(false);
+    else
+        onModOnButton(false);
+}
+
+void MainWindow::onModOnOff(int on, STATE state) {
+    UpdateDeviceState(on != 0 ? state : STATE_CW);
+    UpdateStatusBar();
+}
+
+void MainWindow::onTrgPress() {
+    m_controls->setTriggerPressed(true);
+}
+
+void MainWindow::onTrgRelease() {
+    m_controls->setTriggerPressed(false);
+}
+
+void MainWindow::onTrgButton() {
+    if (m_handler->setTrigger() != 0)
+        showCommandFailure(*this);
+}
+
+void MainWindow::SetManualBnEnable(bool enable) {
+    m_controls->trigger()->setEnabled(enable);
+}
+
+void MainWindow::OnRunModeCont() {
+    m_runModeText = QStringLiteral("Continuous");
+    UpdateStatusBar();
+}
+
+void MainWindow::OnRunModeTrig() {
+    m_runModeText = QStringLiteral("Trigger");
+    UpdateStatusBar();
+}
+
+void MainWindow::set_battery_level(unsigned short percent) {
+    if (m_functions)
+        m_functions->set_battery_level(percent);
+}
+
+void MainWindow::setHeaderBar(const QString& title) {
+    m_header->setText(title);
+}
+
+void MainWindow::setStatusBar(const QString&) {}
+
+void MainWindow::reportScpiError(int requested, int conflict) {
+    showToast(*this, conflictText(requested, conflict));
+}
+
+void MainWindow::reportError(const QString& text) {
+    m_errors.report(text);
+}
+
+void MainWindow::reportWhenFree(const QString& text) {
+    m_errors.reportWhenFree(text);
+}
+
+void MainWindow::onLinkChanged(bool up) {
+    m_functions->setLinkLost(!up);
+}
+
+bool MainWindow::event(QEvent* event) {
+    const bool handled = PanelHost::event(event);
+    // What was reported while the splash stood in front comes once the window is up and the loop is back in charge.
+    if (event->type() == QEvent::Show)
+        QTimer::singleShot(0, this, [this] { m_errors.showKept(); });
+    return handled;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    PanelHost::showEvent(event);
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "portable/widgets/state.h"
+
+#include <QMainWindow>
+
+class EventHandler;
+
+namespace Kavor::HandheldGui {
+
+class ToastOverlay;
+
+/// Times that the panel keeps, in milliseconds.
+struct PanelSettings {
+    int refreshMs = 1000; ///< period of the record refresh
+};
+
+/// What a screen may ask of the window that holds it. The panel's main window implements it; a test may put a small
+/// host in its place. GUI thread.
+class PanelHost : public QMainWindow {
+    Q_OBJECT
+
+public:
+    using QMainWindow::QMainWindow;
+
+    /// The one instrument-control object; it outlives the host.
+    virtual EventHandler& handler() = 0;
+    virtual const PanelSettings& settings() const = 0;
+
+    /// Where a screen puts its page: the area below the header label, Style::PageHeight high.
+    virtual QWidget* contentArea() = 0;
+
+    /// Null before the window has made it.
+    virtual ToastOverlay* toast() = 0;
+
+    virtual void setHeaderBar(const QString& title) = 0;
+    virtual void setStatusBar(const QString& text) = 0;
+    virtual void UpdateStatusBar() = 0;
+    virtual void UpdateDeviceState(STATE state) = 0;
+
+    /// The state that was last switched to.
+    virtual STATE currentState() const = 0;
+
+    /// Switches the screen; the second argument is ignored.
+    virtual void change_state(STATE state, STATE previous = STATE_NONE) = 0;
+
+    /// Reloads every screen and the output controls from the cache; what is enabled is started, as at power-on.
+    virtual void update_from_config(STATE state) = 0;
+
+    /// Copies the current channel's record and brings the screens and the looks of the controls into line with it.
+    /// Sends nothing; does nothing while a command waits or a dialog is open.
+    virtual void refreshFromModule() = 0;
+
+    /// Gives the MOD pair (and whatever follows it) the look of modulation running or not.
+    virtual void setModulationLook(bool on) = 0;
+
+    /// Enables or disables the manual trigger button.
+    virtual void SetManualBnEnable(bool enable) = 0;
+
+    virtual void set_battery_level(unsigned short percent) = 0;
+
+    /// A toast for a refused combination: the requested modEnableBitMask bits and those in the way (negative: none
+    /// set).
+    virtual void reportScpiError(int requested, int conflict) = 0;
+
+    /// A modal box. Nothing for an empty text or while such a box is open; kept while the window is not shown yet.
+    virtual void reportError(const QString& text) = 0;
+
+    /// As reportError(), but a box that is open meanwhile only delays this one.
+    virtual void reportWhenFree(const QString& text) = 0;
+
+    /// The unit in which the status bar shows the frequency: "GHz", "MHz", "KHz" or "Hz".
+    virtual QString frequencyUnit() const = 0;
+    virtual void setFrequencyUnit(const QString& unit) = 0;
+
+public slots:
+    virtual void onModOnOff(int on, STATE state) = 0;
+    virtual void UpdateFRSWState() = 0;
+    virtual void UpdatePRSWState() = 0;
+    virtual void UpdateListState() = 0;
+    virtual void OnRunModeCont() = 0;
+    virtual void OnRunModeTrig() = 0;
+
+signals:
+    void MainModOnSignal();
+    void MainModOffSignal();
+    void SweepModOnSignal();
+    void SweepModOffSignal();
+    void ListOnOffSignal(int on);
+
+    /// The look of the MOD pair changed: whether modulation shows as running, and whether it can be switched.
+    void modulationLookChanged(bool on, bool enabled);
+};
+
+} // namespace Kavor::HandheldGui

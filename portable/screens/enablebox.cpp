@@ -1,0 +1,65 @@
+#include "portable/screens/enablebox.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "platform/logger.h"
+#include "portable/panelhost.h"
+#include "portable/screens/screentexts.h"
+#include "portable/widgets/ToastOverlay.h"
+
+#include <QCheckBox>
+#include <QSignalBlocker>
+#include <QTimer>
+
+namespace Kavor::HandheldGui {
+
+EnableBox::EnableBox(PanelHost& host, QCheckBox* box, unsigned bit, const QString& logPrefix, const QString& logName)
+    : QObject(box), m_host(host), m_box(box), m_bit(bit), m_logPrefix(logPrefix), m_logName(logName) {
+    connect(box, &QCheckBox::stateChanged, this, &EnableBox::onStateChanged);
+}
+
+bool EnableBox::isChecked() const {
+    return m_box->isChecked();
+}
+
+void EnableBox::setFromConfig() {
+    const QSignalBlocker quiet(m_box);
+    m_box->setChecked((m_host.handler().snapshot().modulationEnable & m_bit) != 0);
+}
+
+void EnableBox::onStateChanged(int state) {
+    if (state == Qt::PartiallyChecked) {
+        VELDA_LOG("screens", QtInfoMsg, "%s", m_logPrefix + QStringLiteral("Checkbox is Partially Checked!"));
+        return;
+    }
+    const bool on = state == Qt::Checked;
+    VELDA_LOG("screens", QtInfoMsg, "%s%sCheckbox is %s!", m_logPrefix, m_logName,
+              on ? QStringLiteral("Checked") : QStringLiteral("Unchecked"));
+    if (on)
+        switchOn();
+    else
+        switchOff();
+}
+
+void EnableBox::switchOn() {
+    const int conflict = m_host.handler().set_modulation_enable(modEnableBitMask(m_bit), true);
+    if (conflict != 0) {
+        m_host.reportScpiError(static_cast<int>(m_bit), conflict);
+        // Only after the click has been handled, so that the box does not change inside its own signal.
+        QTimer::singleShot(0, m_box, [box = m_box] { box->setChecked(false); });
+        return;
+    }
+    if ((m_host.handler().snapshot().modulationEnable & m_bit) == 0) {
+        showCommandFailure(m_host);
+        setFromConfig();
+    }
+}
+
+void EnableBox::switchOff() {
+    m_host.handler().set_modulation_enable(modEnableBitMask(m_bit), false);
+    if ((m_host.handler().snapshot().modulationEnable & m_bit) != 0) {
+        showCommandFailure(m_host);
+        setFromConfig();
+    }
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,93 @@
+#include "portable/screens/screenrfmod.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/panelhost.h"
+#include "portable/screens/valuefield.h"
+#include "portable/screens/wdgrfmod.h"
+#include "portable/widgets/combobox.h"
+#include "portable/widgets/pagegroup.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vkeditors.h"
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int FrequencyGroupHeight = 228;
+constexpr PageGroup::Column FrequencyColumn{24, 200, 520, 150};
+constexpr PageGroup::Column PhaseColumn{480, 608, 274, 0};
+constexpr int FrequencyRow = 56;
+constexpr int PowerRow = 148;
+
+} // namespace
+
+rfmodScreen::rfmodScreen(QWidget* parent, std::vector<STATE> states)
+    : IGuiScreen(parent, std::move(states)), m_page(makePage(QStringLiteral("pageCw"))) {
+    buildFrequencyGroup();
+    constexpr int top = FrequencyGroupHeight + 10;
+    auto* group = new PageGroup(
+        m_page, QStringLiteral("Modulations"),
+        QRect(Style::PageMargin, top, Style::WindowWidth - 2 * Style::PageMargin, Style::PageHeight - top - 8));
+    m_modulations = new rfModulationsWidget(group, &host(), &handler(), 0);
+}
+
+void rfmodScreen::buildFrequencyGroup() {
+    auto* group =
+        new PageGroup(m_page, QStringLiteral("Frequency Settings"),
+                      QRect(Style::PageMargin, 0, Style::WindowWidth - 2 * Style::PageMargin, FrequencyGroupHeight));
+
+    auto* unit = new ComboBox(group);
+    unit->setStyleSheet(WIDGET_COMBO_STYLE_BIG);
+    ValueField frequency{ValueField::Kind::Frequency, ValueModel::device(handler(), DeviceValueId::Frequency),
+                         new vkFreqEdit(group), unit, translations::GHzToHz};
+    frequency.editStyle = WIDGET_EDIT_LARGE_STYLE;
+    frequency.wrongStyle = WIDGET_EDIT_LARGE_STYLE_RED;
+    m_frequency =
+        addValueField(*group, host(), FrequencyColumn, FrequencyRow,
+                      {QStringLiteral("Frequency:"), QStringLiteral("cwFrequency"), QStringLiteral("CW frequency")},
+                      frequency, Style::FrequencyHeight)
+            .entry;
+    // The entry path redraws the status bar after this: the bar shows the frequency in the unit that was chosen here.
+    connect(m_frequency, &ValueEntry::accepted, this, [this, unit] { host().setFrequencyUnit(unit->currentText()); });
+
+    ValueField power{ValueField::Kind::Power, ValueModel::device(handler(), DeviceValueId::Power),
+                     new vkPowerEdit(group)};
+    power.decimals = 2;
+    m_power =
+        addValueField(*group, host(), PageGroup::Left, PowerRow,
+                      {QStringLiteral("Power (dBm):"), QStringLiteral("cwPower"), QStringLiteral("CW Power")}, power)
+            .entry;
+
+    ValueField phase{ValueField::Kind::Plain, ValueModel::device(handler(), DeviceValueId::Phase),
+                     new vkPhaseEdit(group)};
+    phase.decimals = 3;
+    phase.rangeText = QStringLiteral("Range %1° to %2°");
+    m_phase =
+        addValueField(*group, host(), PhaseColumn, PowerRow,
+                      {QStringLiteral("Phase (°):"), QStringLiteral("cwPhase"), QStringLiteral("CW Phase")}, phase)
+            .entry;
+}
+
+void rfmodScreen::update_from_config(STATE state) {
+    m_frequency->reload();
+    m_power->reload();
+    m_phase->reload();
+    m_modulations->update_from_config(state);
+}
+
+void rfmodScreen::show() {
+    host().setHeaderBar(QStringLiteral("   CW & Modulations Mode - Set the RF output and modulation Settings"));
+    m_modulations->updateEnableSatus(handler().getModulationsState() != 0);
+    m_page->show();
+}
+
+void rfmodScreen::hide() {
+    m_page->hide();
+}
+
+void rfmodScreen::postInit() {
+    update_from_config(static_cast<STATE>(m_subState));
+}
+
+} // namespace Kavor::HandheldGui

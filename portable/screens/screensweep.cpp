@@ -1,0 +1,126 @@
+#include "portable/screens/screensweep.h"
+
+#include "portable/panelhost.h"
+#include "portable/screens/enablebox.h"
+#include "portable/widgets/buttonintf.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QCheckBox>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int TabWidth = 260;
+constexpr int TabHeight = 64;
+constexpr int ExportMark = 23435;
+
+} // namespace
+
+sweepScreen::sweepScreen(QWidget* parent, std::vector<STATE> states)
+    : IGuiScreen(parent, std::move(states)), m_page(makePage(QStringLiteral("pageSweep"))) {
+    m_subState = STATE_FRSW;
+    const auto tab = [this](STATE state, const QString& text, const QString& name, int x) {
+        auto* button = new IntfButtonMod(m_page, {state}, text, TabWidth, TabHeight);
+        button->setObjectName(name);
+        button->move(x, 0);
+        return button;
+    };
+    const int left = Style::PageMargin;
+    m_frswTab = tab(STATE_FRSW, QStringLiteral("Frequency Sweep"), QStringLiteral("tabFrsw"), left);
+    m_prswTab = tab(STATE_PRSW, QStringLiteral("Power Sweep"), QStringLiteral("tabPrsw"), left + TabWidth + 8);
+    connect(m_frswTab, &IntfButtonMod::clicked, this, &sweepScreen::onFrswButton);
+    connect(m_frswTab, &IntfButtonMod::clicked, &host(), &PanelHost::UpdateFRSWState);
+    connect(m_prswTab, &IntfButtonMod::clicked, this, &sweepScreen::onPrswButton);
+    connect(m_prswTab, &IntfButtonMod::clicked, &host(), &PanelHost::UpdatePRSWState);
+
+    const QRect place(left, TabHeight, Style::WindowWidth - 2 * left, Style::PageHeight - TabHeight - 8);
+    m_frsw = new SweepPage(m_page, host(), FrequencySweep, place);
+    m_prsw = new SweepPage(m_page, host(), PowerSweep, place);
+    for (SweepPage* page : {m_frsw, m_prsw})
+        connect(page, &SweepPage::exportToList, this, &sweepScreen::sweep_export_list);
+    connect(&host(), &PanelHost::SweepModOnSignal, this, &sweepScreen::onStartButton);
+    connect(&host(), &PanelHost::SweepModOffSignal, this, &sweepScreen::onModOffButton);
+    update_controls(STATE_FRSW);
+}
+
+void sweepScreen::update_controls(STATE state) {
+    if (state != STATE_FRSW && state != STATE_PRSW)
+        return;
+    m_subState = state;
+    m_frswTab->toggleButton(state);
+    m_prswTab->toggleButton(state);
+    m_frsw->setVisible(state == STATE_FRSW);
+    m_prsw->setVisible(state == STATE_PRSW);
+}
+
+void sweepScreen::update_from_config(STATE) {
+    m_frsw->reload();
+    m_prsw->reload();
+    setEnablesLocked(handler().isModulationsOn() != 0);
+}
+
+void sweepScreen::show() {
+    host().setHeaderBar(QStringLiteral("   Sweep Mode - Create Frequency or Power sweep"));
+    update_controls(host().currentState());
+    setEnablesLocked(handler().getModulationsState() != 0);
+    m_page->show();
+}
+
+void sweepScreen::hide() {
+    m_page->hide();
+}
+
+void sweepScreen::onFrswButton() {
+    update_controls(STATE_FRSW);
+}
+
+void sweepScreen::onPrswButton() {
+    update_controls(STATE_PRSW);
+}
+
+void sweepScreen::onCheckboxClicked(int state) {
+    m_frsw->enable().onStateChanged(state);
+}
+
+void sweepScreen::onCalculateButton() {
+    current().setStopIsEntered(!current().stopIsEntered());
+}
+
+void sweepScreen::onSweepButton() {
+    current().setStopIsEntered(true);
+}
+
+void sweepScreen::onStepButton() {
+    current().setStopIsEntered(false);
+}
+
+void sweepScreen::onStartButton() {
+    for (SweepPage* page : {m_frsw, m_prsw})
+        page->run(true);
+    setEnablesLocked(handler().isModulationsOn() != 0);
+    host().UpdateStatusBar();
+}
+
+void sweepScreen::onStopButton() {
+    for (SweepPage* page : {m_frsw, m_prsw})
+        page->run(false);
+}
+
+void sweepScreen::onModOffButton() {
+    onStopButton();
+    setEnablesLocked(false);
+    handler().isModulationsOn();
+    host().UpdateStatusBar();
+}
+
+void sweepScreen::setEnablesLocked(bool locked) {
+    for (SweepPage* page : {m_frsw, m_prsw})
+        page->enable().box()->setEnabled(!locked);
+}
+
+void sweepScreen::sweep_export_list() {
+    emit qwerty(ExportMark);
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "portable/screens/iguiscreen.h"
+#include "portable/screens/sweeppage.h"
+
+namespace Kavor::HandheldGui {
+
+class IntfButtonMod;
+
+/// Frequency and power sweeps, one page each.
+class sweepScreen : public IGuiScreen {
+    Q_OBJECT
+
+public:
+    sweepScreen(QWidget* parent, std::vector<STATE> states);
+
+    void update_from_config(STATE state) override;
+    void show() override;
+    void hide() override;
+
+    /// Shows the page of STATE_FRSW or STATE_PRSW; any other state leaves the page as it is.
+    void update_controls(STATE state);
+
+    /// Values in the unit that the entry shows.
+    void setFRSWFreqStart(double value) { m_frsw->entry(SweepPage::Start).enter(value); }
+    void setFRSWFreqStop(double value) { m_frsw->entry(SweepPage::Stop).enter(value); }
+    void setFRSWFreqStepSize(double value) { m_frsw->entry(SweepPage::StepSize).enter(value); }
+    void setFRSWFreqSteps(double value) { m_frsw->entry(SweepPage::Steps).enter(value); }
+    void setFRSWTotalTime(double value) { m_frsw->entry(SweepPage::TotalTime).enter(value); }
+    void setFRSWStepTime(double value) { m_frsw->entry(SweepPage::StepTime).enter(value); }
+    void setFRSWPower(double value) { m_frsw->entry(SweepPage::Fixed).enter(value); }
+    void setPRSWPowStart(double value) { m_prsw->entry(SweepPage::Start).enter(value); }
+    void setPRSWPowStop(double value) { m_prsw->entry(SweepPage::Stop).enter(value); }
+    void setPRSWPowStepSize(double value) { m_prsw->entry(SweepPage::StepSize).enter(value); }
+    void setPRSWPowSteps(double value) { m_prsw->entry(SweepPage::Steps).enter(value); }
+    void setPRSWTotalTime(double value) { m_prsw->entry(SweepPage::TotalTime).enter(value); }
+    void setPRSWStepTime(double value) { m_prsw->entry(SweepPage::StepTime).enter(value); }
+    void setPRSWFrequency(double value) { m_prsw->entry(SweepPage::Fixed).enter(value); }
+
+public slots:
+    void onFrswButton();
+    void onPrswButton();
+    /// Acts on the frequency sweep's enable box: a Qt check state.
+    void onCheckboxClicked(int state);
+    /// The lock toggle of the page on show.
+    void onCalculateButton();
+    void onStartButton();
+    void onStopButton();
+    void onModOffButton();
+    /// Lets the user enter the stop (sweep) or the step size (step) of the page on show.
+    void onSweepButton();
+    void onStepButton();
+    void frswDirChanged(int index) { m_frsw->chooseDirection(index); }
+    void prswDirChanged(int index) { m_prsw->chooseDirection(index); }
+    void sweep_export_list();
+
+signals:
+    /// Marks a planned export; nothing is connected to it.
+    void qwerty(int);
+
+private:
+    SweepPage& current() const { return m_subState == STATE_PRSW ? *m_prsw : *m_frsw; }
+    void setEnablesLocked(bool locked);
+
+    QWidget* m_page;
+    IntfButtonMod* m_frswTab;
+    IntfButtonMod* m_prswTab;
+    SweepPage* m_frsw;
+    SweepPage* m_prsw;
+};
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,17 @@
+#include "portable/screens/screentexts.h"
+
+#include "portable/panelhost.h"
+#include "portable/widgets/ToastOverlay.h"
+
+namespace Kavor::HandheldGui {
+
+void showToast(PanelHost& host, const QString& text) {
+    if (ToastOverlay* toast = host.toast())
+        toast->showMessage(text, 0);
+}
+
+void showCommandFailure(PanelHost& host) {
+    showToast(host, QStringLiteral("command send failure"));
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,317 @@
+#include "portable/screens/sweeppage.h"
+
+#include "platform/logger.h"
+#include "portable/panelhost.h"
+#include "portable/screens/enablebox.h"
+#include "portable/screens/screentexts.h"
+#include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/checkrow.h"
+#include "portable/widgets/choicegroup.h"
+#include "portable/widgets/combobox.h"
+#include "portable/widgets/entry.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vkeditors.h"
+
+#include <QIcon>
+#include <QPushButton>
+
+namespace Kavor::HandheldGui {
+
+const SweepKind FrequencySweep{"frsw",
+                               "Frequency",
+                               "Power:",
+                               "Sweep Power",
+                               "Frequency modulation",
+                               0x08,
+                               ValueField::Kind::Frequency,
+                               ValueField::Kind::Power,
+                               DeviceValueId::FrswStart,
+                               DeviceValueId::FrswStop,
+                               DeviceValueId::FrswSteps,
+                               DeviceValueId::FrswTime,
+                               DeviceValueId::Power,
+                               &ChannelRecord::frswTotalTime,
+                               &ChannelRecord::frswState,
+                               &ChannelRecord::frswDirection,
+                               &EventHandler::setStateFRSW,
+                               &EventHandler::setDirFRSW};
+
+const SweepKind PowerSweep{"prsw",
+                           "Power",
+                           "Frequency:",
+                           "Sweep Frequency",
+                           "Power modulation",
+                           0x10,
+                           ValueField::Kind::Power,
+                           ValueField::Kind::Frequency,
+                           DeviceValueId::PrswStart,
+                           DeviceValueId::PrswStop,
+                           DeviceValueId::PrswSteps,
+                           DeviceValueId::PrswTime,
+                           DeviceValueId::Frequency,
+                           &ChannelRecord::prswTotalTime,
+                           &ChannelRecord::prswState,
+                           &ChannelRecord::prswDirection,
+                           &EventHandler::setStatePRSW,
+                           &EventHandler::setDirPRSW};
+
+namespace {
+
+constexpr PageGroup::Column LeftColumn{24, 176, 260, 128};
+constexpr PageGroup::Column RightColumn{676, 820, 248, 128};
+constexpr int FirstRow = 24;
+constexpr int RowPitch = 88;
+constexpr int LockX = 588;
+constexpr int LockSize = 64;
+
+constexpr int rowTop(int row) {
+    return FirstRow + row * RowPitch;
+}
+
+ValueLimits inNanoseconds(const ValueLimits& seconds) {
+    return {secondsToNanoseconds(seconds.maximum), secondsToNanoseconds(seconds.minimum)};
+}
+
+} // namespace
+
+SweepPage::SweepPage(QWidget* parent, PanelHost& host, const SweepKind& kind, const QRect& place)
+    : QWidget(parent),
+      m_host(host),
+      m_handler(host.handler()),
+      m_kind(kind),
+      m_group(new PageGroup(this, QString(), QRect(QPoint(0, 0), place.size()))) {
+    setGeometry(place);
+    auto* box = new CheckRow(m_group, QStringLiteral("Enable:"), LeftColumn.valueX - LeftColumn.labelX);
+    box->setObjectName(QString::fromLatin1(m_kind.prefix) + QStringLiteral("Enable"));
+    box->move(LeftColumn.labelX, rowTop(0));
+    m_enable = new EnableBox(m_host, box, m_kind.bit, QStringLiteral("sweepScreen::"), QString());
+    buildEntries();
+    buildLocks();
+    buildDirection();
+    setStopIsEntered(true);
+}
+
+ValueField SweepPage::valueField(ValueField::Kind kind, const ValueModel& model) const {
+    ValueField field;
+    field.kind = kind;
+    field.model = model;
+    switch (kind) {
+    case ValueField::Kind::Frequency:
+        field.edit = new vkFreqEdit(m_group);
+        field.unit = new ComboBox(m_group);
+        break;
+    case ValueField::Kind::Time:
+        field.edit = new vkTimeEdit(m_group);
+        field.unit = new ComboBox(m_group);
+        break;
+    case ValueField::Kind::Power:
+        field.edit = new vkPowerEdit(m_group);
+        field.decimals = 2;
+        break;
+    case ValueField::Kind::Plain:
+        field.edit = new vkNoUnitsEdit(m_group);
+        field.whole = true;
+        field.rangeText = QStringLiteral("Steps Range %1 to %2");
+        break;
+    }
+    return field;
+}
+
+ValueModel SweepPage::plannedModel(SweepField field, const std::function<double()>& value,
+                                   const std::function<ValueLimits()>& limits) {
+    return {value, limits, [this, field](double entered) { return carryOut(field, entered); }};
+}
+
+void SweepPage::buildEntries() {
+    struct Row {
+        Entry entry;
+        const PageGroup::Column& column;
+        int row;
+        QString label;
+        const char* name;
+        QString title;
+        ValueField field;
+    };
+    const QString quantity = QString::fromLatin1(m_kind.quantity);
+    const auto device = [this](SweepField field) {
+        const DeviceValueId id = idOf(field);
+        return plannedModel(
+            field, [this, id] { return m_handler.cachedValue(id); }, [this, id] { return limitsOf(id); });
+    };
+    // A step in dB is no level: it has a value of its own kind, shown as finely as the power's command goes.
+    ValueField size = valueField(m_kind.kind == ValueField::Kind::Frequency ? m_kind.kind : ValueField::Kind::Plain,
+                                 plannedModel(
+                                     SweepField::StepSize, [this] { return values().stepSize(); },
+                                     [] { return ValueLimits{0, 0}; }));
+    size.whole = false;
+    size.decimals = 2;
+    size.mostDecimals = 4;
+
+    const std::vector<Row> rows{
+        {Start, LeftColumn, 1, "Start:", "Start", "Start " + quantity, valueField(m_kind.kind, device(SweepField::Start))},
+        {Stop, LeftColumn, 2, "Stop:", "Stop", "Stop " + quantity, valueField(m_kind.kind, device(SweepField::Stop))},
+        {StepSize, LeftColumn, 3, "Step Size:", "StepSize", "Step Size", size},
+        {Steps, LeftColumn, 4, "Steps:", "Steps", "Steps",
+         valueField(ValueField::Kind::Plain, device(SweepField::Steps))},
+        {TotalTime, RightColumn, 1, "Total Time:", "TotalTime", "Total Time",
+         valueField(ValueField::Kind::Time, plannedModel(
+                                                SweepField::TotalTime, [this] { return values().totalTime(); },
+                                                [this] { return totalTimeLimits(); }))},
+        {StepTime, RightColumn, 2, "Step Time:", "StepTime", "Step Time",
+         valueField(ValueField::Kind::Time, device(SweepField::StepTime))},
+        {Fixed, RightColumn, 3, QString::fromLatin1(m_kind.fixedLabel), "Fixed", QString::fromLatin1(m_kind.fixedTitle),
+         valueField(m_kind.fixedKind, ValueModel::device(m_handler, m_kind.fixed))},
+    };
+    for (const Row& row : rows) {
+        m_fields[row.entry] = addValueField(
+            *m_group, m_host, row.column, rowTop(row.row),
+            {row.label, QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(row.name), row.title}, row.field);
+        connect(m_fields[row.entry].entry, &ValueEntry::settled, this, &SweepPage::reload);
+    }
+}
+
+void SweepPage::buildLocks() {
+    const auto lock = [this](const char* name, int row) {
+        auto* button = new QPushButton(m_group);
+        button->setObjectName(QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(name));
+        button->setGeometry(LockX, rowTop(row), LockSize, LockSize);
+        button->setIconSize(QSize(40, 40));
+        button->setFocusPolicy(Qt::NoFocus);
+        button->setStyleSheet(PUSH_BN_STYLE);
+        connect(button, &QPushButton::clicked, this, [this] { setStopIsEntered(!m_stopIsEntered); });
+        return button;
+    };
+    m_stopLock = lock("StopLock", 2);
+    m_sizeLock = lock("SizeLock", 3);
+}
+
+void SweepPage::buildDirection() {
+    m_group->addLabel(RightColumn.labelX, rowTop(0), RightColumn.valueX - RightColumn.labelX, Style::ButtonHeight,
+                      QStringLiteral("Direction:"));
+    const QString prefix = QString::fromLatin1(m_kind.prefix);
+    m_direction = new ChoiceGroup(m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
+                                  {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString()},
+                                   {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString()}});
+    m_direction->place(RightColumn.valueX, rowTop(0), 188, Style::ButtonHeight);
+    connect(m_direction, &ChoiceGroup::clicked, this, &SweepPage::chooseDirection);
+
+    // Marks a planned function; nothing listens to it yet.
+    auto* exportButton = new QPushButton(QStringLiteral("Export to List"), m_group);
+    exportButton->setObjectName(prefix + QStringLiteral("Export"));
+    exportButton->setGeometry(RightColumn.valueX, rowTop(4), 388, Style::ButtonHeight);
+    exportButton->setFocusPolicy(Qt::NoFocus);
+    exportButton->setStyleSheet(PUSH_BN_STYLE);
+    connect(exportButton, &QPushButton::clicked, this, &SweepPage::exportToList);
+}
+
+void SweepPage::setStopIsEntered(bool stopIsEntered) {
+    m_stopIsEntered = stopIsEntered;
+    const QIcon locked(QStringLiteral(":/lock.png"));
+    const QIcon unlocked(QStringLiteral(":/unlock.png"));
+    m_stopLock->setIcon(stopIsEntered ? unlocked : locked);
+    m_sizeLock->setIcon(stopIsEntered ? locked : unlocked);
+    entry(Stop).setCalculated(!stopIsEntered);
+    entry(StepSize).setCalculated(stopIsEntered);
+}
+
+void SweepPage::reload() {
+    m_enable->setFromConfig();
+    for (const BoundField& field : m_fields)
+        field.entry->reload();
+    const std::string word = recordText(m_handler.snapshot().*m_kind.direction);
+    m_direction->choose(word == SweepDirectionToString[SweepDirection::upDown] ? SweepDirection::upDown
+                                                                               : SweepDirection::normal);
+}
+
+void SweepPage::chooseDirection(int index) {
+    if ((m_handler.*m_kind.setDirection)(static_cast<SweepDirection>(index)) != 0)
+        showCommandFailure(m_host);
+    reload();
+}
+
+void SweepPage::run(bool on) {
+    const ChannelRecord& record = m_handler.snapshot();
+    const bool running = record.*m_kind.running == 1;
+    if ((record.modulationEnable & m_kind.bit) == 0 || running == on)
+        return;
+    VELDA_LOG("screens", QtInfoMsg, "%s Modulation checked", m_kind.startName);
+    if ((m_handler.*m_kind.setState)(on ? OnOff::on : OnOff::off) != 0)
+        showCommandFailure(m_host);
+}
+
+SweepValues SweepPage::values() const {
+    return {m_handler.cachedValue(m_kind.start), m_handler.cachedValue(m_kind.stop), m_handler.cachedValue(m_kind.steps),
+            m_handler.cachedValue(m_kind.time)};
+}
+
+ValueLimits SweepPage::limitsOf(DeviceValueId id) const {
+    return {m_handler.cachedMaximum(id), m_handler.cachedMinimum(id)};
+}
+
+ValueLimits SweepPage::totalTimeLimits() const {
+    return inNanoseconds(m_handler.snapshot().*m_kind.totalTime);
+}
+
+DeviceValueId SweepPage::idOf(SweepField field) const {
+    switch (field) {
+    case SweepField::Start:
+        return m_kind.start;
+    case SweepField::Steps:
+        return m_kind.steps;
+    case SweepField::StepTime:
+    case SweepField::TotalTime:
+        return m_kind.time;
+    case SweepField::Stop:
+    case SweepField::StepSize:
+        break;
+    }
+    return m_kind.stop;
+}
+
+EntryResult SweepPage::carryOut(SweepField field, double value) {
+    const SweepLimits limits{limitsOf(m_kind.stop), limitsOf(m_kind.time), totalTimeLimits()};
+    const SweepPlan plan = planSweep(field, value, m_stopIsEntered, values(), limits, [this](SweepField of, double v) {
+        return m_handler.roundedToWire(idOf(of), v);
+    });
+    if (plan.refusal != SweepRefusal::None) {
+        tell(plan.refusal);
+        return EntryResult::Refused;
+    }
+    for (const auto& [target, number] : plan.sends) {
+        if (m_handler.setDeviceValue(idOf(target), number) != 0)
+            return EntryResult::Failed;
+    }
+    return EntryResult::Taken;
+}
+
+void SweepPage::tell(SweepRefusal refusal) {
+    const auto timeRange = [this](const ValueLimits& limits, Entry named) {
+        normalizeTimeRange(m_host.toast(), limits.minimum, limits.maximum, entry(named).title());
+    };
+    const ValueLimits stop = limitsOf(m_kind.stop);
+    switch (refusal) {
+    case SweepRefusal::None:
+        break;
+    case SweepRefusal::StartEqualsStop:
+        showToast(m_host, QStringLiteral("start equal to stop"));
+        break;
+    case SweepRefusal::StopEqualsStart:
+        showToast(m_host, QStringLiteral("Stop equal to start"));
+        break;
+    case SweepRefusal::StopRange:
+        if (m_kind.kind == ValueField::Kind::Frequency)
+            normalizeFreqRange(m_host.toast(), stop.minimum, stop.maximum, entry(Stop).title());
+        else
+            normalizePowerRange(m_host.toast(), stop.minimum, stop.maximum, entry(Stop).title());
+        break;
+    case SweepRefusal::StepTimeRange:
+        timeRange(limitsOf(m_kind.time), StepTime);
+        break;
+    case SweepRefusal::TotalTimeRange:
+        timeRange(totalTimeLimits(), TotalTime);
+        break;
+    }
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/screens/sweepplan.h"
+#include "portable/screens/valuefield.h"
+
+#include <QWidget>
+#include <array>
+
+class QPushButton;
+
+namespace Kavor::HandheldGui {
+
+class ChoiceGroup;
+class EnableBox;
+class PanelHost;
+
+/// What the two sweeps differ in.
+struct SweepKind {
+    const char* prefix;    ///< of the object names
+    const char* quantity;  ///< in the titles of start and stop
+    const char* fixedLabel; ///< the quantity that does not sweep: its label and title
+    const char* fixedTitle;
+    const char* startName; ///< in the log line of start and stop
+    unsigned bit;          ///< of modEnableBitMask
+    ValueField::Kind kind; ///< of start, stop and step size
+    ValueField::Kind fixedKind;
+    DeviceValueId start;
+    DeviceValueId stop;
+    DeviceValueId steps;
+    DeviceValueId time;
+    DeviceValueId fixed;
+    ValueLimits ChannelRecord::* totalTime; ///< seconds
+    std::uint32_t ChannelRecord::* running;
+    char (ChannelRecord::* direction)[32];
+    int (EventHandler::*setState)(OnOff);
+    int (EventHandler::*setDirection)(SweepDirection);
+};
+
+extern const SweepKind FrequencySweep;
+extern const SweepKind PowerSweep;
+
+/// One page of the sweep screen. Its entries follow sweepplan.h; after each one the whole page is shown anew from the
+/// cache. GUI thread.
+class SweepPage : public QWidget {
+    Q_OBJECT
+
+public:
+    enum Entry { Start, Stop, StepSize, Steps, TotalTime, StepTime, Fixed, EntryCount };
+
+    /// Fills the given place of the parent.
+    SweepPage(QWidget* parent, PanelHost& host, const SweepKind& kind, const QRect& place);
+
+    /// Reloads every control from the cache.
+    void reload();
+
+    ValueEntry& entry(Entry which) const { return *m_fields[which].entry; }
+    EnableBox& enable() const { return *m_enable; }
+
+    /// Which of stop and step size the user enters; the other one is calculated and locked.
+    void setStopIsEntered(bool stopIsEntered);
+    bool stopIsEntered() const { return m_stopIsEntered; }
+
+    /// Starts or stops the sweep if it is enabled and not so already.
+    void run(bool on);
+    void chooseDirection(int index);
+
+signals:
+    void exportToList();
+
+private:
+    void buildEntries();
+    void buildLocks();
+    void buildDirection();
+    ValueField valueField(ValueField::Kind kind, const ValueModel& model) const;
+    ValueModel plannedModel(SweepField field, const std::function<double()>& value,
+                            const std::function<ValueLimits()>& limits);
+    SweepValues values() const;
+    ValueLimits totalTimeLimits() const;
+    ValueLimits limitsOf(DeviceValueId id) const;
+    DeviceValueId idOf(SweepField field) const;
+    EntryResult carryOut(SweepField field, double value);
+    void tell(SweepRefusal refusal);
+
+    PanelHost& m_host;
+    EventHandler& m_handler;
+    const SweepKind& m_kind;
+    PageGroup* m_group;
+    EnableBox* m_enable = nullptr;
+    std::array<BoundField, EntryCount> m_fields{};
+    QPushButton* m_stopLock = nullptr;
+    QPushButton* m_sizeLock = nullptr;
+    ChoiceGroup* m_direction = nullptr;
+    bool m_stopIsEntered = true;
+};
+
+} // namespace Kavor::HandheldGui

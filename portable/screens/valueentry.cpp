@@ -1,0 +1,199 @@
+#include "portable/screens/valueentry.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/panelhost.h"
+#include "portable/screens/screentexts.h"
+#include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/combobox.h"
+#include "portable/widgets/entry.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/vklineedit.h"
+#include "values/formatting.h"
+
+#include <QSignalBlocker>
+#include <cmath>
+#include <limits>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr double Unlimited = std::numeric_limits<double>::max();
+
+/// At least the decimals of the field, and more, up to a most, when the value needs them: a field does not show a
+/// number that the module does not hold.
+QString plainText(double value, int decimals, int mostDecimals) {
+    for (int d = decimals; d < mostDecimals; ++d) {
+        const QString text = QString::number(value, 'f', d);
+        if (qFuzzyCompare(1.0 + text.toDouble(), 1.0 + value))
+            return text;
+    }
+    return QString::number(value, 'f', qMax(decimals, mostDecimals));
+}
+
+QString limitText(double limit, bool whole) {
+    return whole ? QString::number(limit, 'f', 0) : QString::number(limit);
+}
+
+} // namespace
+
+ValueModel ValueModel::device(EventHandler& handler, DeviceValueId id) {
+    return {[&handler, id] { return handler.cachedValue(id); },
+            [&handler, id] {
+                return ValueLimits{handler.cachedMaximum(id), handler.cachedMinimum(id)};
+            },
+            [&handler, id](double value) {
+                return handler.setDeviceValue(id, handler.roundedToWire(id, value)) == 0 ? EntryResult::Taken
+                                                                                         : EntryResult::Failed;
+            }};
+}
+
+ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field.edit), m_host(host), m_field(field) {
+    if (m_field.editStyle.isEmpty())
+        m_field.editStyle = WIDGET_EDIT_STYLE;
+    if (m_field.wrongStyle.isEmpty())
+        m_field.wrongStyle = WIDGET_EDIT_STYLE_RED;
+    m_field.edit->setStyleSheet(m_field.editStyle);
+    m_field.edit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_field.edit->setMessageSink(host.toast());
+    if (m_field.unit)
+        m_field.edit->setUnitBox(m_field.unit);
+    if (ToastOverlay* toast = host.toast())
+        connect(toast, &ToastOverlay::messageEnded, this, &ValueEntry::restore);
+    connect(m_field.edit, &ValueEdit::keyboardClosed, this, &ValueEntry::restore);
+}
+
+void ValueEntry::setEnabled(bool enabled) {
+    m_field.edit->setEnabled(enabled);
+    if (m_field.unit)
+        m_field.unit->setEnabled(enabled);
+}
+
+void ValueEntry::setVisible(bool visible) {
+    m_field.edit->setVisible(visible);
+    if (m_field.unit)
+        m_field.unit->setVisible(visible);
+}
+
+void ValueEntry::setCalculated(bool calculated) {
+    if (m_refused) {
+        clearRefusal();
+        showValue(m_field.model.value());
+    }
+    m_field.editStyle = calculated ? WIDGET_NO_EDIT_STYLE_GRAY : WIDGET_EDIT_STYLE;
+    applySheet(m_field.edit, m_field.editStyle);
+    setEnabled(!calculated);
+}
+
+QString ValueEntry::title() const {
+    return m_field.edit->title();
+}
+
+void ValueEntry::reload() {
+    if (!m_refused && !m_field.edit->isEditing())
+        showValue(m_field.model.value());
+}
+
+bool ValueEntry::enter() {
+    double value = 0;
+    if (!parseDouble(m_field.edit->text(), value)) {
+        showToast(m_host, QStringLiteral("Invalid numeric value"));
+        clearRefusal();
+        showValue(m_field.model.value());
+        return false;
+    }
+    return enter(value);
+}
+
+bool ValueEntry::enter(double value) {
+    clearRefusal();
+    double canonical = value;
+    if (!normalise(value, canonical)) {
+        refuse();
+        return false;
+    }
+    const EntryResult result = m_field.model.send(canonical);
+    if (result == EntryResult::Refused) {
+        refuse();
+        return false;
+    }
+    if (result == EntryResult::Failed)
+        showCommandFailure(m_host);
+    showValue(m_field.model.value());
+    if (result == EntryResult::Taken)
+        emit accepted();
+    emit settled();
+    m_host.UpdateStatusBar();
+    return result == EntryResult::Taken;
+}
+
+bool ValueEntry::normalise(double value, double& canonical) {
+    const ValueLimits limits = m_field.model.limits();
+    const bool limited = limits.minimum != 0 || limits.maximum != 0;
+    const double minimum = limited ? limits.minimum : -Unlimited;
+    const double maximum = limited ? limits.maximum : Unlimited;
+    const QString name = m_field.edit->title();
+    MessageSink* toast = m_host.toast();
+    switch (m_field.kind) {
+    case ValueField::Kind::Frequency:
+        return normalizeFreq(m_field.edit, m_field.unit, value, false, m_field.row, minimum, maximum, toast, &canonical,
+                             name);
+    case ValueField::Kind::Time:
+        return normalizeTime(m_field.edit, m_field.unit, value, false, minimum, maximum, toast, &canonical, name);
+    case ValueField::Kind::Power:
+    case ValueField::Kind::Plain:
+        break;
+    }
+    canonical = m_field.whole ? std::trunc(value) : value;
+    if (canonical == m_field.model.value() || (value >= minimum && value <= maximum))
+        return true;
+    showValue(value);
+    if (m_field.kind == ValueField::Kind::Power)
+        normalizePowerRange(toast, minimum, maximum, name);
+    else
+        showToast(m_host, m_field.rangeText.arg(limitText(minimum, m_field.whole), limitText(maximum, m_field.whole)));
+    return false;
+}
+
+void ValueEntry::showValue(double canonical) {
+    switch (m_field.kind) {
+    case ValueField::Kind::Frequency:
+        normalizeFreq(m_field.edit, m_field.unit, canonical, true, m_field.row);
+        break;
+    case ValueField::Kind::Time:
+        normalizeTime(m_field.edit, m_field.unit, canonical, true);
+        break;
+    case ValueField::Kind::Power: {
+        const QSignalBlocker quiet(m_field.edit);
+        m_field.edit->setText(QString::number(canonical, 'f', m_field.decimals));
+        break;
+    }
+    case ValueField::Kind::Plain: {
+        const QSignalBlocker quiet(m_field.edit);
+        m_field.edit->setText(plainText(canonical, m_field.decimals, m_field.mostDecimals));
+        break;
+    }
+    }
+}
+
+void ValueEntry::refuse() {
+    m_refused = true;
+    applySheet(m_field.edit, m_field.wrongStyle);
+}
+
+void ValueEntry::clearRefusal() {
+    m_refused = false;
+    applySheet(m_field.edit, m_field.editStyle);
+}
+
+void ValueEntry::restore() {
+    const ToastOverlay* toast = m_host.toast();
+    const bool told = toast && toast->isTelling();
+    // The unit box belongs to the entry while its keyboard is open.
+    if (!m_refused || told || m_field.edit->isEditing())
+        return;
+    clearRefusal();
+    showValue(m_field.model.value());
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "common/instrument/device_values.h"
+#include "values/units.h"
+
+#include <QObject>
+#include <functional>
+
+class EventHandler;
+
+namespace Kavor::HandheldGui {
+
+class ComboBox;
+class PanelHost;
+class ValueEdit;
+
+enum class EntryResult {
+    Taken,   ///< the module holds it
+    Refused, ///< not sent, and the user has been told why
+    Failed   ///< the module did not take it
+};
+
+/// Where a value comes from and where an entry goes, in canonical units: hertz, nanoseconds, dBm, degrees, percent.
+struct ValueModel {
+    std::function<double()> value;
+    /// Maximum and minimum, both inclusive; 0 and 0: not known, not checked.
+    std::function<ValueLimits()> limits;
+    /// Sends a value that has passed the limits.
+    std::function<EntryResult(double)> send;
+
+    /// A device value as it is: rounded to what the wire carries, then set.
+    static ValueModel device(EventHandler& handler, DeviceValueId id);
+};
+
+/// One editor of a screen bound to one value.
+struct ValueField {
+    enum class Kind {
+        Frequency, ///< with a unit box of one kScale row
+        Time,      ///< with a unit box of the time scales
+        Power,     ///< dBm, answered with the power range message
+        Plain      ///< a bare number, answered with rangeText
+    };
+
+    Kind kind;
+    ValueModel model;
+    ValueEdit* edit = nullptr;
+    ComboBox* unit = nullptr;
+    translations row = translations::GHzToHz;
+    int decimals = 0;        ///< Power and Plain: decimals shown
+    int mostDecimals = 0;    ///< Plain: shown when the value needs them; no fewer than decimals
+    bool whole = false;      ///< Plain: a count; the entry is truncated to a whole number
+    QString rangeText = {};  ///< Plain: message with %1 and %2 for minimum and maximum
+    QString editStyle = {};  ///< style sheet of the editor, the ordinary entry when empty
+    QString wrongStyle = {}; ///< style sheet while an out-of-range entry stands in it
+};
+
+/// The one path of an entry: number, normalisation and range check, rounding to what the wire carries, setter, the
+/// toast when it fails, the editor rewritten from the cache, the status bar. An entry out of range stays visible in red
+/// as long as its message shows and is never sent. GUI thread.
+class ValueEntry : public QObject {
+    Q_OBJECT
+
+public:
+    ValueEntry(PanelHost& host, const ValueField& field);
+
+    /// Shows the cached value. An entry that is being edited, or stands refused, is left alone.
+    void reload();
+
+    /// Takes the editor's text as it stands, in the unit that its box shows. True when the module took it.
+    bool enter();
+
+    /// Takes a number in the unit that the unit box shows.
+    bool enter(double value);
+
+    void setEnabled(bool enabled);
+    void setVisible(bool visible);
+    /// A calculated value is shown grey and cannot be entered.
+    void setCalculated(bool calculated);
+    QString title() const;
+    bool isRefused() const { return m_refused; }
+    const ValueField& field() const { return m_field; }
+
+signals:
+    /// The module took a value that was entered here; the editor shows it.
+    void accepted();
+    /// Something was sent, whether the module took it or not: what depends on the value may have changed.
+    void settled();
+
+private:
+    bool normalise(double value, double& canonical);
+    void showValue(double canonical);
+    void refuse();
+    void clearRefusal();
+    void restore();
+
+    PanelHost& m_host;
+    ValueField m_field;
+    bool m_refused = false;
+};
+
+} // namespace Kavor::HandheldGui

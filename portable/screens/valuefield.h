@@ -1,0 +1,31 @@
+#pragma once
+
+#include "portable/screens/valueentry.h"
+#include "portable/widgets/pagegroup.h"
+
+class QLabel;
+
+namespace Kavor::HandheldGui {
+
+/// The texts of a field of a page. The unit box takes the editor's object name with "Unit" behind it.
+struct FieldTexts {
+    QString label; ///< on the page
+    QString name;  ///< object name of the editor
+    QString title; ///< what the keyboard shows, and what range messages call the value
+};
+
+/// A field of a page that is bound to its value.
+struct BoundField {
+    ValueEntry* entry = nullptr;
+    QLabel* label = nullptr;
+
+    void setVisible(bool visible) const;
+};
+
+/// Lays an editor out in a column of a group, gives it the units of its kind (frequency: those of its row, time: "ns",
+/// "µs", "ms"), and binds it: a change of the editor or, by the user, of the unit box is an entry.
+/// The field's editor, and a ComboBox as its unit box for frequency and time, exist already.
+BoundField addValueField(PageGroup& group, PanelHost& host, const PageGroup::Column& column, int y,
+                         const FieldTexts& texts, ValueField field, int height = 0);
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,148 @@
+#include "portable/wdgfuncbuttons.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/panelhost.h"
+#include "portable/widgets/buttonintf.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QLabel>
+#include <QMovie>
+#include <QPixmap>
+#include <array>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+struct FunctionButton {
+    const char* text;
+    const char* name;
+    int width;
+    std::vector<STATE> states;
+};
+
+const std::vector<FunctionButton>& functionButtons() {
+    static const std::vector<FunctionButton> buttons{
+        {"CW && Modulation", "funcCw", 385, {STATE_CW}}, {"Sweep", "funcSweep", 100, {STATE_FRSW, STATE_PRSW}},
+        {"List", "funcList", 100, {STATE_LIST}},         {"Run Mode", "funcRunMode", 145, {STATE_RUNMODE}},
+        {"System", "funcSystem", 145, {STATE_SYSTEM}},   {"About", "funcAbout", 145, {STATE_ABOUT}},
+    };
+    return buttons;
+}
+
+struct BatteryStep {
+    int upTo; // percent
+    const char* picture;
+};
+
+constexpr int EmptyUpTo = 10;
+constexpr std::array<BatteryStep, 5> BatterySteps{{{20, ":/Battery1.png"},
+                                                   {40, ":/Battery2.png"},
+                                                   {60, ":/Battery3.png"},
+                                                   {80, ":/Battery4.png"},
+                                                   {100, ":/Battery5.png"}}};
+
+} // namespace
+
+FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(parent) {
+    setFixedSize(Style::WindowWidth, Style::HeaderRowHeight);
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(
+        QStringLiteral("Kavor--HandheldGui--FuncButtonWidget { background-color: %1; }").arg(Style::css(Style::Panel)));
+    int x = 0;
+    for (const FunctionButton& description : functionButtons()) {
+        auto* button = new IntfButton(this, description.states, QString::fromLatin1(description.text),
+                                      description.width, Style::HeaderRowHeight);
+        button->setObjectName(QString::fromLatin1(description.name));
+        button->setGeometry(x, 0, description.width, Style::HeaderRowHeight);
+        x += description.width;
+        m_buttons.push_back(button);
+    }
+
+    m_temperature =
+        addPicture(QStringLiteral("temperatureIcon"), {1056, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
+    m_linkLost = new QLabel(tr("No link"), this);
+    m_linkLost->setObjectName(QStringLiteral("linkLost"));
+    m_linkLost->setGeometry(1026, 12, 80, 36);
+    m_linkLost->setAlignment(Qt::AlignCenter);
+    m_linkLost->setStyleSheet(LINK_LOST_STYLE);
+    m_linkLost->hide();
+    m_charging = addPicture(QStringLiteral("chargingIcon"), {1247, 14, 24, 32}, QStringLiteral(":/charging_icon.png"));
+    m_battery = addPicture(QStringLiteral("batteryIcon"), {1112, 14, 58, 32}, QStringLiteral(":/Battery5.png"));
+    m_percent = new QLabel(QStringLiteral("100%"), this);
+    m_percent->setObjectName(QStringLiteral("batteryPercent"));
+    m_percent->setGeometry(1178, 10, 68, 40);
+    m_percent->setAlignment(Qt::AlignVCenter | Qt::AlignLeft);
+    m_percent->setStyleSheet(WIDGET_COMM_STYLE);
+    m_lowBattery = new QMovie(QStringLiteral(":/lowBat.gif"), QByteArray(), this);
+}
+
+QLabel* FuncButtonWidget::addPicture(const QString& name, const QRect& geometry, const QString& resource) {
+    auto* label = new QLabel(this);
+    label->setObjectName(name);
+    label->setGeometry(geometry);
+    label->setAlignment(Qt::AlignCenter);
+    label->setProperty("picture", resource);
+    label->setPixmap(QPixmap(resource));
+    return label;
+}
+
+void FuncButtonWidget::update_static_controls(STATE state) {
+    for (IntfButton* button : m_buttons)
+        button->toggleButton(state);
+}
+
+void FuncButtonWidget::setBatteryIcon(const QString& resource) {
+    m_lowBattery->stop();
+    m_battery->setProperty("picture", resource);
+    m_battery->setPixmap(QPixmap(resource));
+}
+
+void FuncButtonWidget::set_battery_level(unsigned short percent) {
+    const ChannelRecord& record = m_host->handler().snapshot();
+    const bool discharging = record.batteryCurrent < 0;
+    const bool known = percent <= 100;
+    m_battery->setVisible(known);
+    m_percent->setVisible(known);
+    m_charging->setVisible(known && !discharging);
+    if (!discharging)
+        setBatteryIcon(QStringLiteral(":/Battery0.png"));
+    m_percent->setText(QString::number(percent) + QLatin1Char('%'));
+
+    if (!discharging || percent > m_lastPercent)
+        m_warnedSinceRise = false;
+    m_lastPercent = percent;
+    bool warn = false;
+    if (discharging && percent <= record.lowBatteryThreshold) {
+        m_battery->setAttribute(Qt::WA_NoSystemBackground);
+        m_battery->setProperty("picture", QStringLiteral(":/lowBat.gif"));
+        m_battery->setMovie(m_lowBattery);
+        m_lowBattery->start();
+        warn = m_warnArmed && !m_warnedSinceRise;
+        m_warnArmed = false;
+    }
+    if (percent > EmptyUpTo) {
+        for (const BatteryStep& step : BatterySteps) {
+            if (percent <= step.upTo) {
+                setBatteryIcon(QString::fromLatin1(step.picture));
+                m_warnArmed = true;
+                break;
+            }
+        }
+    }
+    // Last: the box runs an event loop of its own, and the row must show the reading meanwhile.
+    if (warn) {
+        m_warnedSinceRise = true;
+        m_host->reportWhenFree(QStringLiteral("Warning: Low Battery!!"));
+    }
+}
+
+void FuncButtonWidget::set_temp_level(unsigned char) {}
+
+void FuncButtonWidget::setLinkLost(bool lost) {
+    m_linkLost->setVisible(lost);
+    m_temperature->setVisible(!lost);
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/mainwindow.h"
+#include "sim/module_simulator.h"
+#include "tests/gui/scripteddialogs.h"
+
+#include <memory>
+
+/// The real window, 1280 x 800 and offscreen, on a simulated module of its own: a free port and a region name that no
+/// other process uses. Widgets are found by name and pressed as a finger would.
+class PanelFixture {
+public:
+    struct Setup {
+        unsigned channels = 1;
+        unsigned disconnected = 0;
+        bool startModule = true;
+        int commandTimeoutMs = 2000;
+        int refreshMs = 100;
+    };
+
+    PanelFixture();
+    explicit PanelFixture(const Setup& setup);
+    ~PanelFixture();
+
+    Sim::ModuleSimulator& module() { return *m_module; }
+    EventHandler& handler() { return *m_handler; }
+    Kavor::HandheldGui::MainWindow& window() { return *m_window; }
+    ScriptedDialogs& dialogs() { return m_dialogs; }
+
+    /// A copy of the first channel's record as the module holds it.
+    ChannelRecord record() const;
+
+    template <typename T>
+    T* widget(const QString& name) {
+        return m_window->findChild<T*>(name);
+    }
+
+    /// Presses a widget in its middle; false when it is not there, not visible or disabled.
+    bool press(const QString& name);
+    /// Touches it with a finger instead of a mouse.
+    bool touch(const QString& name);
+
+    /// Opens an editor, types a number and ends with the named key.
+    bool enter(const QString& editor, const QString& number, const QString& endKey = QStringLiteral("keyEnter"));
+
+    /// The text of a label, editor, button or unit box.
+    QString text(const QString& name);
+    /// The message on show, empty when there is none.
+    QString toast();
+    bool hasStyle(const QString& name, const QString& sheet);
+
+    /// The lines that the module received since the last call.
+    QStringList sent();
+
+private:
+    std::unique_ptr<Sim::ModuleSimulator> m_module;
+    std::unique_ptr<EventHandler> m_handler;
+    ScriptedDialogs m_dialogs;
+    std::unique_ptr<Kavor::HandheldGui::MainWindow> m_window;
+};

@@ -1,0 +1,422 @@
+#include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/styles/styles.h"
+#include "tests/gui/panelfixture.h"
+#include "tests/support/testbase.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+
+using namespace Kavor::HandheldGui;
+
+/// The CW and modulation screen on a simulated module: what reaches the module, what the screen shows.
+class CwScreenTest : public TestBase {
+    Q_OBJECT
+
+    std::unique_ptr<PanelFixture> m_panel;
+
+    PanelFixture& panel() { return *m_panel; }
+    QStringList sentAfter(const QString& widget) {
+        panel().sent();
+        return panel().press(widget) ? panel().sent() : QStringList{QStringLiteral("(could not press) ") + widget};
+    }
+    void fail(Sim::Fault::Kind kind, const QByteArray& header = QByteArray(), int milliseconds = 0) {
+        Sim::Fault fault;
+        fault.kind = kind;
+        fault.header = header;
+        fault.milliseconds = milliseconds;
+        panel().module().addFault(fault);
+    }
+
+    void start(const PanelFixture::Setup& setup = PanelFixture::Setup()) {
+        m_panel.reset();
+        m_panel = std::make_unique<PanelFixture>(setup);
+    }
+
+protected:
+    void setUp() override { start(); }
+    void tearDown() override {
+        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+        m_panel.reset();
+        if (!problems.isEmpty())
+            QFAIL(qPrintable(problems.join(QStringLiteral("; "))));
+    }
+
+private slots:
+    /// The main job: tap the frequency, 1.5, GHz.
+    void frequencyEndToEnd() {
+        QVERIFY(panel().enter("cwFrequency", "1.5", "keyUnit0"));
+        QCOMPARE(panel().sent(), QStringList{":FREQ 1500000000.000"});
+        QCOMPARE(panel().record().frequency.value, 1.5e9);
+        QCOMPARE(panel().text("statusFrequency"), QString("  Frequency: 1.500000000000 GHz"));
+        QCOMPARE(panel().text("cwFrequency"), QString("1.500000000000"));
+        QCOMPARE(panel().text("cwFrequencyUnit"), QString("GHz"));
+    }
+
+    void entries_data() {
+        QTest::addColumn<QString>("tab");
+        QTest::addColumn<QString>("editor");
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("endKey");
+        QTest::addColumn<QString>("sent"); // empty: nothing may be sent
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<QString>("toast");
+
+        const QString none;
+        QTest::newRow("frequency normalises") << none << "cwFrequency"
+                                              << "1500"
+                                              << "keyUnit1"
+                                              << ":FREQ 1500000000.000"
+                                              << "1.500000000000"
+                                              << "GHz" << none;
+        QTest::newRow("frequency to a millihertz") << none << "cwFrequency"
+                                                   << "100000.0015"
+                                                   << "keyUnit2"
+                                                   << ":FREQ 100000001.500"
+                                                   << "100.000001500"
+                                                   << "MHz" << none;
+        QTest::newRow("frequency too low") << none << "cwFrequency"
+                                           << "1"
+                                           << "keyUnit2" << none << "1.000000"
+                                           << "KHz"
+                                           << "Valid CW frequency  range: 9 KHz to 6 GHz";
+        QTest::newRow("power") << none << "cwPower"
+                               << "-7.5"
+                               << "keyEnter"
+                               << ":POW -7.5000"
+                               << "-7.50" << none << none;
+        QTest::newRow("power in dBµV") << none << "cwPower"
+                                       << "107"
+                                       << "keyUnit1"
+                                       << ":POW 0.0103"
+                                       << "0.01" << none << none;
+        QTest::newRow("power out of range")
+            << none << "cwPower"
+            << "90"
+            << "keyEnter" << none << "90.00" << none << "Valid CW Power  range: -60 dBm to 20 dBm";
+        QTest::newRow("no voltage") << none << "cwPower"
+                                    << "0"
+                                    << "keyUnit3" << none << "0.00" << none
+                                    << "mV and µV values must be greater than zero";
+        QTest::newRow("phase") << none << "cwPhase"
+                               << "12.5"
+                               << "keyEnter"
+                               << ":PHAS 12.500"
+                               << "12.500" << none << none;
+        QTest::newRow("no number") << none << "cwPhase"
+                                   << "."
+                                   << "keyBack keyBack keyEnter" << none << "0.000" << none << "Invalid numeric value";
+        QTest::newRow("AM rate") << "AM"
+                                 << "amFrequency"
+                                 << "2.5"
+                                 << "keyUnit1"
+                                 << ":AM:INT:FREQ 2500.000"
+                                 << "2.500000"
+                                 << "KHz" << none;
+        QTest::newRow("AM depth") << "AM"
+                                  << "amDepth"
+                                  << "30"
+                                  << "keyEnter"
+                                  << ":AM:DEPT 30.0"
+                                  << "30.0" << none << none;
+        QTest::newRow("AM depth is rounded to the wire") << "AM"
+                                                         << "amDepth"
+                                                         << "30.26"
+                                                         << "keyEnter"
+                                                         << ":AM:DEPT 30.3"
+                                                         << "30.3" << none << none;
+        QTest::newRow("AM depth out of range") << "AM"
+                                               << "amDepth"
+                                               << "101"
+                                               << "keyEnter" << none << "101.0" << none << "Range 0% to 100%";
+        QTest::newRow("FM rate takes whole hertz") << "FM"
+                                                   << "fmFrequency"
+                                                   << "1000.4"
+                                                   << "keyUnit2"
+                                                   << ":FM:INT:FREQ 1000"
+                                                   << "1.000000"
+                                                   << "KHz" << none;
+        QTest::newRow("FM deviation") << "FM"
+                                      << "fmDeviation"
+                                      << "75"
+                                      << "keyUnit1"
+                                      << ":FM:DEV 75000.000"
+                                      << "75.000000"
+                                      << "KHz" << none;
+        QTest::newRow("PM rate") << "PM"
+                                 << "pmFrequency"
+                                 << "3"
+                                 << "keyUnit1"
+                                 << ":PM:INT:FREQ 3000.000000"
+                                 << "3.000000"
+                                 << "KHz" << none;
+        QTest::newRow("PM deviation") << "PM"
+                                      << "pmDeviation"
+                                      << "1.5"
+                                      << "keyEnter"
+                                      << ":PM:DEV 1.50"
+                                      << "1.5" << none << none;
+        QTest::newRow("pulse width") << "Pulse"
+                                     << "pulseWidth"
+                                     << "1.5"
+                                     << "keyUnit1"
+                                     << ":PULS:WIDT 0.000001500"
+                                     << "1.500"
+                                     << "µs" << none;
+        QTest::newRow("pulse rate") << "Pulse"
+                                    << "pulseRate"
+                                    << "10"
+                                    << "keyUnit1"
+                                    << ":PULS:FREQ 10000.000000000"
+                                    << "10.000000"
+                                    << "KHz" << none;
+    }
+    void entries() {
+        QFETCH(QString, tab);
+        QFETCH(QString, editor);
+        QFETCH(QString, number);
+        QFETCH(QString, endKey);
+        QFETCH(QString, sent);
+        QFETCH(QString, unit);
+        if (!tab.isEmpty())
+            QVERIFY(panel().press("tab" + tab));
+        const QStringList keys = endKey.split(' ');
+        if (keys.size() == 1) {
+            QVERIFY(panel().enter(editor, number, endKey));
+        } else {
+            panel().dialogs().expectKeys(QString(), QStringList{"keyDot"} + keys);
+            QVERIFY(panel().press(editor));
+        }
+        QCOMPARE(panel().sent(), sent.isEmpty() ? QStringList() : QStringList{sent});
+        QTEST(panel().text(editor), "shown");
+        if (!unit.isEmpty())
+            QCOMPARE(panel().text(editor + "Unit"), unit);
+        QTEST(panel().toast(), "toast");
+    }
+
+    /// Out of range: red beside its message, the module's value when the message has gone, and never sent.
+    void refusedEntryGoesBack() {
+        const QString before = panel().text("cwFrequency");
+        QVERIFY(panel().enter("cwFrequency", "7", "keyUnit0"));
+        QCOMPARE(panel().text("cwFrequency"), QString("7.000000000000"));
+        QVERIFY(panel().hasStyle("cwFrequency", WIDGET_EDIT_LARGE_STYLE_RED));
+        panel().module().modify(0, [](ChannelRecord& r) { r.power.value = -20; });
+        QTRY_COMPARE(panel().text("cwPower"), QString("-20.00")); // the refresh leaves the refused entry alone
+        QCOMPARE(panel().text("cwFrequency"), QString("7.000000000000"));
+        panel().window().toast()->hideImmediate();
+        QCOMPARE(panel().text("cwFrequency"), before);
+        QVERIFY(panel().hasStyle("cwFrequency", WIDGET_EDIT_LARGE_STYLE));
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
+    /// A refused entry is opened again while its message fades: the unit on the keyboard stays the entry's.
+    void refusedEntryKeepsItsUnitWhileEdited() {
+        QVERIFY(panel().enter("cwFrequency", "8", "keyUnit2")); // 8 KHz is too low
+        panel().dialogs().expect(DialogKind::Keyboard, "CW frequency", [this](QDialog& dialog) {
+            panel().window().toast()->hideImmediate();
+            QVERIFY(pressButton(dialog, "key9"));
+            QVERIFY(pressButton(dialog, "keyEnter"));
+        });
+        QVERIFY(panel().press("cwFrequency"));
+        QCOMPARE(panel().sent(), QStringList{":FREQ 9000.000"});
+    }
+
+    void escLeavesAllAsItWas() {
+        const QString before = panel().text("cwFrequency");
+        QVERIFY(panel().enter("cwFrequency", "2", "keyEsc"));
+        QCOMPARE(panel().text("cwFrequency"), before);
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
+    void unitBoxReadsTheEntryAnew() {
+        QVERIFY(panel().enter("cwFrequency", "1.5", "keyUnit0"));
+        panel().sent();
+        panel().widget<QComboBox>("cwFrequencyUnit")->setCurrentIndex(1);
+        QCOMPARE(panel().sent(), QStringList{":FREQ 1500000.000"});
+        QCOMPARE(panel().text("statusFrequency"), QString("  Frequency: 1.500000000 MHz"));
+    }
+
+    void touchAndMouseForOnePress() {
+        panel().dialogs().expectNumber("CW Power", "5", "keyEnter");
+        QVERIFY(panel().touch("cwPower"));
+        QCOMPARE(panel().sent(), QStringList{":POW 5.0000"});
+        QVERIFY(panel().touch("rfOn"));
+        QCOMPARE(panel().sent(), QStringList{":OUTP ON"});
+    }
+
+    void failures_data() {
+        QTest::addColumn<int>("fault");
+        QTest::newRow("refused") << int(Sim::Fault::Refuse);
+        QTest::newRow("module keeps another value") << int(Sim::Fault::Keep);
+        QTest::newRow("silent") << int(Sim::Fault::Silent);
+    }
+    void failures() {
+        QFETCH(int, fault);
+        PanelFixture::Setup setup;
+        setup.commandTimeoutMs = 200;
+        start(setup);
+        allowMessages("\\[SCPI\\]");
+        const QString before = panel().text("cwPower");
+        fail(static_cast<Sim::Fault::Kind>(fault));
+        QVERIFY(panel().enter("cwPower", "5"));
+        QCOMPARE(panel().toast(), QString("command send failure"));
+        QCOMPARE(panel().text("cwPower"), before);
+        QCOMPARE(panel().text("statusPower"), QString("Power: %1 dBm").arg(before));
+    }
+
+    /// The module did what it was told, but its answer never came whole, or came in a way of its own: the read-back
+    /// decides what the user is told.
+    void theReadBackDecides_data() {
+        QTest::addColumn<int>("fault");
+        QTest::newRow("answer lost") << int(Sim::Fault::Lost);
+        QTest::newRow("connection closed mid-reply") << int(Sim::Fault::Drop);
+        QTest::newRow("answer in pieces") << int(Sim::Fault::Split);
+        QTest::newRow("answered twice") << int(Sim::Fault::Double);
+    }
+    void theReadBackDecides() {
+        QFETCH(int, fault);
+        PanelFixture::Setup setup;
+        setup.commandTimeoutMs = 200;
+        start(setup);
+        allowMessages("\\[SCPI\\]");
+        fail(static_cast<Sim::Fault::Kind>(fault));
+        QVERIFY(panel().enter("cwPower", "5"));
+        QCOMPARE(panel().toast(), QString());
+        QCOMPARE(panel().text("statusPower"), QString("Power: 5.00 dBm"));
+        panel().module().clearFaults();
+        QVERIFY(panel().enter("cwPower", "6"));
+        QCOMPARE(panel().text("cwPower"), QString("6.00"));
+    }
+
+    void enableBoxes() {
+        auto* am = panel().widget<QCheckBox>("enableAM");
+        QCOMPARE(sentAfter("enableAM"), QStringList{":MODulation:ENABle:MASK 1"});
+        QVERIFY(am->isChecked());
+        QCOMPARE(panel().record().modulationEnable, 1U);
+
+        // FM beside AM is refused before anything is sent; unchecking itself sends the unchanged mask.
+        QVERIFY(panel().press("tabFM"));
+        QCOMPARE(sentAfter("enableFM"), QStringList());
+        QCOMPARE(panel().toast(), QString("cannot enable FM with AM on"));
+        QTRY_VERIFY(!panel().widget<QCheckBox>("enableFM")->isChecked());
+        QTRY_COMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
+
+        QVERIFY(panel().press("tabAM"));
+        QCOMPARE(sentAfter("enableAM"), QStringList{":MODulation:ENABle:MASK 0"});
+    }
+
+    void enableThatTheModuleDoesNotTake() {
+        fail(Sim::Fault::Keep);
+        QVERIFY(panel().press("enableAM"));
+        QCOMPARE(panel().toast(), QString("command send failure"));
+        QVERIFY(!panel().widget<QCheckBox>("enableAM")->isChecked());
+    }
+
+    void modulationRuns() {
+        QVERIFY(panel().press("rfOn"));
+        QVERIFY(panel().press("enableAM"));
+        QCOMPARE(sentAfter("modOn"), QStringList{":AM:STAT ON"});
+        QCOMPARE(panel().text("statusModulation"), QString("Mode: AM"));
+        for (const char* pair : {"mod", "modulate"}) {
+            QVERIFY(panel().hasStyle(QString(pair) + "On", PRESSED_MOD_BTN_STYLE));
+            QVERIFY(panel().hasStyle(QString(pair) + "Off", UNPRESSED_MOD_BTN_STYLE));
+        }
+        QVERIFY(!panel().widget<QCheckBox>("enableAM")->isEnabled());
+        QCOMPARE(sentAfter("modulateOff"), QStringList{":AM:STAT OFF"});
+        QCOMPARE(panel().text("statusModulation"), QString("Mode: CW"));
+        QVERIFY(panel().hasStyle("modOff", PRESSED_MOD_BTN_STYLE));
+        QVERIFY(panel().widget<QCheckBox>("enableAM")->isEnabled());
+    }
+
+    void pulseStartsWithWhatTheScreenShows() {
+        QVERIFY(panel().press("rfOn"));
+        QVERIFY(panel().press("tabPulse"));
+        QVERIFY(panel().press("enablePulse"));
+        const QStringList sent = sentAfter("modulateOn");
+        QCOMPARE(sent.size(), 3);
+        QVERIFY(sent[0].startsWith(":PULS:WIDT "));
+        QVERIFY(sent[1].startsWith(":PULS:FREQ "));
+        QCOMPARE(sent[2], QString(":PULS:STAT ON"));
+    }
+
+    void modulationThatCannotStart() {
+        QVERIFY(panel().press("rfOn"));
+        QVERIFY(panel().press("modOn"));
+        QCOMPARE(panel().toast(), QString("no mudulation enabled"));
+        QVERIFY(panel().press("enableAM"));
+        fail(Sim::Fault::Refuse, ":AM:STAT");
+        expectMessage("\\[SCPI\\] write failed");
+        QVERIFY(panel().press("modOn"));
+        QCOMPARE(panel().toast(), QString("Couldn't start Mode: AM modulations"));
+        QVERIFY(panel().hasStyle("modOff", PRESSED_MOD_BTN_STYLE));
+    }
+
+    void rfOffStopsModulation() {
+        QVERIFY(panel().press("rfOn"));
+        QVERIFY(panel().hasStyle("rfOn", PRESSED_MOD_BTN_STYLE));
+        QVERIFY(panel().press("enableAM"));
+        QVERIFY(panel().press("modOn"));
+        QCOMPARE(sentAfter("rfOff"), (QStringList{":OUTP OFF", ":AM:STAT OFF"}));
+        QVERIFY(!panel().widget<QWidget>("modOn")->isEnabled());
+        QVERIFY(!panel().widget<QWidget>("modulateOn")->isEnabled());
+        QCOMPARE(sentAfter("rfOn"), QStringList{":OUTP ON"}); // does not restart it
+    }
+
+    void source() {
+        QCOMPARE(sentAfter("sourceExternal"), QStringList{":AM:SOUR EXTernal"});
+        QVERIFY(panel().hasStyle("sourceExternal", PRESSED_WIDGET_BTN_STYLE));
+        QVERIFY(!panel().widget<QWidget>("amFrequency")->isEnabled());
+        QVERIFY(!panel().widget<QWidget>("amFrequencyUnit")->isEnabled());
+        QVERIFY(panel().widget<QWidget>("amDepth")->isEnabled());
+        fail(Sim::Fault::Keep);
+        QVERIFY(panel().press("sourceInternal"));
+        QCOMPARE(panel().toast(), QString("command send failure"));
+        QVERIFY(panel().hasStyle("sourceExternal", PRESSED_WIDGET_BTN_STYLE));
+    }
+
+    /// Another client, or the module itself, changes something: the screen follows and sends nothing.
+    void followsTheModule() {
+        panel().module().modify(0, [](ChannelRecord& r) {
+            r.frequency.value = 2.4e9;
+            r.rfOutput = 1;
+            r.modulationEnable = 2;
+            r.fmState = 1;
+        });
+        QTRY_COMPARE(panel().text("cwFrequency"), QString("2.400000000000"));
+        QTRY_COMPARE(panel().text("statusModulation"), QString("Mode: FM"));
+        QVERIFY(panel().hasStyle("rfOn", PRESSED_MOD_BTN_STYLE));
+        QVERIFY(panel().hasStyle("modOn", PRESSED_MOD_BTN_STYLE));
+        QVERIFY(panel().widget<QCheckBox>("enableFM")->isChecked());
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
+    /// The service goes and comes back: a failure in words, then the very next entry works.
+    void serviceRestarts() {
+        allowMessages("\\[SCPI\\]");
+        panel().module().stop();
+        QTRY_VERIFY(panel().widget<QWidget>("linkLost")->isVisible());
+        QVERIFY(panel().enter("cwPower", "1"));
+        QCOMPARE(panel().toast(), QString("command send failure"));
+        QVERIFY(panel().module().start());
+        QVERIFY(panel().enter("cwPower", "2"));
+        QCOMPARE(panel().record().power.value, 2.0);
+        QTRY_VERIFY(!panel().widget<QWidget>("linkLost")->isVisible());
+    }
+
+    /// Taps while a slow command is on its way: each is carried out, each with its own answer.
+    void tapsDuringASlowCommand() {
+        fail(Sim::Fault::Late, ":POW", 300);
+        QTimer::singleShot(50, [this] { panel().press("rfOn"); });
+        QVERIFY(panel().enter("cwPower", "3"));
+        QTRY_COMPARE(panel().record().rfOutput, 1U);
+        QCOMPARE(panel().record().power.value, 3.0);
+        QTRY_VERIFY(panel().hasStyle("rfOn", PRESSED_MOD_BTN_STYLE));
+        QCOMPARE(panel().text("cwPower"), QString("3.00"));
+        QCOMPARE(panel().toast(), QString());
+    }
+};
+
+VELDA_TEST_MAIN(QApplication, CwScreenTest)
+#include "tst_cwscreen.moc"

@@ -1,0 +1,258 @@
+#include "portable/splash.h"
+#include "portable/statustexts.h"
+#include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/styles/styles.h"
+#include "tests/gui/panelfixture.h"
+#include "tests/support/testbase.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+using namespace Kavor::HandheldGui;
+
+/// The window around the screens: state machine, battery, boxes, link mark, start.
+class MainWindowTest : public TestBase {
+    Q_OBJECT
+
+    std::unique_ptr<PanelFixture> m_panel;
+
+    PanelFixture& panel() { return *m_panel; }
+    MainWindow& window() { return panel().window(); }
+    QString picture(const QString& label) { return panel().widget<QLabel>(label)->property("picture").toString(); }
+    bool shown(const QString& name) { return panel().widget<QWidget>(name)->isVisible(); }
+    QStringList shownPages() {
+        QStringList pages;
+        for (const QWidget* page : window().contentArea()->findChildren<QWidget*>(QRegularExpression("^page"))) {
+            if (page->isVisible())
+                pages << page->objectName();
+        }
+        return pages;
+    }
+    void battery(int percent, int current, int threshold) {
+        panel().module().modify(0, [=](ChannelRecord& r) {
+            r.batteryCurrent = static_cast<std::int16_t>(current);
+            r.lowBatteryThreshold = static_cast<std::uint16_t>(threshold);
+        });
+        window().refreshFromModule();
+        window().set_battery_level(static_cast<unsigned short>(percent));
+    }
+    void start(const PanelFixture::Setup& setup) {
+        m_panel.reset();
+        m_panel = std::make_unique<PanelFixture>(setup);
+    }
+
+protected:
+    void setUp() override {
+        PanelFixture::Setup setup;
+        setup.refreshMs = 3600000; // by hand: refreshFromModule()
+        start(setup);
+    }
+    void tearDown() override {
+        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+        m_panel.reset();
+        if (!problems.isEmpty())
+            QFAIL(qPrintable(problems.join("; ")));
+    }
+
+private slots:
+    void screens_data() {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("header"); // empty: as it was
+        QTest::newRow("CW") << int(STATE_CW) << "pageCw"
+                            << "   CW & Modulations Mode - Set the RF output and modulation Settings";
+        QTest::newRow("FRSW") << int(STATE_FRSW) << "pageSweep" << "   Sweep Mode - Create Frequency or Power sweep";
+        QTest::newRow("PRSW") << int(STATE_PRSW) << "pageSweep" << "   Sweep Mode - Create Frequency or Power sweep";
+        QTest::newRow("list files") << int(STATE_LIST_FILES) << "pageList"
+                                    << "   List Mode - Configure and upload frequency list";
+        QTest::newRow("pattern") << int(STATE_PATTERN) << "pagePattern"
+                                 << "   Pattern Mode - Create an on/off timing pattern";
+        QTest::newRow("run mode") << int(STATE_RUNMODE) << "pageRunMode" << "   Run Mode";
+        QTest::newRow("system keeps the header") << int(STATE_SYSTEM) << "pageSystem" << "";
+        QTest::newRow("about keeps the header") << int(STATE_ABOUT) << "pageAbout" << "";
+        QTest::newRow("AM is a tab, no screen") << int(STATE_AM) << "" << "";
+    }
+    void screens() {
+        QFETCH(int, state);
+        QFETCH(QString, page);
+        QFETCH(QString, header);
+        const QString before = panel().text("header");
+        window().change_state(static_cast<STATE>(state));
+        QCOMPARE(shownPages(), page.isEmpty() ? QStringList() : QStringList{page});
+        QCOMPARE(panel().text("header"), header.isEmpty() ? before : header);
+    }
+
+    void functionButtons() {
+        window().change_state(STATE_PRSW);
+        QVERIFY(panel().hasStyle("funcSweep", PRESSED_TAB_BTN_STYLE2));
+        QVERIFY(panel().press("funcSweep"));
+        QCOMPARE(int(window().currentState()), int(STATE_FRSW));
+        window().OnRunModeTrig();
+        QCOMPARE(panel().text("statusRunMode"), QString("Run Mode: Trigger"));
+        QVERIFY(panel().press("funcRunMode")); // sets the text back to "Continuous", shown at the next redraw
+        window().UpdateStatusBar();
+        QCOMPARE(panel().text("statusRunMode"), QString("Run Mode: Continuous"));
+        window().UpdateDeviceState(static_cast<STATE>(14));
+        window().UpdateDeviceState(STATE_NONE);
+        window().UpdateDeviceState(STATE_LIST_FILES);
+        QCOMPARE(window().GetStatusBarMode(0), QString("Mode: LIST"));
+    }
+
+    void batteryStates_data() {
+        QTest::addColumn<int>("percent");
+        QTest::addColumn<int>("current");
+        QTest::addColumn<QString>("icon");
+        QTest::addColumn<bool>("charging");
+        QTest::newRow("100") << 100 << -10 << ":/Battery5.png" << false;
+        QTest::newRow("81") << 81 << -10 << ":/Battery5.png" << false;
+        QTest::newRow("80") << 80 << -10 << ":/Battery4.png" << false;
+        QTest::newRow("60") << 60 << -10 << ":/Battery3.png" << false;
+        QTest::newRow("40") << 40 << -10 << ":/Battery2.png" << false;
+        QTest::newRow("11") << 11 << -10 << ":/Battery1.png" << false;
+        QTest::newRow("charging, 11") << 11 << 10 << ":/Battery1.png" << true;
+        QTest::newRow("charging, 10") << 10 << 10 << ":/Battery0.png" << true;
+        QTest::newRow("full, no current") << 100 << 0 << ":/Battery5.png" << true;
+    }
+    void batteryStates() {
+        QFETCH(int, percent);
+        QFETCH(int, current);
+        battery(percent, current, 5);
+        QTEST(picture("batteryIcon"), "icon");
+        QTEST(shown("chargingIcon"), "charging");
+        QCOMPARE(panel().text("batteryPercent"), QString("%1%").arg(percent));
+    }
+
+    void batteryUnknown() {
+        battery(101, -10, 5);
+        QVERIFY(!shown("batteryIcon") && !shown("batteryPercent") && !shown("chargingIcon"));
+        battery(50, 10, 5);
+        QVERIFY(shown("batteryIcon") && shown("batteryPercent") && shown("chargingIcon"));
+    }
+
+    void lowBatteryWarning() {
+        const auto expectWarning = [this] {
+            panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
+        };
+        expectWarning();
+        battery(10, -10, 15);
+        QCOMPARE(picture("batteryIcon"), QString(":/lowBat.gif"));
+        battery(9, -10, 15);
+        battery(11, -10, 15);
+        QCOMPARE(picture("batteryIcon"), QString(":/Battery1.png"));
+        expectWarning(); // 11 has armed it again
+        battery(10, -10, 15);
+        battery(50, 10, 15);
+        expectWarning(); // one for the next discharge, whatever the threshold
+        for (int percent = 16; percent >= 8; --percent)
+            battery(percent, -10, 15);
+    }
+
+    /// A warning that finds another box open comes after it, and there are never two.
+    void boxesOneAfterTheOther() {
+        panel().dialogs().expect(DialogKind::Critical, "first", [this](QDialog& dialog) {
+            window().reportError("second"); // dropped
+            battery(5, -10, 15);            // kept
+            dialog.accept();
+        });
+        panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
+        window().reportError("first");
+        window().reportError("");
+    }
+
+    void aBoxRaisedBeforeTheWindowIsShownWaits() {
+        window().hide();
+        window().reportError("kept");
+        QCOMPARE(panel().dialogs().asked(), QStringList());
+        panel().dialogs().expectButton(DialogKind::Critical, "kept", QMessageBox::Ok);
+        window().show();
+        QTRY_COMPARE(panel().dialogs().asked(), QStringList{"critical: kept"});
+    }
+
+    void refusesToClose() {
+        QVERIFY(!window().close());
+        QVERIFY(window().isVisible());
+    }
+
+    void manualTrigger() {
+        window().SetManualBnEnable(true);
+        panel().sent();
+        QTest::mousePress(panel().widget<QWidget>("trigger"), Qt::LeftButton);
+        QVERIFY(panel().hasStyle("trigger", PRESSED_MOD_BTN_STYLE));
+        QTest::mouseRelease(panel().widget<QWidget>("trigger"), Qt::LeftButton);
+        QVERIFY(panel().hasStyle("trigger", UNPRESSED_MOD_BTN_STYLE));
+        QCOMPARE(panel().sent(), QStringList{"*TRG "});
+        window().SetManualBnEnable(false);
+        QVERIFY(!panel().press("trigger"));
+    }
+
+    /// What runs at start shows as running, and what is enabled is started.
+    void startsWithWhatTheModuleHolds() {
+        panel().module().modify(0, [](ChannelRecord& r) {
+            r.rfOutput = 1;
+            r.modulationEnable = 0x22;
+            r.fmState = 1;
+            r.runMode = 0;
+        });
+        window().refreshFromModule();
+        panel().sent();
+        window().update_from_config(STATE_NONE);
+        QVERIFY(panel().sent().contains(":PULS:STAT ON"));
+        QCOMPARE(panel().text("statusModulation"), QString("Mode: FM, Pulse"));
+        QCOMPARE(panel().text("statusRunMode"), QString("Run Mode: Trigger"));
+        QVERIFY(panel().widget<QWidget>("trigger")->isEnabled());
+    }
+
+    void startWithoutAModule() {
+        allowMessages("initializarion failure|ldshmem");
+        PanelFixture::Setup setup;
+        setup.startModule = false;
+        start(setup);
+        QVERIFY(shown("linkLost"));
+        QCOMPARE(panel().handler().getDisconnectedChannels(), 1U);
+        QVERIFY(panel().enter("cwPower", "1"));
+        QCOMPARE(panel().toast(), QString("command send failure"));
+    }
+
+    void splashEndsAfterOnePass_data() {
+        QTest::addColumn<QString>("movie");
+        QTest::newRow("loops") << ":/logo.gif";
+        QTest::newRow("cannot be read") << ":/no-such-movie.gif";
+    }
+    void splashEndsAfterOnePass() {
+        QFETCH(QString, movie);
+        auto* splash = new Splash(movie);
+        QSignalSpy ended(splash, &Splash::ended);
+        QSignalSpy gone(splash, &QObject::destroyed);
+        splash->start();
+        QTRY_COMPARE_WITH_TIMEOUT(gone.count(), 1, 20000);
+        QCOMPARE(ended.count(), 1);
+    }
+
+    void toast() {
+        ToastOverlay& toast = *window().toast();
+        QCOMPARE(toast.fontSize(), 28);
+        QWidget low;
+        low.resize(300, 400);
+        QCOMPARE(ToastOverlay(&low).fontSize(), 16);
+
+        QSignalSpy ended(&toast, &ToastOverlay::messageEnded);
+        toast.showMessage("one", 0.05F);
+        QTRY_VERIFY(!toast.isVisible());
+        QCOMPARE(ended.count(), 1);
+        toast.showPersistent("two");
+        toast.showMessage("three", 0);
+        QCOMPARE(ended.count(), 2);
+        QVERIFY(!toast.isPersistent());
+        toast.showPersistent("four");
+        QVERIFY(panel().press("funcCw")); // a touch anywhere, and it still means what it meant
+        QTRY_VERIFY(!toast.isVisible());
+        QCOMPARE(int(window().currentState()), int(STATE_CW));
+        QVERIFY(toast.geometry().bottom() < window().geometry().bottom());
+    }
+};
+
+VELDA_TEST_MAIN(QApplication, MainWindowTest)
+#include "tst_mainwindow.moc"
