@@ -1,11 +1,9 @@
 #include "portable/errorreports.h"
 
 #include "portable/widgets/dialogs.h"
-#include "portable/widgets/styles/styles.h"
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QPushButton>
 
 namespace Kavor::HandheldGui {
 
@@ -46,21 +44,14 @@ void ErrorReports::showBox(const QString& text) {
     const bool fits =
         active && active->windowType() != Qt::Popup && !active->windowFlags().testFlag(Qt::WindowTransparentForInput);
     QMessageBox box(fits ? active : m_window);
-    box.setWindowFlag(Qt::FramelessWindowHint);
     box.setObjectName(QStringLiteral("errorBox"));
-    box.setStyleSheet(MESSAGE_BOX_STYLE);
     box.setText(text);
     QFont font = box.font();
     font.setPixelSize(24);
     box.setFont(font);
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
-    for (QAbstractButton* button : box.buttons()) {
-        const QSize hint = button->sizeHint();
-        button->setMinimumSize(static_cast<int>(hint.width() * 1.5), static_cast<int>(hint.height() * 1.5));
-        button->setFont(QFont(QStringLiteral("Segoe UI"), 18));
-        button->setIcon(QIcon());
-    }
+    dressBox(box);
     DialogRunner::current().run(box, DialogKind::Critical, text);
     msgboxOn = false;
 }

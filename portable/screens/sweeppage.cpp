@@ -120,7 +120,9 @@ ValueField SweepPage::valueField(ValueField::Kind kind, const ValueModel& model)
 
 ValueModel SweepPage::plannedModel(SweepField field, const std::function<double()>& value,
                                    const std::function<ValueLimits()>& limits) {
-    return {value, limits, [this, field](double entered) { return carryOut(field, entered); }};
+    return {value, limits, [this, field](double entered) {
+                return carryOut(field, entered);
+            }};
 }
 
 void SweepPage::buildEntries() {
@@ -143,13 +145,16 @@ void SweepPage::buildEntries() {
     ValueField size = valueField(m_kind.kind == ValueField::Kind::Frequency ? m_kind.kind : ValueField::Kind::Plain,
                                  plannedModel(
                                      SweepField::StepSize, [this] { return values().stepSize(); },
-                                     [] { return ValueLimits{0, 0}; }));
+                                     [] {
+                                         return ValueLimits{0, 0};
+                                     }));
     size.whole = false;
     size.decimals = 2;
     size.mostDecimals = 4;
 
     const std::vector<Row> rows{
-        {Start, LeftColumn, 1, "Start:", "Start", "Start " + quantity, valueField(m_kind.kind, device(SweepField::Start))},
+        {Start, LeftColumn, 1, "Start:", "Start", "Start " + quantity,
+         valueField(m_kind.kind, device(SweepField::Start))},
         {Stop, LeftColumn, 2, "Stop:", "Stop", "Stop " + quantity, valueField(m_kind.kind, device(SweepField::Stop))},
         {StepSize, LeftColumn, 3, "Step Size:", "StepSize", "Step Size", size},
         {Steps, LeftColumn, 4, "Steps:", "Steps", "Steps",
@@ -241,8 +246,8 @@ void SweepPage::run(bool on) {
 }
 
 SweepValues SweepPage::values() const {
-    return {m_handler.cachedValue(m_kind.start), m_handler.cachedValue(m_kind.stop), m_handler.cachedValue(m_kind.steps),
-            m_handler.cachedValue(m_kind.time)};
+    return {m_handler.cachedValue(m_kind.start), m_handler.cachedValue(m_kind.stop),
+            m_handler.cachedValue(m_kind.steps), m_handler.cachedValue(m_kind.time)};
 }
 
 ValueLimits SweepPage::limitsOf(DeviceValueId id) const {
@@ -271,9 +276,8 @@ DeviceValueId SweepPage::idOf(SweepField field) const {
 
 EntryResult SweepPage::carryOut(SweepField field, double value) {
     const SweepLimits limits{limitsOf(m_kind.stop), limitsOf(m_kind.time), totalTimeLimits()};
-    const SweepPlan plan = planSweep(field, value, m_stopIsEntered, values(), limits, [this](SweepField of, double v) {
-        return m_handler.roundedToWire(idOf(of), v);
-    });
+    const SweepPlan plan = planSweep(field, value, m_stopIsEntered, values(), limits,
+                                     [this](SweepField of, double v) { return m_handler.roundedToWire(idOf(of), v); });
     if (plan.refusal != SweepRefusal::None) {
         tell(plan.refusal);
         return EntryResult::Refused;

@@ -17,8 +17,8 @@ class PanelHost;
 
 /// What the two sweeps differ in.
 struct SweepKind {
-    const char* prefix;    ///< of the object names
-    const char* quantity;  ///< in the titles of start and stop
+    const char* prefix;     ///< of the object names
+    const char* quantity;   ///< in the titles of start and stop
     const char* fixedLabel; ///< the quantity that does not sweep: its label and title
     const char* fixedTitle;
     const char* startName; ///< in the log line of start and stop
@@ -30,9 +30,9 @@ struct SweepKind {
     DeviceValueId steps;
     DeviceValueId time;
     DeviceValueId fixed;
-    ValueLimits ChannelRecord::* totalTime; ///< seconds
-    std::uint32_t ChannelRecord::* running;
-    char (ChannelRecord::* direction)[32];
+    ValueLimits ChannelRecord::*totalTime; ///< seconds
+    std::uint32_t ChannelRecord::*running;
+    char (ChannelRecord::*direction)[32];
     int (EventHandler::*setState)(OnOff);
     int (EventHandler::*setDirection)(SweepDirection);
 };

@@ -11,8 +11,8 @@ bool within(const ValueLimits& limits, double value) {
     return !known || (value >= limits.minimum && value <= limits.maximum);
 }
 
-/// The step time that comes nearest to a total time. Its command carries whole nanoseconds, so a total time at its limit
-/// would be missed by rounding away from it.
+/// The step time that comes nearest to a total time. Its command carries whole nanoseconds, so a total time at its
+/// limit would be missed by rounding away from it.
 double stepTimeFor(double total, const SweepValues& now, const ValueLimits& limits,
                    const std::function<double(SweepField, double)>& round) {
     if (now.steps < 1)
@@ -60,9 +60,8 @@ SweepPlan planSweep(SweepField entered, double value, bool stopIsEntered, const 
         next.stepTime = stepTimeFor(value, now, limits.totalTime, round);
         break;
     }
-    const bool movesStop =
-        entered == SweepField::StepSize ||
-        (!stopIsEntered && (entered == SweepField::Start || entered == SweepField::Steps));
+    const bool movesStop = entered == SweepField::StepSize ||
+                           (!stopIsEntered && (entered == SweepField::Start || entered == SweepField::Steps));
     if (movesStop)
         next.stop = round(SweepField::Stop, next.start + size * (next.steps - 1));
 

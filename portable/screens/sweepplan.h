@@ -8,26 +8,26 @@
 
 namespace Kavor::HandheldGui {
 
-/// What an entry on a sweep page means for the module. The module holds start, stop, number of steps and the time of one
-/// step; step size and total time are shown from those, so that
+/// What an entry on a sweep page means for the module. The module holds start, stop, number of steps and the time of
+/// one step; step size and total time are shown from those, so that
 ///
 ///     step size  = (stop - start) / (steps - 1)        total time = steps x step time
 ///
 /// always hold between what is shown and what the module has. The decision table:
 ///
-/// | Entered    | Stop entered by the user (size calculated)    | Size entered by the user (stop calculated)            |
+/// | Entered    | Stop entered by the user (size calculated)    | Size entered by the user (stop calculated) |
 /// |------------|-----------------------------------------------|-------------------------------------------------------|
-/// | start      | start; the size follows                       | start, stop = start + size x (steps - 1)              |
-/// | stop       | stop; the size follows                        | (not editable)                                        |
-/// | step size  | (not editable)                                | stop = start + size x (steps - 1)                     |
-/// | steps      | steps; size and total time follow             | steps, stop = start + size x (steps - 1)              |
-/// | step time  | step time; the total time follows             | the same                                              |
-/// | total time | step time = total time / steps                | the same                                              |
+/// | start      | start; the size follows                       | start, stop = start + size x (steps - 1) | | stop |
+/// stop; the size follows                        | (not editable)                                        | | step size
+/// | (not editable)                                | stop = start + size x (steps - 1)                     | | steps |
+/// steps; size and total time follow             | steps, stop = start + size x (steps - 1)              | | step time
+/// | step time; the total time follows             | the same                                              | | total
+/// time | step time = total time / steps                | the same                                              |
 ///
-/// A calculated stop or step time is first rounded to what its command carries; the value that was entered is then shown
-/// as the rounded one makes it. Every derived value is checked against the module's limits before anything is sent; start
-/// and stop are never equal. When the new start is the old stop, the stop is sent first, so that they are not equal
-/// between the two commands either.
+/// A calculated stop or step time is first rounded to what its command carries; the value that was entered is then
+/// shown as the rounded one makes it. Every derived value is checked against the module's limits before anything is
+/// sent; start and stop are never equal. When the new start is the old stop, the stop is sent first, so that they are
+/// not equal between the two commands either.
 enum class SweepField { Start, Stop, StepSize, Steps, StepTime, TotalTime };
 
 /// Start and stop in Hz or dBm, times in nanoseconds.
@@ -56,8 +56,8 @@ struct SweepPlan {
     std::vector<std::pair<SweepField, double>> sends; ///< in this order; empty when nothing changes
 };
 
-/// What an entered value leads to. The value itself has passed its own limits. stopIsEntered: the lock state. round: the
-/// value as the command of that field carries it.
+/// What an entered value leads to. The value itself has passed its own limits. stopIsEntered: the lock state. round:
+/// the value as the command of that field carries it.
 SweepPlan planSweep(SweepField entered, double value, bool stopIsEntered, const SweepValues& now,
                     const SweepLimits& limits, const std::function<double(SweepField, double)>& round);
 

@@ -57,17 +57,24 @@ void ToastOverlay::showPersistent(const QString& text) {
 }
 
 void ToastOverlay::present(const QString& text, bool persistent) {
-    if (isVisible())
-        emit messageEnded();
+    endMessage();
     m_persistent = persistent;
     m_text = text;
     m_timer->stop();
     m_fade->stop();
     updateLayout(text);
     setOpacity(1.0);
+    m_telling = true;
     show();
     raise();
     update();
+}
+
+void ToastOverlay::endMessage() {
+    if (!m_telling)
+        return;
+    m_telling = false;
+    emit messageEnded();
 }
 
 void ToastOverlay::hideImmediate() {
@@ -133,7 +140,7 @@ void ToastOverlay::paintEvent(QPaintEvent*) {
 
 void ToastOverlay::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
-    emit messageEnded();
+    endMessage();
 }
 
 bool ToastOverlay::eventFilter(QObject* watched, QEvent* event) {

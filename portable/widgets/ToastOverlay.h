@@ -37,6 +37,8 @@ public:
     double opacity() const { return m_opacity; }
     void setOpacity(double opacity);
     const QString& text() const { return m_text; }
+    /// True while the text that was last given is on show.
+    bool isTelling() const { return m_telling; }
     bool isPersistent() const { return m_persistent; }
     int fontSize() const { return m_fontSize; }
 
@@ -54,6 +56,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void endMessage();
     void present(const QString& text, bool persistent);
     void updateLayout(const QString& text);
     QFont messageFont() const;
@@ -67,6 +70,7 @@ private:
     QColor m_textColor;
     int m_fontSize = 16;
     bool m_persistent = false;
+    bool m_telling = false;
 };
 
 } // namespace Kavor::HandheldGui

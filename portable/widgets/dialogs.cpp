@@ -4,7 +4,10 @@
 #include "portable/widgets/styles/styles.h"
 
 #include <QDialog>
+#include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace Kavor::HandheldGui {
 
@@ -40,15 +43,36 @@ bool DialogRunner::anyOpen() {
     return openDialogs > 0;
 }
 
+void dressBox(QMessageBox& box) {
+    constexpr int Margin = 32;
+    constexpr int NarrowestText = 480;
+    constexpr double Enlarged = 1.5;
+    box.setWindowFlag(Qt::FramelessWindowHint);
+    box.setStyleSheet(MESSAGE_BOX_STYLE);
+    if (QLayout* layout = box.layout()) {
+        layout->setContentsMargins(Margin, Margin, Margin, Margin);
+        if (auto* grid = qobject_cast<QGridLayout*>(layout))
+            grid->setVerticalSpacing(Margin);
+    }
+    if (auto* text = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        text->setMinimumWidth(NarrowestText);
+    for (QPushButton* button : box.findChildren<QPushButton*>()) {
+        button->setFont(QFont(QStringLiteral("Segoe UI"), 18));
+        button->setIcon(QIcon());
+        const QSize hint = button->sizeHint();
+        button->setMinimumSize(static_cast<int>(hint.width() * Enlarged), static_cast<int>(hint.height() * Enlarged));
+        button->setFocusPolicy(Qt::NoFocus);
+    }
+}
+
 bool confirmAction(QWidget* parent, const QString& question, const QString& note) {
     QMessageBox box(parent);
-    box.setWindowFlag(Qt::FramelessWindowHint);
     box.setObjectName(QStringLiteral("question"));
     box.setText(question);
     box.setInformativeText(note);
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
     box.setDefaultButton(QMessageBox::No);
-    box.setStyleSheet(MESSAGE_BOX_STYLE);
+    dressBox(box);
     return DialogRunner::current().run(box, DialogKind::Question, question) == QMessageBox::Yes;
 }
 

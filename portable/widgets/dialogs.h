@@ -3,6 +3,7 @@
 #include <QString>
 
 class QDialog;
+class QMessageBox;
 class QWidget;
 
 namespace Kavor::HandheldGui {
@@ -32,6 +33,10 @@ protected:
     /// Shows the dialog and waits for its end.
     virtual int execute(QDialog& dialog, DialogKind kind, const QString& text);
 };
+
+/// Gives a box the panel's look: frameless, room around its text, buttons half as large again as they ask for, without
+/// icons. After its text and buttons are set.
+void dressBox(QMessageBox& box);
 
 /// Asks a yes/no question with an optional smaller note below it; true for yes. The default is no.
 bool confirmAction(QWidget* parent, const QString& question, const QString& note = QString());

@@ -1,5 +1,6 @@
 #include "portable/widgets/msgbox.h"
 
+#include "portable/widgets/dialogs.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QProgressBar>
@@ -29,10 +30,9 @@ cMessageBox::cMessageBox(QWidget* parent, const QString& text, StandardButtons b
       m_fixedWidth(fixedSize.width()),
       m_fixedHeight(fixedSize.height()),
       m_timer(new QTimer(this)) {
-    setWindowFlag(Qt::FramelessWindowHint);
     setText(text);
     setStandardButtons(buttons);
-    setStyleSheet(MESSAGE_BOX_STYLE);
+    dressBox(*this);
     setFixedSize(fixedSize);
     m_timer->setInterval(TickMs);
     m_timer->setTimerType(Qt::CoarseTimer);

@@ -58,6 +58,7 @@ void ValueEdit::edit() {
         parentWidget()->setFocus();
     clearFocus();
     m_editing = false;
+    emit keyboardClosed();
 }
 
 // True if there is an entry to be told about.

@@ -46,6 +46,9 @@ signals:
     /// Enter or a unit key closed the keyboard; text and unit box hold the entry.
     void valueChanged();
 
+    /// The edit is over, whatever became of it; isEditing() is false again.
+    void keyboardClosed();
+
 protected:
     enum class Units { Optional, BoxNeeded };
 

@@ -175,9 +175,8 @@ void headerPictures(Gallery& g) {
 
 void boxPictures(Gallery& g) {
     g.start();
-    g.dialogShot("box-no-connection", DialogKind::Critical, [&g] {
-        g.panel().window().reportError("No connection to internal veldaX module. Please restart.");
-    });
+    g.dialogShot("box-no-connection", DialogKind::Critical,
+                 [&g] { g.panel().window().reportError("No connection to internal veldaX module. Please restart."); });
     g.dialogShot("question", DialogKind::Question, [&g] {
         confirmAction(&g.panel().window(), "Disable output in saved configuration?",
                       "Prevent active modulations auto-start...");

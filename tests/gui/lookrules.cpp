@@ -13,8 +13,8 @@
 namespace {
 
 QString nameOf(const QWidget& widget) {
-    const QString own = widget.objectName().isEmpty() ? QString::fromLatin1(widget.metaObject()->className())
-                                                      : widget.objectName();
+    const QString own =
+        widget.objectName().isEmpty() ? QString::fromLatin1(widget.metaObject()->className()) : widget.objectName();
     const auto* button = qobject_cast<const QAbstractButton*>(&widget);
     return button ? own + QStringLiteral(" \"") + button->text() + QLatin1Char('"') : own;
 }
@@ -85,7 +85,11 @@ QStringList LookRules::violations(const QWidget& window) {
             const auto* label = qobject_cast<const QLabel*>(widget);
             const int needed = widget->fontMetrics().horizontalAdvance(oneLine);
             if (!(label && label->wordWrap()) && needed > roomFor(*widget))
-                found << QStringLiteral("%1: text needs %2 px of %3: %4").arg(name).arg(needed).arg(roomFor(*widget)).arg(text);
+                found << QStringLiteral("%1: text needs %2 px of %3: %4")
+                             .arg(name)
+                             .arg(needed)
+                             .arg(roomFor(*widget))
+                             .arg(text);
             if (QFontMetrics(widget->font()).capHeight() < SmallestCapitalHeight)
                 found << QStringLiteral("%1: capitals of %2 px").arg(name).arg(widget->fontMetrics().capHeight());
             if (!frame.contains(place))

@@ -98,7 +98,7 @@ private slots:
             << "keyEnter" << none << "90.00" << none << "Valid CW Power  range: -60 dBm to 20 dBm";
         QTest::newRow("no voltage") << none << "cwPower"
                                     << "0"
-                                    << "keyUnit3" << none << "0.00" << none
+                                    << "keyUnit3" << none << "-10.00" << none
                                     << "mV and µV values must be greater than zero";
         QTest::newRow("phase") << none << "cwPhase"
                                << "12.5"
@@ -239,11 +239,12 @@ private slots:
     }
 
     void touchAndMouseForOnePress() {
+        QVERIFY(panel().touch("rfOn"));
+        QTRY_COMPARE(panel().record().rfOutput, 1U);
+        QCOMPARE(panel().sent(), QStringList{":OUTP ON"});
         panel().dialogs().expectNumber("CW Power", "5", "keyEnter");
         QVERIFY(panel().touch("cwPower"));
         QCOMPARE(panel().sent(), QStringList{":POW 5.0000"});
-        QVERIFY(panel().touch("rfOn"));
-        QCOMPARE(panel().sent(), QStringList{":OUTP ON"});
     }
 
     void failures_data() {
@@ -301,7 +302,8 @@ private slots:
         QCOMPARE(sentAfter("enableFM"), QStringList());
         QCOMPARE(panel().toast(), QString("cannot enable FM with AM on"));
         QTRY_VERIFY(!panel().widget<QCheckBox>("enableFM")->isChecked());
-        QTRY_COMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
+        QTRY_VERIFY(!panel().handler().isWaiting());
+        QCOMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
 
         QVERIFY(panel().press("tabAM"));
         QCOMPARE(sentAfter("enableAM"), QStringList{":MODulation:ENABle:MASK 0"});

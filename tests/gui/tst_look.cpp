@@ -58,8 +58,10 @@ private slots:
         QTest::addColumn<QString>("editor");
         for (const char* editor : {"cwFrequency", "cwPower", "cwPhase"})
             QTest::newRow(editor) << "" << editor;
-        QTest::newRow("amDepth") << "tabAM" << "amDepth";
-        QTest::newRow("pulseWidth") << "tabPulse" << "pulseWidth";
+        QTest::newRow("amDepth") << "tabAM"
+                                 << "amDepth";
+        QTest::newRow("pulseWidth") << "tabPulse"
+                                    << "pulseWidth";
     }
     void keyboards() {
         QFETCH(QString, tab);

@@ -64,16 +64,22 @@ private slots:
         QTest::addColumn<QString>("header"); // empty: as it was
         QTest::newRow("CW") << int(STATE_CW) << "pageCw"
                             << "   CW & Modulations Mode - Set the RF output and modulation Settings";
-        QTest::newRow("FRSW") << int(STATE_FRSW) << "pageSweep" << "   Sweep Mode - Create Frequency or Power sweep";
-        QTest::newRow("PRSW") << int(STATE_PRSW) << "pageSweep" << "   Sweep Mode - Create Frequency or Power sweep";
+        QTest::newRow("FRSW") << int(STATE_FRSW) << "pageSweep"
+                              << "   Sweep Mode - Create Frequency or Power sweep";
+        QTest::newRow("PRSW") << int(STATE_PRSW) << "pageSweep"
+                              << "   Sweep Mode - Create Frequency or Power sweep";
         QTest::newRow("list files") << int(STATE_LIST_FILES) << "pageList"
                                     << "   List Mode - Configure and upload frequency list";
         QTest::newRow("pattern") << int(STATE_PATTERN) << "pagePattern"
                                  << "   Pattern Mode - Create an on/off timing pattern";
-        QTest::newRow("run mode") << int(STATE_RUNMODE) << "pageRunMode" << "   Run Mode";
-        QTest::newRow("system keeps the header") << int(STATE_SYSTEM) << "pageSystem" << "";
-        QTest::newRow("about keeps the header") << int(STATE_ABOUT) << "pageAbout" << "";
-        QTest::newRow("AM is a tab, no screen") << int(STATE_AM) << "" << "";
+        QTest::newRow("run mode") << int(STATE_RUNMODE) << "pageRunMode"
+                                  << "   Run Mode";
+        QTest::newRow("system keeps the header") << int(STATE_SYSTEM) << "pageSystem"
+                                                 << "";
+        QTest::newRow("about keeps the header") << int(STATE_ABOUT) << "pageAbout"
+                                                << "";
+        QTest::newRow("AM is a tab, no screen") << int(STATE_AM) << ""
+                                                << "";
     }
     void screens() {
         QFETCH(int, state);

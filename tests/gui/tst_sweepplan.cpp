@@ -15,8 +15,7 @@ double onTheWire(SweepField field, double value) {
 
 QString text(const SweepPlan& plan) {
     static const char* const names[] = {"start", "stop", "size", "steps", "time", "total"};
-    static const char* const refusals[] = {"",           "start=stop", "stop=start",
-                                           "stop range", "time range", "total range"};
+    static const char* const refusals[] = {"", "start=stop", "stop=start", "stop range", "time range", "total range"};
     if (plan.refusal != SweepRefusal::None)
         return QLatin1String(refusals[static_cast<int>(plan.refusal)]);
     QStringList sends;

@@ -23,7 +23,8 @@ Watch& watch() {
 // Called from any thread that logs.
 void watchMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     Watch& w = watch();
-    if (type == QtDebugMsg || type == QtInfoMsg)
+    // The offscreen platform says of itself what it cannot do; that is no fault of the panel.
+    if (type == QtDebugMsg || type == QtInfoMsg || text.startsWith(QLatin1String("This plugin does not support")))
         return;
     {
         QMutexLocker lock(&w.mutex);

@@ -8,6 +8,11 @@
 #include <QStyleFactory>
 #include <QWidget>
 
+// Resources of a static library are not registered by themselves; the macro wants the global namespace.
+static void registerPictures() {
+    Q_INIT_RESOURCE(resources);
+}
+
 namespace Kavor::HandheldGui {
 
 namespace Style {
@@ -22,10 +27,11 @@ namespace {
 
 using namespace Style;
 
+/// Qt 5 divides the weight of a style sheet by eight: 504 is its demi-bold, 63.
 QString font(int pixels, bool strong = false) {
     return QStringLiteral("font-family: \"Segoe UI\"; font-size: %1px; font-weight: %2;")
         .arg(pixels)
-        .arg(strong ? QStringLiteral("600") : QStringLiteral("normal"));
+        .arg(strong ? QStringLiteral("504") : QStringLiteral("normal"));
 }
 
 QString colours(QRgb text, QRgb background) {
@@ -229,11 +235,12 @@ const QString MESSAGE_BOX_STYLE =
          QStringLiteral("background-color: %1; border: 2px solid %2; border-radius: 0;").arg(css(Panel), css(Edge))) +
     rule(QStringLiteral("QLabel"),
          QStringLiteral("color: %1; background: transparent; border: none;").arg(css(Text)) + font(TextLabel)) +
-    raisedButton() + rule(QStringLiteral("QPushButton"), QStringLiteral("min-width: 144px; min-height: 64px;")) +
+    raisedButton() + rule(QStringLiteral("QPushButton"), QStringLiteral("min-width: 112px; min-height: 40px;")) +
     rule(QStringLiteral("QPushButton:default"), colours(OnActive, Active) + border(2, Active) + font(TextLabel, true)) +
     rule(QStringLiteral("QPushButton:default:pressed"), QStringLiteral("background-color: %1;").arg(css(ActiveDown)));
 
 void applyApplicationStyle(QApplication& application) {
+    registerPictures();
     application.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QFont::insertSubstitution(QStringLiteral("Segoe UI"), QStringLiteral("Open Sans"));
     QFont::insertSubstitution(QStringLiteral("Arial"), QStringLiteral("Liberation Sans"));
