@@ -64,7 +64,7 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
         addPicture(QStringLiteral("temperatureIcon"), {1056, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
     m_linkLost = new QLabel(tr("No link"), this);
     m_linkLost->setObjectName(QStringLiteral("linkLost"));
-    m_linkLost->setGeometry(1026, 12, 80, 36);
+    m_linkLost->setGeometry(1024, 12, 80, 36);
     m_linkLost->setAlignment(Qt::AlignCenter);
     m_linkLost->setStyleSheet(LINK_LOST_STYLE);
     m_linkLost->hide();

@@ -2,8 +2,11 @@
 
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
 
 #include <QDialog>
+#include <QDialogButtonBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -16,10 +19,32 @@ namespace {
 DialogRunner* installedRunner = nullptr;
 int openDialogs = 0;
 
+/// Keeps a dialog in the middle of the window it belongs to: a box finds its size only when it is shown, and without a
+/// window manager nobody else moves it.
+class KeptInTheMiddle : public QObject {
+public:
+    explicit KeptInTheMiddle(QDialog& dialog) : m_dialog(dialog) { dialog.installEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const QWidget* parent = m_dialog.parentWidget();
+        if (parent && (event->type() == QEvent::Show || event->type() == QEvent::Resize)) {
+            const QWidget* window = parent->window();
+            const QSize room = window->size() - m_dialog.size();
+            m_dialog.move(window->mapToGlobal(QPoint(room.width() / 2, room.height() / 2)));
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QDialog& m_dialog;
+};
+
 } // namespace
 
 int DialogRunner::run(QDialog& dialog, DialogKind kind, const QString& text) {
     ++openDialogs;
+    const KeptInTheMiddle middle(dialog);
     Scrim scrim(dialog.parentWidget() ? dialog.parentWidget()->window() : nullptr);
     const int result = execute(dialog, kind, text);
     --openDialogs;
@@ -47,6 +72,7 @@ void dressBox(QMessageBox& box) {
     constexpr int Margin = 32;
     constexpr int NarrowestText = 480;
     constexpr double Enlarged = 1.5;
+    constexpr QSize SmallestButton(144, 64);
     box.setWindowFlag(Qt::FramelessWindowHint);
     box.setStyleSheet(MESSAGE_BOX_STYLE);
     if (QLayout* layout = box.layout()) {
@@ -56,12 +82,16 @@ void dressBox(QMessageBox& box) {
     }
     if (auto* text = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
         text->setMinimumWidth(NarrowestText);
+    if (auto* buttons = box.findChild<QDialogButtonBox*>())
+        buttons->layout()->setSpacing(Style::Gap);
     for (QPushButton* button : box.findChildren<QPushButton*>()) {
         button->setFont(QFont(QStringLiteral("Segoe UI"), 18));
+        button->setStyleSheet(button == box.defaultButton() ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE);
         button->setIcon(QIcon());
-        const QSize hint = button->sizeHint();
-        button->setMinimumSize(static_cast<int>(hint.width() * Enlarged), static_cast<int>(hint.height() * Enlarged));
-        button->setFocusPolicy(Qt::NoFocus);
+        const QSize enlarged(static_cast<int>(button->sizeHint().width() * Enlarged),
+                             static_cast<int>(button->sizeHint().height() * Enlarged));
+        button->setMinimumSize(enlarged.expandedTo(SmallestButton));
+        button->setText(button->text().remove(QLatin1Char('&'))); // there are no keys to press it with
     }
 }
 

@@ -3,6 +3,7 @@
 #include "portable/widgets/vkeyboard.h"
 #include "tests/gui/panelfixture.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -120,7 +121,7 @@ void cwPictures(Gallery& g) {
     g.panel().window().setFocus();
     auto* box = g.panel().widget<QComboBox>("cwFrequencyUnit");
     box->showPopup();
-    g.shot("cw-unit-list", box->findChild<QFrame*>());
+    g.shot("cw-unit-list", box->view()->window());
     box->hidePopup();
 }
 
@@ -187,7 +188,8 @@ void boxPictures(Gallery& g) {
         DialogRunner::current().run(box, DialogKind::Progress, "Update in progress");
     });
     QMovie movie(":/logo.gif");
-    movie.jumpToFrame(movie.frameCount() / 2);
+    for (int frame = 0; frame < 18; ++frame) // a GIF is read forwards
+        movie.jumpToNextFrame();
     g.save("splash", movie.currentPixmap());
 }
 

@@ -116,13 +116,7 @@ QString combo(int pixels) {
            rule(QStringLiteral("QComboBox::down-arrow"),
                 QStringLiteral("image: url(:/down_arrow.png); width: 16px; height: 8px;")) +
            rule(QStringLiteral("QComboBox::down-arrow:disabled"),
-                QStringLiteral("image: url(:/down_arrow_disabled.png);")) +
-           rule(QStringLiteral("QComboBox QAbstractItemView"),
-                colours(Text, Panel) + border(2, Edge, 0) + font(pixels) +
-                    QStringLiteral("outline: none; selection-background-color: %1; selection-color: %2;")
-                        .arg(css(Active), css(OnActive))) +
-           rule(QStringLiteral("QComboBox QAbstractItemView::item"),
-                QStringLiteral("min-height: 68px; padding-left: 16px;"));
+                QStringLiteral("image: url(:/down_arrow_disabled.png);"));
 }
 
 QString group(QRgb background, QRgb edge) {
@@ -212,6 +206,12 @@ const QString WIDGET_GROUP_STYLE_MISC = group(Ground, PanelEdge);
 
 const QString WIDGET_COMBO_STYLE = combo(TextValue);
 const QString WIDGET_COMBO_STYLE_BIG = combo(30);
+const QString WIDGET_COMBO_LIST_STYLE =
+    rule(QStringLiteral("QListView"),
+         colours(Text, Panel) + border(2, Edge, 0) + font(TextValue) + QStringLiteral("outline: none;")) +
+    rule(QStringLiteral("QListView::item"),
+         QStringLiteral("min-height: %1px; padding-left: 16px; border: none;").arg(TableRowHeight)) +
+    rule(QStringLiteral("QListView::item:selected"), colours(OnActive, Active));
 const QString WIDGET_EDIT_STYLE = edit(TextValue, Text, Field, Edge);
 const QString WIDGET_EDIT_STYLE_RED = edit(TextValue, Wrong, Field, Wrong, true);
 const QString WIDGET_EDIT_STYLE_GRAY = edit(TextValue, Label, Field, FaintEdge);
@@ -234,10 +234,7 @@ const QString MESSAGE_BOX_STYLE =
     rule(QStringLiteral("QMessageBox, QDialog"),
          QStringLiteral("background-color: %1; border: 2px solid %2; border-radius: 0;").arg(css(Panel), css(Edge))) +
     rule(QStringLiteral("QLabel"),
-         QStringLiteral("color: %1; background: transparent; border: none;").arg(css(Text)) + font(TextLabel)) +
-    raisedButton() + rule(QStringLiteral("QPushButton"), QStringLiteral("min-width: 112px; min-height: 40px;")) +
-    rule(QStringLiteral("QPushButton:default"), colours(OnActive, Active) + border(2, Active) + font(TextLabel, true)) +
-    rule(QStringLiteral("QPushButton:default:pressed"), QStringLiteral("background-color: %1;").arg(css(ActiveDown)));
+         QStringLiteral("color: %1; background: transparent; border: none;").arg(css(Text)) + font(TextLabel));
 
 void applyApplicationStyle(QApplication& application) {
     registerPictures();

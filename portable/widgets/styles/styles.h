@@ -48,6 +48,7 @@ extern const QString WIDGET_GROUP_STYLE_MISC;
 
 extern const QString WIDGET_COMBO_STYLE;
 extern const QString WIDGET_COMBO_STYLE_BIG;
+extern const QString WIDGET_COMBO_LIST_STYLE; ///< the list of a combo box, rows to be touched
 extern const QString WIDGET_EDIT_STYLE;
 extern const QString WIDGET_EDIT_STYLE_RED; ///< the entry shows a value that is out of range
 extern const QString WIDGET_EDIT_STYLE_GRAY;
