@@ -1,7 +1,6 @@
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
-#include "tests/gui/panelfixture.h"
-#include "tests/support/testbase.h"
+#include "tests/gui/paneltest.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -11,37 +10,8 @@
 using namespace Kavor::HandheldGui;
 
 /// The CW and modulation screen on a simulated module: what reaches the module, what the screen shows.
-class CwScreenTest : public TestBase {
+class CwScreenTest : public PanelTest {
     Q_OBJECT
-
-    std::unique_ptr<PanelFixture> m_panel;
-
-    PanelFixture& panel() { return *m_panel; }
-    QStringList sentAfter(const QString& widget) {
-        panel().sent();
-        return panel().press(widget) ? panel().sent() : QStringList{QStringLiteral("(could not press) ") + widget};
-    }
-    void fail(Sim::Fault::Kind kind, const QByteArray& header = QByteArray(), int milliseconds = 0) {
-        Sim::Fault fault;
-        fault.kind = kind;
-        fault.header = header;
-        fault.milliseconds = milliseconds;
-        panel().module().addFault(fault);
-    }
-
-    void start(const PanelFixture::Setup& setup = PanelFixture::Setup()) {
-        m_panel.reset();
-        m_panel = std::make_unique<PanelFixture>(setup);
-    }
-
-protected:
-    void setUp() override { start(); }
-    void tearDown() override {
-        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
-        m_panel.reset();
-        if (!problems.isEmpty())
-            QFAIL(qPrintable(problems.join(QStringLiteral("; "))));
-    }
 
 private slots:
     /// The main job: tap the frequency, 1.5, GHz.

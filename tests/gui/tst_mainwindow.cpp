@@ -2,8 +2,7 @@
 #include "portable/statustexts.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
-#include "tests/gui/panelfixture.h"
-#include "tests/support/testbase.h"
+#include "tests/gui/paneltest.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -14,12 +13,9 @@
 using namespace Kavor::HandheldGui;
 
 /// The window around the screens: state machine, battery, boxes, link mark, start.
-class MainWindowTest : public TestBase {
+class MainWindowTest : public PanelTest {
     Q_OBJECT
 
-    std::unique_ptr<PanelFixture> m_panel;
-
-    PanelFixture& panel() { return *m_panel; }
     MainWindow& window() { return panel().window(); }
     QString picture(const QString& label) { return panel().widget<QLabel>(label)->property("picture").toString(); }
     bool shown(const QString& name) { return panel().widget<QWidget>(name)->isVisible(); }
@@ -39,22 +35,11 @@ class MainWindowTest : public TestBase {
         window().refreshFromModule();
         window().set_battery_level(static_cast<unsigned short>(percent));
     }
-    void start(const PanelFixture::Setup& setup) {
-        m_panel.reset();
-        m_panel = std::make_unique<PanelFixture>(setup);
-    }
-
 protected:
     void setUp() override {
         PanelFixture::Setup setup;
         setup.refreshMs = 3600000; // by hand: refreshFromModule()
         start(setup);
-    }
-    void tearDown() override {
-        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
-        m_panel.reset();
-        if (!problems.isEmpty())
-            QFAIL(qPrintable(problems.join("; ")));
     }
 
 private slots:
