@@ -50,25 +50,35 @@ int ScpiClient::sendQuery(const QByteArray& data, int timeoutMs) {
 }
 
 int ScpiClient::send(const QByteArray& data, bool isQuery, int timeoutMs) {
-    Req request{m_nextId++, data, isQuery, timeoutMs};
-    if (!request.payload.endsWith(Scpi::LineEnd))
-        request.payload.append(Scpi::LineEnd);
-    const int id = request.id;
-    QMetaObject::invokeMethod(
-        this, [this, request = std::move(request)] { enqueue(request); }, Qt::QueuedConnection);
+    QByteArray payload = data;
+    if (!payload.endsWith(Scpi::LineEnd))
+        payload.append(Scpi::LineEnd);
+    int id = 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_inboxMutex);
+        id = m_nextId++;
+        m_inbox.push_back({id, std::move(payload), isQuery, timeoutMs});
+    }
+    QMetaObject::invokeMethod(this, &ScpiClient::takeInbox, Qt::QueuedConnection);
     return id;
 }
 
-void ScpiClient::enqueue(Req request) {
-    request.attempt = m_attempt;
-    m_queue.push_back(std::move(request));
+void ScpiClient::takeInbox() {
+    {
+        const std::lock_guard<std::mutex> lock(m_inboxMutex);
+        for (Req& request : m_inbox) {
+            request.attempt = m_attempt;
+            m_queue.push_back(std::move(request));
+        }
+        m_inbox.clear();
+    }
     pump();
 }
 
 bool ScpiClient::withdraw(int id) {
     if (!isForeignThread() || !thread()->isRunning())
         return withdrawHere(id);
-    bool withdrawn = false;
+    std::atomic<bool> withdrawn{false};
     QMetaObject::invokeMethod(
         this, [this, id, &withdrawn] { withdrawn = withdrawHere(id); }, Qt::BlockingQueuedConnection);
     return withdrawn;

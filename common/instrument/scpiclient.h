@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <atomic>
 #include <deque>
+#include <mutex>
 
 #include "common/instrument/scpireply.h"
 
@@ -69,7 +70,7 @@ private:
     };
 
     int send(const QByteArray& data, bool isQuery, int timeoutMs);
-    void enqueue(Req request);
+    void takeInbox();
     void ensureConnected();
     void pump();
     void onConnected();
@@ -97,7 +98,13 @@ private:
     QTcpSocket* m_socket = nullptr;
     std::deque<Req> m_queue;
     int m_busy = 0; ///< 1: the head has been written and has not ended
-    std::atomic<int> m_nextId{1};
+
+    // Requests on their way to the client's thread. With a lock of their own, because the thread sanitizer knows its
+    // meaning; that of Qt's event queue, which is built without it, would stay hidden.
+    std::mutex m_inboxMutex;
+    std::deque<Req> m_inbox;
+    int m_nextId = 1;
+
     std::atomic<bool> m_connected{false};
 
     ScpiReply m_reply;

@@ -67,6 +67,37 @@ private:
     }
 };
 
+/// While it lives, counts the connection attempts of clients by their log lines.
+class AttemptCounter {
+public:
+    AttemptCounter() {
+        s_count = 0;
+        s_behind = qInstallMessageHandler(watch);
+    }
+    ~AttemptCounter() {
+        qInstallMessageHandler(s_behind);
+        s_onAttempt = nullptr;
+    }
+    int count() const { return s_count; }
+
+    /// Called on the client's thread at every attempt, right before it.
+    void setOnAttempt(std::function<void(int)> call) { s_onAttempt = std::move(call); }
+
+private:
+    static void watch(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+        if (text.startsWith("[SCPI] connectToHost")) {
+            const int attempt = ++s_count;
+            if (s_onAttempt)
+                s_onAttempt(attempt);
+        }
+        s_behind(type, context, text);
+    }
+
+    inline static std::atomic<int> s_count{0};
+    inline static std::function<void(int)> s_onAttempt;
+    inline static QtMessageHandler s_behind = nullptr;
+};
+
 } // namespace
 
 #define VERIFY_SUCCEEDS(c, id)                                                                                         \
@@ -97,6 +128,7 @@ private slots:
     void failsAsOftenAsItIsRefused();
     void serviceThatReturnsIsFoundByItself();
     void connectionClosedWhileIdleIsRenewed();
+    void requestDuringAFailingAttemptGetsItsOwn();
     void nextRequestAfterRestartSucceeds();
     void idleAttemptsAreRare_data();
     void idleAttemptsAreRare();
@@ -352,6 +384,27 @@ void TestScpiClient::connectionClosedWhileIdleIsRenewed() {
     QCOMPARE(service.lines, (QList<QByteArray>{"A?", "B?"}));
 }
 
+// As when a service returns between an idle attempt and the tap that follows it. The client runs on this thread.
+void TestScpiClient::requestDuringAFailingAttemptGetsItsOwn() {
+    ScriptedService service;
+    service.stop();
+    ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
+    client.setRetryDelays(60000, 60000);
+    QSignalSpy ends(&client, &ScpiClient::writeFinished);
+    AttemptCounter attempts;
+    attempts.setOnAttempt([&](int attempt) {
+        if (attempt == 1)
+            client.sendWrite("A 1", kLong);
+        else
+            service.start();
+    });
+    client.start();
+    QTRY_COMPARE(ends.size(), 1);
+    QCOMPARE(ends[0][2].toString(), QString());
+    QCOMPARE(attempts.count(), 2);
+    QCOMPARE(service.lines, QList<QByteArray>{"A 1"});
+}
+
 void TestScpiClient::nextRequestAfterRestartSucceeds() {
     ScriptedService service;
     ClientOnThread c(service.port());
@@ -378,19 +431,6 @@ void TestScpiClient::nextRequestAfterRestartSucceeds() {
     }
 }
 
-namespace {
-
-std::atomic<int> attemptsLogged{0};
-QtMessageHandler handlerBehind = nullptr;
-
-void countAttempts(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    if (text.startsWith("[SCPI] connectToHost"))
-        ++attemptsLogged;
-    handlerBehind(type, context, text);
-}
-
-} // namespace
-
 void TestScpiClient::idleAttemptsAreRare_data() {
     QTest::addColumn<bool>("refused");
     QTest::newRow("nobody listens") << true;
@@ -403,24 +443,20 @@ void TestScpiClient::idleAttemptsAreRare() {
     service.setDroppingAll(true);
     if (refused)
         service.stop();
-    attemptsLogged = 0;
-    handlerBehind = qInstallMessageHandler(countAttempts);
-    {
-        ClientOnThread c(service.port(), 100, 200);
-        QElapsedTimer watched;
-        watched.start();
-        c.start();
-        // At 0, 100, 300, 500, ... ms: the sixth not before 900 ms.
-        QTRY_VERIFY_WITH_TIMEOUT(attemptsLogged >= 6, kLong);
-        QVERIFY2(watched.elapsed() >= 800, qPrintable(QString::number(watched.elapsed())));
-        // One that has something to send is not spun for either.
-        const int before = attemptsLogged;
-        const int id = c.client->sendWrite("A 1", kLong);
-        QTRY_VERIFY(c.hasEnded(id));
-        QCOMPARE(c.ends.at(id).status, -1);
-        QVERIFY(attemptsLogged <= before + 4);
-    }
-    qInstallMessageHandler(handlerBehind);
+    AttemptCounter attempts;
+    ClientOnThread c(service.port(), 100, 200);
+    QElapsedTimer watched;
+    watched.start();
+    c.start();
+    // At 0, 100, 300, 500, ... ms: the sixth not before 900 ms.
+    QTRY_VERIFY_WITH_TIMEOUT(attempts.count() >= 6, kLong);
+    QVERIFY2(watched.elapsed() >= 800, qPrintable(QString::number(watched.elapsed())));
+    // One that has something to send is not spun for either.
+    const int before = attempts.count();
+    const int id = c.client->sendWrite("A 1", kLong);
+    QTRY_VERIFY(c.hasEnded(id));
+    QCOMPARE(c.ends.at(id).status, -1);
+    QVERIFY(attempts.count() <= before + 4);
 }
 
 void TestScpiClient::withdraw() {
