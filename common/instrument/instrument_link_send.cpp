@@ -106,7 +106,7 @@ int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArra
     if (isQuery) {
         if (answer.status != 0)
             return -1;
-        reply = cleanResponse(answer.reply.toStdString());
+        reply = cleanedReply(answer.reply);
         qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, kLoggedReply).c_str();
         return 0;
     }

@@ -7,6 +7,7 @@
 #include <QTcpSocket>
 #include <QThread>
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "common/instrument/scpi_log.h"
@@ -224,7 +225,7 @@ void ScpiClient::scheduleReconnect() {
 void ScpiClient::finishOk() {
     const Req head = takeHead();
     const QByteArray payload = m_reply.takePayload();
-    const auto length = qstrnlen(payload.constData(), static_cast<uint>(payload.size()));
+    const auto length = strnlen(payload.constData(), static_cast<std::size_t>(payload.size()));
     const QString reply = head.isQuery ? QString::fromUtf8(payload.constData(), static_cast<int>(length)) : QString();
     reportEnd(head, 0, reply, QString());
     m_busy = 0;

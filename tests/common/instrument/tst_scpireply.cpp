@@ -16,6 +16,7 @@ private slots:
     void endlessAcknowledgementsStayCheap();
     void cleaning_data();
     void cleaning();
+    void largeRepliesAreConvertedWhole();
 };
 
 void TestScpiReply::answers_data() {
@@ -162,6 +163,13 @@ void TestScpiReply::cleaning_data() {
 void TestScpiReply::cleaning() {
     QFETCH(QString, text);
     QTEST(QString::fromStdString(cleanResponse(text.toStdString())), "cleaned");
+    QTEST(QString::fromStdString(cleanedReply(text)), "cleaned");
+}
+
+// Characters of every length in UTF-8, over many pieces of the conversion.
+void TestScpiReply::largeRepliesAreConvertedWhole() {
+    const QString text = QString::fromUtf8("x\xC2\xB5\xE2\x82\xAC\xF0\x9F\x98\x80").repeated(50001);
+    QVERIFY(cleanedReply(" " + text + "\r\n") == text.toStdString());
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestScpiReply)
