@@ -1,0 +1,98 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+
+/// What a column of a list holds.
+enum class ListColumnKind { Step = 0, Frequency = 1, Power = 2, Time = 3, Count = 4, Choice = 5 };
+
+struct ListColumn {
+    QString title;
+    ListColumnKind kind = ListColumnKind::Step;
+    bool editable = false;
+};
+
+/// What a value editor needs to edit one cell. Travels in queued signals.
+struct ListEditRequest {
+    int row = -1;
+    int column = -1;
+    ListColumnKind kind = ListColumnKind::Step;
+    QString title;
+    QString text;        ///< the present number or choice
+    QString unit;        ///< its unit, or the choice again
+    QStringList options; ///< units or choices to choose from
+    double min = 0;      ///< limits in dBm or nanoseconds, of a power and of a dwell
+    double max = 0;
+    bool powerRange = false; ///< the power column
+    bool enabled = true;
+};
+Q_DECLARE_METATYPE(ListEditRequest)
+
+/// What a value editor gives back: the number or the choice, and the unit.
+struct ListEditValue {
+    QString text;
+    QString unit;
+};
+
+/// A list of steps that can be shown as a table, edited cell by cell and kept in a file, whatever its steps are. Rows
+/// and columns count from 0; a list never becomes empty by deleting. What fails returns false, leaves the list as it
+/// was and gives a sentence for the user. GUI thread.
+///
+/// What changes on screen: addDefault() the new last row; deleteRow(r) the rows from r on; applyEdit() the row of the
+/// request; clearAndCreateDefault() and fromJson() everything.
+class IListConfig {
+public:
+    virtual ~IListConfig() = default;
+    IListConfig(const IListConfig&) = delete;
+    IListConfig& operator=(const IListConfig&) = delete;
+
+    virtual int kind() const = 0; ///< 0 for a frequency list, 1 for a pattern
+
+    /// The key that holds the steps in a file.
+    virtual QString jsonRootName() const = 0;
+
+    virtual int rowCount() const = 0;
+    virtual int columnCount() const = 0;
+
+    /// A column without a title, not editable, for an index outside the table.
+    virtual ListColumn column(int index) const = 0;
+
+    /// Empty outside the table.
+    virtual QString cellText(int row, int column) const = 0;
+
+    virtual bool isCellEditable(int row, int column) const;
+
+    /// False, with the request left alone, for a cell that cannot be edited.
+    [[nodiscard]] virtual bool getEditRequest(int row, int column, ListEditRequest& request) const = 0;
+
+    /// Checks a value and stores it in the cell that the request names. Numbers are stored in their best unit, powers
+    /// in dBm.
+    [[nodiscard]] virtual bool applyEdit(const ListEditRequest& request, const ListEditValue& value,
+                                         QString& error) = 0;
+
+    /// Replaces all steps by one default step.
+    [[nodiscard]] virtual bool clearAndCreateDefault(QString& error) = 0;
+
+    /// Appends a default step.
+    [[nodiscard]] virtual bool addDefault(QString& error) = 0;
+
+    [[nodiscard]] virtual bool deleteRow(int row, QString& error) = 0;
+
+    /// One object a step, as the step stands.
+    virtual QJsonArray toJson() const = 0;
+
+    /// Replaces all steps by those of a file. Elements that are no objects are skipped, missing members take their
+    /// defaults, limits are not applied. A list that is refused leaves the present one alone.
+    [[nodiscard]] virtual bool fromJson(const QJsonArray& steps, QString& error) = 0;
+
+protected:
+    IListConfig();
+
+    /// A request for a cell, filled as far as its column tells.
+    ListEditRequest requestFor(int row, int column) const;
+
+    /// Sets the sentence; false.
+    static bool fail(QString& error, const char* sentence);
+};

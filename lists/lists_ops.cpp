@@ -1,0 +1,107 @@
+#include "lists/lists_ops.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "lists/durable_file.h"
+#include "lists/list_config.h"
+
+namespace {
+
+const QString& suffix() {
+    static const QString text = QStringLiteral(".json");
+    return text;
+}
+
+bool fail(QString& error, const char* sentence) {
+    error = QLatin1String(sentence);
+    return false;
+}
+
+} // namespace
+
+QString ListsOps::channelDirectory(unsigned int channel) const {
+    return QDir(m_base).filePath(QString::number(quint64{channel} + 1));
+}
+
+QString ListsOps::normalizedFilename(const QString& name) const {
+    const QString trimmed = name.trimmed();
+    const QString file = trimmed.mid(trimmed.lastIndexOf(QLatin1Char('/')) + 1);
+    return file.endsWith(suffix(), Qt::CaseInsensitive) ? file : file + suffix();
+}
+
+QString ListsOps::filePath(const QString& name, unsigned int channel) const {
+    return QDir(channelDirectory(channel)).filePath(normalizedFilename(name));
+}
+
+bool ListsOps::ensureChannelDirectory(unsigned int channel, QString& error) const {
+    if (m_base.isEmpty())
+        return fail(error, "List base directory is empty");
+    if (!DurableFile::makeFolder(channelDirectory(channel)))
+        return fail(error, "Failed to create list directory");
+    return true;
+}
+
+bool ListsOps::exists(const QString& name, unsigned int channel) const {
+    return QFileInfo::exists(filePath(name, channel));
+}
+
+bool ListsOps::erase(const QString& name, unsigned int channel, QString& error) const {
+    if (!exists(name, channel))
+        return fail(error, "List file does not exist");
+    if (!QFile::remove(filePath(name, channel)))
+        return fail(error, "Failed to delete list file");
+    return true;
+}
+
+bool ListsOps::enumerate(unsigned int channel, QStringList& names, QString& error) const {
+    names.clear();
+    if (!ensureChannelDirectory(channel, error))
+        return false;
+    names = QDir(channelDirectory(channel))
+                .entryList({QLatin1Char('*') + suffix()}, QDir::Files | QDir::Hidden, QDir::Name);
+    return true;
+}
+
+bool ListsOps::save(const QString& name, unsigned int channel, const IListConfig& list, QString& error) const {
+    const QString file = normalizedFilename(name);
+    if (file.chopped(suffix().size()).trimmed().isEmpty())
+        return fail(error, "Filename is empty");
+    if (!ensureChannelDirectory(channel, error))
+        return false;
+    DurableFile::sweep(channelDirectory(channel), suffix());
+    const QJsonDocument document(QJsonObject{{list.jsonRootName(), list.toJson()}});
+    switch (DurableFile::replace(filePath(file, channel), document.toJson())) {
+    case DurableFile::Result::CannotOpen:
+        return fail(error, "Failed to open list file for writing");
+    case DurableFile::Result::CannotWrite:
+        return fail(error, "Failed to write list file");
+    case DurableFile::Result::Ok:
+        break;
+    }
+    return true;
+}
+
+bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list, QString& error) const {
+    const QString path = filePath(name, channel);
+    QFile file(path);
+    // What is no plain file, a pipe for one, could keep the panel waiting for ever.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return fail(error, "Failed to open list file");
+    if (file.size() > kMostBytes)
+        return fail(error, "Invalid list JSON file");
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    if (document.isNull() || document.isEmpty())
+        return fail(error, "Invalid list JSON file");
+    const QJsonValue root = document.object().value(list.jsonRootName());
+    if (!root.isArray())
+        return fail(error, "List JSON root is missing");
+    const QJsonArray steps = root.toArray();
+    if (steps.size() > kMostSteps)
+        return fail(error, "Invalid list JSON file");
+    return list.fromJson(steps, error);
+}
