@@ -9,9 +9,7 @@
 #include "common/instrument/instrument_link.h"
 #include "common/instrument/modulation_rules.h"
 #include "common/instrument/scpi_words.h"
-
-struct list_point;
-struct pattern_point;
+#include "common/instrument/step_points.h"
 
 /// The one object through which the panel reads and changes the RF module. It acts on the current channel.
 ///
@@ -179,18 +177,12 @@ public:
     int sendGuiSoftUpdate();
     int set_sys_scpi(); ///< sends nothing, always 0
 
-    // Lists and patterns: -1 for a null or empty vector and when the module refuses; what fails is logged. Marks the
-    // final step as the last. The steps are read before the first command, so they may change while the upload waits.
-
-    /// The whole list in one binary command, which may take 1 ms a KiB longer than others. While it is sent, a running
-    /// pulse modulation and the pattern are off; afterwards the pattern is on again, after a list the pulse too.
-    int sendListDATAX(std::vector<list_point*>* steps);
-    int sendPatternListDATAX(std::vector<pattern_point*>* steps);
-
-    /// One command a step, up to the first that is refused; what was taken before stays in the module. A pattern is
-    /// sent with pulse and pattern modulation off, and leaves both on.
+    // Lists and patterns, binary or (second pair) one command a step, up to the first refused. -1 also for no steps.
+    int
+    sendListDATAX(std::vector<list_point*>* steps); ///< a running pulse is off meanwhile; then it and the pattern on
+    int sendPatternListDATAX(std::vector<pattern_point*>* steps); ///< as a list, but the pulse stays off
     int sendStepsList(std::vector<list_point*>* steps);
-    int sendPatternList(std::vector<pattern_point*>* steps);
+    int sendPatternList(std::vector<pattern_point*>* steps); ///< pulse and pattern are off meanwhile, then on
 
 private:
     double deviceField(DeviceValueId id);

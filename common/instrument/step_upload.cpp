@@ -5,7 +5,8 @@
 #include "platform/logger.h"
 
 // Lists and patterns on their way to the module. What is sent is made before the first command: while a command waits,
-// taps come in, and one of them may change or shorten the list.
+// taps come in, and one of them may change or shorten the list. A text upload ends with the first refusal: with the
+// service gone, each further step would cost a whole time-out.
 
 namespace {
 
