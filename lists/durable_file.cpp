@@ -10,6 +10,7 @@
 #include <QSaveFile>
 #include <QStringList>
 #include <cerrno>
+#include <climits>
 
 namespace {
 
@@ -41,6 +42,10 @@ bool DurableFile::makeFolder(const QString& folder) {
 }
 
 DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& content) {
+    // A name that is too long together with QSaveFile's ending shows at the end only.
+    constexpr int kEndingSize = 7;
+    if (QFile::encodeName(QFileInfo(path).fileName()).size() + kEndingSize > NAME_MAX)
+        return Result::CannotOpen;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return Result::CannotOpen;
