@@ -10,6 +10,7 @@
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/dialogs.h"
+#include "portable/widgets/pressfilter.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -50,6 +51,7 @@ MainWindow::MainWindow(QWidget* parent, EventHandler* handler, const PanelSettin
     setFixedSize(Style::WindowWidth, Style::WindowHeight);
     setBaseSize(Style::WindowWidth, Style::WindowHeight);
     resize(Style::WindowWidth, Style::WindowHeight);
+    new PressFilter(this);
     buildLayout();
     buildStatusBar();
     m_toast = new ToastOverlay(this);

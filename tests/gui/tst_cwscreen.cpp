@@ -217,6 +217,24 @@ private slots:
         QCOMPARE(panel().sent(), QStringList{":POW 5.0000"});
     }
 
+    /// The driver reports one press as a touch and as a mouse press: a check box must not go on and off again, and the
+    /// second report must not hit the keyboard that the first one opened.
+    void onePressReportedTwice() {
+        QVERIFY(panel().touch("enableAM"));
+        QVERIFY(panel().press("enableAM"));
+        QCOMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
+        panel().dialogs().expect(DialogKind::Keyboard, "Phase", [this](QDialog& dialog) {
+            const QPoint place = panel().widget<QWidget>("cwPhase")->mapToGlobal(QPoint(137, 32));
+            QWidget* below = dialog.childAt(dialog.mapFromGlobal(place));
+            QVERIFY(below);
+            const QString before = dialog.findChild<QLineEdit*>("keyboardEntry")->text();
+            QTest::mouseClick(below, Qt::LeftButton, Qt::NoModifier, below->mapFromGlobal(place));
+            QCOMPARE(dialog.findChild<QLineEdit*>("keyboardEntry")->text(), before);
+            dialog.reject();
+        });
+        QVERIFY(panel().touch("cwPhase"));
+    }
+
     void failures_data() {
         QTest::addColumn<int>("fault");
         QTest::newRow("refused") << int(Sim::Fault::Refuse);
