@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QTimer>
 
 namespace Kavor::HandheldGui {
 
@@ -23,17 +24,15 @@ void ErrorReports::report(const QString& text) {
 }
 
 void ErrorReports::reportWhenFree(const QString& text) {
-    // Above a keyboard or a question a box would stand in the way of what the user is doing.
-    if (msgboxOn || DialogRunner::anyOpen()) {
-        if (!text.isEmpty() && !m_kept.contains(text))
-            m_kept << text;
+    if (text.isEmpty() || m_kept.contains(text))
         return;
-    }
-    report(text);
+    m_kept << text;
+    QTimer::singleShot(0, m_window, [this] { showKept(); });
 }
 
 void ErrorReports::showKept() {
-    while (!m_kept.isEmpty() && m_window->isVisible() && !msgboxOn)
+    // Above a keyboard or a question a box would stand in the way of what the user is doing.
+    while (!m_kept.isEmpty() && m_window->isVisible() && !msgboxOn && !DialogRunner::anyOpen())
         showBox(m_kept.takeFirst());
 }
 

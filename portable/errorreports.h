@@ -16,7 +16,7 @@ public:
     /// visible yet, the text is kept and shown by showKept().
     void report(const QString& text);
 
-    /// As report(), but while a box is open the text is kept and comes after it.
+    /// Keeps the text and returns; its box comes from the event loop, when no other dialog is open.
     void reportWhenFree(const QString& text);
 
     /// Shows what was kept, one box after the other.

@@ -102,16 +102,21 @@ void MainWindow::buildStatusBar() {
 }
 
 void MainWindow::connectControls() {
-    const auto pair = [this](ChoiceGroup& group, auto on, auto off) {
-        connect(&group, &ChoiceGroup::clicked, this, [this, on, off](int index) {
-            if (index == ControlRow::On)
-                (this->*on)(true);
-            else
-                (this->*off)(true);
-        });
-    };
-    pair(m_controls->modulation(), &MainWindow::onModOnButton, &MainWindow::onModOffButton);
-    pair(m_controls->rf(), &MainWindow::onRfOnButton, &MainWindow::onRfOffButton);
+    connect(&m_controls->modulation(), &ChoiceGroup::clicked, this, [this](int index) {
+        noteSwitchPress(index == ControlRow::On);
+        if (index == ControlRow::On)
+            onModOnButton(true);
+        else
+            onModOffButton(true);
+    });
+    connect(&m_controls->rf(), &ChoiceGroup::clicked, this, [this](int index) {
+        if (index == ControlRow::On) {
+            onRfOnButton(true);
+        } else {
+            noteSwitchPress(false);
+            onRfOffButton(true);
+        }
+    });
     connect(m_controls->trigger(), &QPushButton::clicked, this, &MainWindow::onTrgButton);
     connect(m_controls->trigger(), &QPushButton::pressed, this, &MainWindow::onTrgPress);
     connect(m_controls->trigger(), &QPushButton::released, this, &MainWindow::onTrgRelease);
@@ -171,6 +176,7 @@ void MainWindow::refreshFromModule() {
         return;
     m_errors.showKept();
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
+    showOutputs();
     const ChannelRecord now = m_handler->snapshot();
     const ChannelRecord before = withoutTelemetry(m_shown);
     const ChannelRecord after = withoutTelemetry(now);
@@ -178,9 +184,17 @@ void MainWindow::refreshFromModule() {
         return;
     m_shown = now;
     m_screens->update_from_config(m_state);
-    setRfLook(now.rfOutput == 1);
+}
+
+/// The looks of the controls and the status bar, from the snapshot. What has not changed costs nothing.
+void MainWindow::showOutputs() {
+    setRfLook(m_handler->snapshot().rfOutput == 1);
     setModulationLook(m_handler->isModulationsOn() != 0);
     UpdateStatusBar();
+}
+
+void MainWindow::noteSwitchPress(bool on) {
+    ++(on ? m_presses.on : m_presses.off);
 }
 
 void MainWindow::UpdateStatusBar() {
@@ -201,7 +215,7 @@ void MainWindow::onRfOnButton(bool fromUser) {
         UpdateStatusBar();
         return;
     }
-    setRfLook(true);
+    setRfLook(m_handler->snapshot().rfOutput == 1);
     UpdateStatusBar();
 }
 
@@ -213,7 +227,8 @@ void MainWindow::onRfOffButton(bool fromUser) {
     }
     m_controls->rf().choose(ControlRow::Off);
     onModOffButton(false);
-    setRfLook(false);
+    // A tap may have switched it on again while the modulations were told to stop.
+    setRfLook(m_handler->snapshot().rfOutput == 1);
     UpdateStatusBar();
 }
 
@@ -234,25 +249,31 @@ void MainWindow::onModOnButton(bool fromUser) {
         reportScpiError(0, conflict);
         return;
     }
+    const unsigned offBefore = m_presses.off;
     emit MainModOnSignal();
     emit SweepModOnSignal();
     emit ListOnOffSignal(1);
-    bool nothingStarted = false;
-    if (fromUser) {
-        const unsigned on = m_handler->isModulationsOn();
-        if (const unsigned missing = mask & ~on) {
-            showToast(*this, QStringLiteral("Couldn't start %1 modulations").arg(GetStatusBarMode(missing)));
-            nothingStarted = on == 0;
-        }
+    const unsigned on = m_handler->isModulationsOn();
+    if (m_presses.off != offBefore) {
+        showOutputs();
+        return;
     }
-    if (!nothingStarted)
+    const unsigned missing = mask & ~on;
+    if (fromUser && missing != 0)
+        showToast(*this, QStringLiteral("Couldn't start %1 modulations").arg(GetStatusBarMode(missing)));
+    if (!fromUser || missing == 0 || on != 0)
         setModulationLook(true);
 }
 
 void MainWindow::onModOffButton(bool fromUser) {
+    const unsigned onBefore = m_presses.on;
     emit MainModOffSignal();
     emit SweepModOffSignal();
     emit ListOnOffSignal(0);
+    if (m_presses.on != onBefore) {
+        showOutputs();
+        return;
+    }
     if (fromUser) {
         const unsigned mask = m_handler->snapshot().modulationEnable;
         if (const unsigned on = m_handler->isModulationsOn()) {
@@ -338,6 +359,7 @@ void MainWindow::onLinkChanged(bool up) {
 bool MainWindow::event(QEvent* event) {
     const bool handled = PanelHost::event(event);
     // What was reported while the splash stood in front comes once the window is up and the loop is back in charge.
+    // Here and not in showEvent(), which hands on and nothing else.
     if (event->type() == QEvent::Show)
         QTimer::singleShot(0, this, [this] { m_errors.showKept(); });
     return handled;

@@ -46,6 +46,8 @@ public:
     void change_state(STATE state, STATE previous = STATE_NONE) override;
     void update_from_config(STATE state) override;
     void refreshFromModule() override;
+    const SwitchPresses& switchPresses() const override { return m_presses; }
+    void noteSwitchPress(bool on) override;
     void setModulationLook(bool on) override;
     void SetManualBnEnable(bool enable) override;
     void set_battery_level(unsigned short percent) override;
@@ -82,6 +84,7 @@ private:
     void buildLayout();
     void buildStatusBar();
     void connectControls();
+    void showOutputs();
     void setRfLook(bool on);
     void onLinkChanged(bool up);
 
@@ -100,6 +103,7 @@ private:
     QLabel* m_statusModulation = nullptr;
     QLabel* m_statusRunMode = nullptr;
     STATE m_state = STATE_CW;
+    SwitchPresses m_presses;
     PanelSettings m_settings;
     ErrorReports m_errors;
     ChannelRecord m_shown{}; ///< the record that the screens were last loaded from

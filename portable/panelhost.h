@@ -44,12 +44,23 @@ public:
     /// Switches the screen; the second argument is ignored.
     virtual void change_state(STATE state, STATE previous = STATE_NONE) = 0;
 
-    /// Reloads every screen and the output controls from the cache; what is enabled is started, as at power-on.
+    /// Reloads every screen and the output controls from the cache, as at power-on: with the RF output on, what is
+    /// enabled is started if anything runs; with it off, what still runs is stopped.
     virtual void update_from_config(STATE state) = 0;
 
     /// Copies the current channel's record and brings the screens and the looks of the controls into line with it.
     /// Sends nothing; does nothing while a command waits or a dialog is open.
     virtual void refreshFromModule() = 0;
+
+    /// Counts the presses that switch modulation: on (MOD On), and off (MOD Off, RF Off). A press may come in while the
+    /// commands of an earlier one wait for their answers: a loop that starts modulations ends when off was pressed
+    /// since it began, one that stops them when on was.
+    struct SwitchPresses {
+        unsigned on = 0;
+        unsigned off = 0;
+    };
+    virtual const SwitchPresses& switchPresses() const = 0;
+    virtual void noteSwitchPress(bool on) = 0;
 
     /// Gives the MOD pair (and whatever follows it) the look of modulation running or not.
     virtual void setModulationLook(bool on) = 0;
@@ -66,7 +77,8 @@ public:
     /// A modal box. Nothing for an empty text or while such a box is open; kept while the window is not shown yet.
     virtual void reportError(const QString& text) = 0;
 
-    /// As reportError(), but a box that is open meanwhile only delays this one.
+    /// A box like that of reportError(), as soon as the event loop is back and no other dialog is open; returns at
+    /// once.
     virtual void reportWhenFree(const QString& text) = 0;
 
     /// The unit in which the status bar shows the frequency: "GHz", "MHz", "KHz" or "Hz".

@@ -110,7 +110,8 @@ void FuncButtonWidget::set_battery_level(unsigned short percent) {
         setBatteryIcon(QStringLiteral(":/Battery0.png"));
     m_percent->setText(QString::number(percent) + QLatin1Char('%'));
 
-    if (!discharging || percent > m_lastPercent)
+    const bool roseOverEmpty = m_lastPercent <= EmptyUpTo && percent > EmptyUpTo;
+    if (!discharging || roseOverEmpty || percent > record.lowBatteryThreshold)
         m_warnedSinceRise = false;
     m_lastPercent = percent;
     bool warn = false;
@@ -131,7 +132,6 @@ void FuncButtonWidget::set_battery_level(unsigned short percent) {
             }
         }
     }
-    // Last: the box runs an event loop of its own, and the row must show the reading meanwhile.
     if (warn) {
         m_warnedSinceRise = true;
         m_host->reportWhenFree(QStringLiteral("Warning: Low Battery!!"));

@@ -10,3 +10,9 @@ public:
     /// Shows a text briefly. seconds of 0 or less means the sink's own default.
     virtual void showMessage(const QString& text, float seconds) = 0;
 };
+
+/// Shows a text for the sink's own default time; nothing without a sink.
+inline void tell(MessageSink* sink, const QString& text) {
+    if (sink)
+        sink->showMessage(text, 0);
+}

@@ -21,11 +21,6 @@ struct ListQuantity {
 constexpr ListQuantity kFrequency{UnitQuantity::Frequency, kScale[0], false, getFreqRangeToast};
 constexpr ListQuantity kTime{UnitQuantity::Time, timeScales, true, getTimeRangeToast};
 
-void tell(MessageSink* toast, const QString& text) {
-    if (toast)
-        toast->showMessage(text, 0);
-}
-
 double normalizeScaled(const ListQuantity& list, double& outValue, std::string& outUnit, double value,
                        const std::string& unit) {
     double canonical = value;

@@ -31,6 +31,12 @@ struct StepValueLimits {
 struct ValueLimits {
     double maximum;
     double minimum;
+
+    /// False for the pair of 0 and 0: the module publishes none.
+    bool known() const { return minimum != 0 || maximum != 0; }
+
+    /// Both ends included; everything where no limits are known. A NaN lies outside any.
+    bool contains(double value) const { return !known() || (value >= minimum && value <= maximum); }
 };
 
 struct LimitedCount {

@@ -21,7 +21,7 @@ public:
     ChannelRegion& operator=(const ChannelRegion&) = delete;
 
     /// Brings the mapping in line with what the name stands for now. True when another region has been mapped, or the
-    /// mapping was given up. Two system calls when nothing has changed.
+    /// mapping was given up. Three system calls when nothing has changed.
     bool follow();
 
     /// The name stands for the very memory that is mapped, as of the last follow().

@@ -1,4 +1,4 @@
-#include "common/instrument/handlerscpi.h"
+#include "common/instrument/handlerscpi_check.h"
 
 #include <cmath>
 
@@ -13,9 +13,10 @@ int EventHandler::setDeviceValue(DeviceValueId id, double value) {
         return -1;
     const DeviceValue& item = deviceValue(id);
     const std::string text = wireText(item, value);
-    sendOnly(item.header, text); // a failed send shows in what the module holds
-    deviceField(id);
-    return holdsCurrentChannel() && isTaken(item, snapshot(), value, text) ? 0 : -1;
+    return sendChecked(item.header, text, [&] {
+        deviceField(id);
+        return isTaken(item, snapshot(), value, text);
+    });
 }
 
 double EventHandler::cachedValue(DeviceValueId id) const {
@@ -23,18 +24,10 @@ double EventHandler::cachedValue(DeviceValueId id) const {
     return fieldInHandlerUnits(item, snapshot(), item.valueOffset);
 }
 
-double EventHandler::cachedMinimum(DeviceValueId id) const {
+ValueLimits EventHandler::cachedLimits(DeviceValueId id) const {
     const DeviceValue& item = deviceValue(id);
-    return fieldInHandlerUnits(item, snapshot(), item.minimumOffset);
-}
-
-double EventHandler::cachedMaximum(DeviceValueId id) const {
-    const DeviceValue& item = deviceValue(id);
-    return fieldInHandlerUnits(item, snapshot(), item.maximumOffset);
-}
-
-bool EventHandler::limitsPublished(DeviceValueId id) const {
-    return cachedMinimum(id) != 0.0 || cachedMaximum(id) != 0.0;
+    return {fieldInHandlerUnits(item, snapshot(), item.maximumOffset),
+            fieldInHandlerUnits(item, snapshot(), item.minimumOffset)};
 }
 
 double EventHandler::roundedToWire(DeviceValueId id, double value) const {

@@ -2,6 +2,7 @@
 
 #include <QMutex>
 #include <array>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -31,11 +32,9 @@ public:
     /// everything else when it holds `value` itself (frequency and power: nearly).
     int setDeviceValue(DeviceValueId id, double value);
 
-    /// The snapshot's own field and its limits. Without published limits (0 and 0) both limits are 0.
+    /// The snapshot's own field and its limits.
     double cachedValue(DeviceValueId id) const;
-    double cachedMinimum(DeviceValueId id) const;
-    double cachedMaximum(DeviceValueId id) const;
-    bool limitsPublished(DeviceValueId id) const;
+    ValueLimits cachedLimits(DeviceValueId id) const;
 
     /// What the module will hold when it is sent `value`: the number that the command's text carries.
     double roundedToWire(DeviceValueId id, double value) const;
@@ -140,6 +139,9 @@ public:
     /// a forbidden combination is not sent and gives what canModulate() says.
     int set_modulation_enable(modEnableBitMask bits, bool enable);
 
+    /// As the function of modulation_rules.h.
+    static int canModulate(modEnableBitMask requested, unsigned mask) { return ::canModulate(requested, mask); }
+
     /// The kinds that run, from the snapshot; kept for getModulationsState().
     unsigned isModulationsOn();
     unsigned getModulationsState(unsigned channel) const; ///< 0 for a channel that does not exist
@@ -194,6 +196,12 @@ private:
     int setSwitch(const char* header, bool on, std::uint32_t ChannelRecord::*field);
     int setWord(const char* header, const std::string& word, char (ChannelRecord::*field)[32]);
 
+    template <typename Check>
+    int sendChecked(const char* header, const std::string& argument, Check isTaken);
+
+    std::map<std::string, unsigned> m_turns; ///< by header, how many of its commands were sent
+    unsigned m_maskWanted = 0;               ///< the enable mask of the last command that waits
+    int m_maskWaits = 0;
     mutable QMutex m_runningMutex;
     std::array<unsigned, kMaxChannels + 1> m_running{}; ///< by channel, the kinds that isModulationsOn() last saw
 };

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "common/instrument/handlerscpi.h"
+#include "common/instrument/handlerscpi_check.h"
 
 // Commands whose argument is a word: switches, choices, modulations, system and network.
 
@@ -34,9 +34,7 @@ int EventHandler::sendQuoted(const char* header, const std::string& text) {
 
 int EventHandler::setNumber(const char* header, const std::string& argument, std::uint32_t ChannelRecord::*field,
                             unsigned expected) {
-    sendOnly(header, argument);
-    const bool taken = fetch(cachedRecord().*field) == expected;
-    return holdsCurrentChannel() && taken ? 0 : -1;
+    return sendChecked(header, argument, [&] { return fetch(cachedRecord().*field) == expected; });
 }
 
 int EventHandler::setSwitch(const char* header, bool on, std::uint32_t ChannelRecord::*field) {
@@ -44,9 +42,7 @@ int EventHandler::setSwitch(const char* header, bool on, std::uint32_t ChannelRe
 }
 
 int EventHandler::setWord(const char* header, const std::string& word, char (ChannelRecord::*field)[32]) {
-    sendOnly(header, word);
-    const bool taken = recordText(fetch(cachedRecord().*field)) == word;
-    return holdsCurrentChannel() && taken ? 0 : -1;
+    return sendChecked(header, word, [&] { return recordText(fetch(cachedRecord().*field)) == word; });
 }
 
 int EventHandler::set_channel(unsigned channel) {
@@ -97,9 +93,8 @@ int EventHandler::setTRGadv(bool advance) {
 
 int EventHandler::setTRGimp(bool advance) {
     const bool low = (snapshot().triggerImpedance == 50) != advance;
-    sendOnly(Scpi::TriggerImpedance, low ? "50" : "10000");
-    const unsigned held = fetch(cachedRecord().triggerImpedance);
-    return holdsCurrentChannel() && (held == 50) == low ? 0 : -1;
+    return sendChecked(Scpi::TriggerImpedance, low ? "50" : "10000",
+                       [&] { return (fetch(cachedRecord().triggerImpedance) == 50) == low; });
 }
 
 int EventHandler::setRefOscMode(bool advance) {
@@ -119,14 +114,18 @@ void EventHandler::setCachedTriggerAdvance(const char* word) {
 }
 
 int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
-    const unsigned current = snapshot().modulationEnable;
+    // A mask that is on its way already is what this change builds on.
+    const unsigned current = m_maskWaits > 0 ? m_maskWanted : snapshot().modulationEnable;
     const unsigned wanted = enable ? current | bits : current & ~static_cast<unsigned>(bits);
     if (enable) {
         const int conflict = canModulate(bits, wanted);
         if (conflict != 0)
             return fetch(cachedRecord().modulationEnable) == wanted ? 0 : conflict;
     }
+    m_maskWanted = wanted;
+    ++m_maskWaits;
     sendOnly(Scpi::ModulationMask, std::to_string(wanted));
+    --m_maskWaits;
     fetch(cachedRecord().modulationEnable);
     return 0; // what runs is asked for with isModulationsOn()
 }

@@ -48,18 +48,19 @@ void EnableBox::switchOn() {
         QTimer::singleShot(0, m_box, [box = m_box] { box->setChecked(false); });
         return;
     }
-    if ((m_host.handler().snapshot().modulationEnable & m_bit) == 0) {
-        showCommandFailure(m_host);
-        setFromConfig();
-    }
+    check(true);
 }
 
 void EnableBox::switchOff() {
     m_host.handler().set_modulation_enable(modEnableBitMask(m_bit), false);
-    if ((m_host.handler().snapshot().modulationEnable & m_bit) != 0) {
+    check(false);
+}
+
+/// The mask decides what the box shows; what was shown meanwhile may stem from before the command.
+void EnableBox::check(bool wanted) {
+    setFromConfig();
+    if (isChecked() != wanted)
         showCommandFailure(m_host);
-        setFromConfig();
-    }
 }
 
 } // namespace Kavor::HandheldGui

@@ -14,8 +14,7 @@ class EnableBox : public QObject {
     Q_OBJECT
 
 public:
-    /// bit: the modEnableBitMask bit. logPrefix and logName form the log lines, e.g. "rfModulationsWidget::" and " AM
-    /// ".
+    /// bit: the modEnableBitMask bit. The log lines are logPrefix, logName and "Checkbox is Checked!" in a row.
     EnableBox(PanelHost& host, QCheckBox* box, unsigned bit, const QString& logPrefix, const QString& logName);
 
     QCheckBox* box() const { return m_box; }
@@ -31,6 +30,7 @@ public:
 private:
     void switchOn();
     void switchOff();
+    void check(bool wanted);
 
     PanelHost& m_host;
     QCheckBox* m_box;

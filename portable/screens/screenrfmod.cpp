@@ -8,7 +8,6 @@
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
-#include "portable/widgets/vkeditors.h"
 
 namespace Kavor::HandheldGui {
 
@@ -37,30 +36,26 @@ void rfmodScreen::buildFrequencyGroup() {
         new PageGroup(m_page, QStringLiteral("Frequency Settings"),
                       QRect(Style::PageMargin, 0, Style::WindowWidth - 2 * Style::PageMargin, FrequencyGroupHeight));
 
-    auto* unit = new ComboBox(group);
-    unit->setStyleSheet(WIDGET_COMBO_STYLE_BIG);
-    ValueField frequency{ValueField::Kind::Frequency, ValueModel::device(handler(), DeviceValueId::Frequency),
-                         new vkFreqEdit(group), unit, translations::GHzToHz};
+    ValueField frequency{ValueField::Kind::Frequency, ValueModel::device(handler(), DeviceValueId::Frequency)};
     frequency.editStyle = WIDGET_EDIT_LARGE_STYLE;
     frequency.wrongStyle = WIDGET_EDIT_LARGE_STYLE_RED;
-    m_frequency =
+    const BoundField bound =
         addValueField(*group, host(), FrequencyColumn, FrequencyRow,
                       {QStringLiteral("Frequency:"), QStringLiteral("cwFrequency"), QStringLiteral("CW frequency")},
-                      frequency, Style::FrequencyHeight)
-            .entry;
+                      frequency, Style::FrequencyHeight);
+    m_frequency = bound.entry;
     // The entry path redraws the status bar after this: the bar shows the frequency in the unit that was chosen here.
-    connect(m_frequency, &ValueEntry::accepted, this, [this, unit] { host().setFrequencyUnit(unit->currentText()); });
+    connect(m_frequency, &ValueEntry::accepted, this,
+            [this, unit = bound.unit] { host().setFrequencyUnit(unit->currentText()); });
 
-    ValueField power{ValueField::Kind::Power, ValueModel::device(handler(), DeviceValueId::Power),
-                     new vkPowerEdit(group)};
+    ValueField power{ValueField::Kind::Power, ValueModel::device(handler(), DeviceValueId::Power)};
     power.decimals = 2;
     m_power =
         addValueField(*group, host(), PageGroup::Left, PowerRow,
                       {QStringLiteral("Power (dBm):"), QStringLiteral("cwPower"), QStringLiteral("CW Power")}, power)
             .entry;
 
-    ValueField phase{ValueField::Kind::Plain, ValueModel::device(handler(), DeviceValueId::Phase),
-                     new vkPhaseEdit(group)};
+    ValueField phase{ValueField::Kind::Phase, ValueModel::device(handler(), DeviceValueId::Phase)};
     phase.decimals = 3;
     phase.rangeText = QStringLiteral("Range %1° to %2°");
     m_phase =

@@ -5,11 +5,9 @@
 #include "portable/screens/screentexts.h"
 #include "portable/screens/valueentry.h"
 #include "portable/widgets/choicegroup.h"
-#include "portable/widgets/combobox.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
-#include "portable/widgets/vkeditors.h"
 
 #include <QLabel>
 
@@ -109,16 +107,13 @@ void runmodeScreen::buildParameters() {
     }
 
     const auto timeEntry = [this](int row, const char* label, const char* name, const char* title, DeviceValueId id) {
-        auto* edit = new vkTimeEdit(m_parameters);
-        auto* unit = new ComboBox(m_parameters);
         return addValueField(*m_parameters, host(), EntryColumn, FirstRow + row * RowPitch,
                              {QString::fromLatin1(label), QString::fromLatin1(name), QString::fromLatin1(title)},
-                             ValueField{ValueField::Kind::Time, ValueModel::device(handler(), id), edit, unit});
+                             ValueField{ValueField::Kind::Time, ValueModel::device(handler(), id)});
     };
     m_delay = timeEntry(0, "Trigger Delay:", "trigDelay", "Trigger Delay", DeviceValueId::TriggerDelay);
     m_timer = timeEntry(1, "Trigger Timer:", "trigTimer", "Trigger Timer time", DeviceValueId::TriggerTimer);
-    ValueField count{ValueField::Kind::Plain, ValueModel::device(handler(), DeviceValueId::TriggerCount),
-                     new vkNoUnitsEdit(m_parameters)};
+    ValueField count{ValueField::Kind::Number, ValueModel::device(handler(), DeviceValueId::TriggerCount)};
     count.whole = true;
     count.rangeText = QStringLiteral("Range %1 to %2");
     m_count = addValueField(
@@ -131,7 +126,7 @@ void runmodeScreen::chooseRunMode(bool continuous) {
         showCommandFailure(host());
         return;
     }
-    showRunMode(continuous);
+    showRunMode(handler().snapshot().runMode == 1); // a later tap may have chosen otherwise meanwhile
 }
 
 void runmodeScreen::showRunMode(bool continuous) {
@@ -168,12 +163,8 @@ void runmodeScreen::showWord(Parameter parameter) {
 }
 
 void runmodeScreen::showRows() {
-    const auto showRow = [](const BoundField& row, bool shown) {
-        row.entry->setVisible(shown);
-        row.label->setVisible(shown);
-    };
-    showRow(m_timer, m_choices[Source]->chosen() == Internal);
-    showRow(m_count, m_choices[Advance]->chosen() == Once);
+    m_timer.setVisible(m_choices[Source]->chosen() == Internal);
+    m_count.setVisible(m_choices[Advance]->chosen() == Once);
 }
 
 void runmodeScreen::update_from_config(STATE) {

@@ -96,21 +96,28 @@ void sweepScreen::onStepButton() {
 }
 
 void sweepScreen::onStartButton() {
-    for (SweepPage* page : {m_frsw, m_prsw})
-        page->run(true);
+    const unsigned offBefore = host().switchPresses().off;
+    for (SweepPage* page : {m_frsw, m_prsw}) {
+        if (host().switchPresses().off == offBefore)
+            page->run(true);
+    }
+    if (host().switchPresses().off != offBefore)
+        onStopButton(); // that press could not stop what was just being started
     setEnablesLocked(handler().isModulationsOn() != 0);
     host().UpdateStatusBar();
 }
 
 void sweepScreen::onStopButton() {
-    for (SweepPage* page : {m_frsw, m_prsw})
-        page->run(false);
+    const unsigned onBefore = host().switchPresses().on;
+    for (SweepPage* page : {m_frsw, m_prsw}) {
+        if (host().switchPresses().on == onBefore)
+            page->run(false);
+    }
 }
 
 void sweepScreen::onModOffButton() {
     onStopButton();
-    setEnablesLocked(false);
-    handler().isModulationsOn();
+    setEnablesLocked(handler().isModulationsOn() != 0);
     host().UpdateStatusBar();
 }
 

@@ -21,6 +21,9 @@ public:
     /// Shows the page of STATE_FRSW or STATE_PRSW; any other state leaves the page as it is.
     void update_controls(STATE state);
 
+    /// Shows the calculated step size of the frequency sweep anew.
+    void updateFRSWFreqCalculatedData() { m_frsw->entry(SweepPage::StepSize).reload(); }
+
     /// Values in the unit that the entry shows.
     void setFRSWFreqStart(double value) { m_frsw->entry(SweepPage::Start).enter(value); }
     void setFRSWFreqStop(double value) { m_frsw->entry(SweepPage::Stop).enter(value); }
@@ -53,6 +56,30 @@ public slots:
     void frswDirChanged(int index) { m_frsw->chooseDirection(index); }
     void prswDirChanged(int index) { m_prsw->chooseDirection(index); }
     void sweep_export_list();
+
+    // An entry slot for each value: it takes what the editor holds, in the unit that its box shows.
+    void onFRSWFreqStart() { m_frsw->entry(SweepPage::Start).enter(); }
+    void onFRSWFreqStartUnitsChanged(int) { onFRSWFreqStart(); }
+    void onFRSWFreqStop() { m_frsw->entry(SweepPage::Stop).enter(); }
+    void onFRSWFreqStopUnitsChanged(int) { onFRSWFreqStop(); }
+    void onFRSWFreqStepSize() { m_frsw->entry(SweepPage::StepSize).enter(); }
+    void onFRSWFreqStepSizeUnitsChanged(int) { onFRSWFreqStepSize(); }
+    void onFRSWFreqSteps() { m_frsw->entry(SweepPage::Steps).enter(); }
+    void onFRSWTotalTime() { m_frsw->entry(SweepPage::TotalTime).enter(); }
+    void onFRSWTotalTimeUnitsChanged(int) { onFRSWTotalTime(); }
+    void onFRSWStepTime() { m_frsw->entry(SweepPage::StepTime).enter(); }
+    void onFRSWStepTimeUnitsChanged(int) { onFRSWStepTime(); }
+    void onFRSWPower() { m_frsw->entry(SweepPage::Fixed).enter(); }
+    void onPRSWPowStart() { m_prsw->entry(SweepPage::Start).enter(); }
+    void onPRSWPowStop() { m_prsw->entry(SweepPage::Stop).enter(); }
+    void onPRSWPowStepSize() { m_prsw->entry(SweepPage::StepSize).enter(); }
+    void onPRSWPowSteps() { m_prsw->entry(SweepPage::Steps).enter(); }
+    void onPRSWTotalTime() { m_prsw->entry(SweepPage::TotalTime).enter(); }
+    void onPRSWTotalTimeUnitsChanged(int) { onPRSWTotalTime(); }
+    void onPRSWStepTime() { m_prsw->entry(SweepPage::StepTime).enter(); }
+    void onPRSWStepTimeUnitsChanged(int) { onPRSWStepTime(); }
+    void onPRSWFrequency() { m_prsw->entry(SweepPage::Fixed).enter(); }
+    void onPRSWFrequencyUnitsChanged(int) { onPRSWFrequency(); }
 
 signals:
     /// Marks a planned export; nothing is connected to it.

@@ -6,8 +6,7 @@
 namespace Kavor::HandheldGui {
 
 void showToast(PanelHost& host, const QString& text) {
-    if (ToastOverlay* toast = host.toast())
-        toast->showMessage(text, 0);
+    tell(host.toast(), text);
 }
 
 void showCommandFailure(PanelHost& host) {

@@ -7,14 +7,13 @@
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
-#include "portable/widgets/combobox.h"
 #include "portable/widgets/entry.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
-#include "portable/widgets/vkeditors.h"
 
 #include <QIcon>
 #include <QPushButton>
+#include <QScopedValueRollback>
 
 namespace Kavor::HandheldGui {
 
@@ -23,7 +22,7 @@ const SweepKind FrequencySweep{"frsw",
                                "Power:",
                                "Sweep Power",
                                "Frequency modulation",
-                               0x08,
+                               FRSW_MOD_BIT,
                                ValueField::Kind::Frequency,
                                ValueField::Kind::Power,
                                DeviceValueId::FrswStart,
@@ -42,7 +41,7 @@ const SweepKind PowerSweep{"prsw",
                            "Frequency:",
                            "Sweep Frequency",
                            "Power modulation",
-                           0x10,
+                           PRSW_MOD_BIT,
                            ValueField::Kind::Power,
                            ValueField::Kind::Frequency,
                            DeviceValueId::PrswStart,
@@ -96,24 +95,12 @@ ValueField SweepPage::valueField(ValueField::Kind kind, const ValueModel& model)
     ValueField field;
     field.kind = kind;
     field.model = model;
-    switch (kind) {
-    case ValueField::Kind::Frequency:
-        field.edit = new vkFreqEdit(m_group);
-        field.unit = new ComboBox(m_group);
-        break;
-    case ValueField::Kind::Time:
-        field.edit = new vkTimeEdit(m_group);
-        field.unit = new ComboBox(m_group);
-        break;
-    case ValueField::Kind::Power:
-        field.edit = new vkPowerEdit(m_group);
+    field.timeUnits = 4;
+    if (kind == ValueField::Kind::Power)
         field.decimals = 2;
-        break;
-    case ValueField::Kind::Plain:
-        field.edit = new vkNoUnitsEdit(m_group);
+    if (kind == ValueField::Kind::Number) {
         field.whole = true;
         field.rangeText = QStringLiteral("Steps Range %1 to %2");
-        break;
     }
     return field;
 }
@@ -139,10 +126,10 @@ void SweepPage::buildEntries() {
     const auto device = [this](SweepField field) {
         const DeviceValueId id = idOf(field);
         return plannedModel(
-            field, [this, id] { return m_handler.cachedValue(id); }, [this, id] { return limitsOf(id); });
+            field, [this, id] { return m_handler.cachedValue(id); }, [this, id] { return m_handler.cachedLimits(id); });
     };
     // A step in dB is no level: it has a value of its own kind, shown as finely as the power's command goes.
-    ValueField size = valueField(m_kind.kind == ValueField::Kind::Frequency ? m_kind.kind : ValueField::Kind::Plain,
+    ValueField size = valueField(m_kind.kind == ValueField::Kind::Frequency ? m_kind.kind : ValueField::Kind::Number,
                                  plannedModel(
                                      SweepField::StepSize, [this] { return values().stepSize(); },
                                      [] {
@@ -158,7 +145,7 @@ void SweepPage::buildEntries() {
         {Stop, LeftColumn, 2, "Stop:", "Stop", "Stop " + quantity, valueField(m_kind.kind, device(SweepField::Stop))},
         {StepSize, LeftColumn, 3, "Step Size:", "StepSize", "Step Size", size},
         {Steps, LeftColumn, 4, "Steps:", "Steps", "Steps",
-         valueField(ValueField::Kind::Plain, device(SweepField::Steps))},
+         valueField(ValueField::Kind::Number, device(SweepField::Steps))},
         {TotalTime, RightColumn, 1, "Total Time:", "TotalTime", "Total Time",
          valueField(ValueField::Kind::Time, plannedModel(
                                                 SweepField::TotalTime, [this] { return values().totalTime(); },
@@ -250,10 +237,6 @@ SweepValues SweepPage::values() const {
             m_handler.cachedValue(m_kind.steps), m_handler.cachedValue(m_kind.time)};
 }
 
-ValueLimits SweepPage::limitsOf(DeviceValueId id) const {
-    return {m_handler.cachedMaximum(id), m_handler.cachedMinimum(id)};
-}
-
 ValueLimits SweepPage::totalTimeLimits() const {
     return inNanoseconds(m_handler.snapshot().*m_kind.totalTime);
 }
@@ -275,7 +258,12 @@ DeviceValueId SweepPage::idOf(SweepField field) const {
 }
 
 EntryResult SweepPage::carryOut(SweepField field, double value) {
-    const SweepLimits limits{limitsOf(m_kind.stop), limitsOf(m_kind.time), totalTimeLimits()};
+    // A plan holds only for the values that it was made from: an entry that comes in while one is on its way fails.
+    if (m_carryingOut)
+        return EntryResult::Failed;
+    const QScopedValueRollback<bool> busy(m_carryingOut, true);
+    const SweepLimits limits{m_handler.cachedLimits(m_kind.stop), m_handler.cachedLimits(m_kind.time),
+                             totalTimeLimits()};
     const SweepPlan plan = planSweep(field, value, m_stopIsEntered, values(), limits,
                                      [this](SweepField of, double v) { return m_handler.roundedToWire(idOf(of), v); });
     if (plan.refusal != SweepRefusal::None) {
@@ -293,7 +281,7 @@ void SweepPage::tell(SweepRefusal refusal) {
     const auto timeRange = [this](const ValueLimits& limits, Entry named) {
         normalizeTimeRange(m_host.toast(), limits.minimum, limits.maximum, entry(named).title());
     };
-    const ValueLimits stop = limitsOf(m_kind.stop);
+    const ValueLimits stop = m_handler.cachedLimits(m_kind.stop);
     switch (refusal) {
     case SweepRefusal::None:
         break;
@@ -310,7 +298,7 @@ void SweepPage::tell(SweepRefusal refusal) {
             normalizePowerRange(m_host.toast(), stop.minimum, stop.maximum, entry(Stop).title());
         break;
     case SweepRefusal::StepTimeRange:
-        timeRange(limitsOf(m_kind.time), StepTime);
+        timeRange(m_handler.cachedLimits(m_kind.time), StepTime);
         break;
     case SweepRefusal::TotalTimeRange:
         timeRange(totalTimeLimits(), TotalTime);

@@ -77,7 +77,6 @@ private:
                             const std::function<ValueLimits()>& limits);
     SweepValues values() const;
     ValueLimits totalTimeLimits() const;
-    ValueLimits limitsOf(DeviceValueId id) const;
     DeviceValueId idOf(SweepField field) const;
     EntryResult carryOut(SweepField field, double value);
     void tell(SweepRefusal refusal);
@@ -92,6 +91,7 @@ private:
     QPushButton* m_sizeLock = nullptr;
     ChoiceGroup* m_direction = nullptr;
     bool m_stopIsEntered = true;
+    bool m_carryingOut = false;
 };
 
 } // namespace Kavor::HandheldGui

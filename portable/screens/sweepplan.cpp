@@ -6,11 +6,6 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-bool within(const ValueLimits& limits, double value) {
-    const bool known = limits.minimum != 0 || limits.maximum != 0;
-    return !known || (value >= limits.minimum && value <= limits.maximum);
-}
-
 /// The step time that comes nearest to a total time. Its command carries whole nanoseconds, so a total time at its
 /// limit would be missed by rounding away from it.
 double stepTimeFor(double total, const SweepValues& now, const ValueLimits& limits,
@@ -20,7 +15,7 @@ double stepTimeFor(double total, const SweepValues& now, const ValueLimits& limi
     const double exact = total / now.steps;
     for (const double candidate : {exact, std::floor(exact), std::ceil(exact)}) {
         const double rounded = round(SweepField::StepTime, candidate);
-        if (within(limits, rounded * now.steps))
+        if (limits.contains(rounded * now.steps))
             return rounded;
     }
     return round(SweepField::StepTime, exact);
@@ -72,11 +67,11 @@ SweepPlan planSweep(SweepField entered, double value, bool stopIsEntered, const 
         entered == SweepField::Steps || entered == SweepField::StepTime || entered == SweepField::TotalTime;
     if (movesEnds && next.start == next.stop)
         plan.refusal = entered == SweepField::Start ? SweepRefusal::StartEqualsStop : SweepRefusal::StopEqualsStart;
-    else if (next.stop != now.stop && !within(limits.stop, next.stop))
+    else if (next.stop != now.stop && !limits.stop.contains(next.stop))
         plan.refusal = SweepRefusal::StopRange;
-    else if (next.stepTime != now.stepTime && !within(limits.stepTime, next.stepTime))
+    else if (next.stepTime != now.stepTime && !limits.stepTime.contains(next.stepTime))
         plan.refusal = SweepRefusal::StepTimeRange;
-    else if (changesTimes && !within(limits.totalTime, next.totalTime()))
+    else if (changesTimes && !limits.totalTime.contains(next.totalTime()))
         plan.refusal = SweepRefusal::TotalTimeRange;
     if (plan.refusal != SweepRefusal::None)
         return plan;

@@ -8,26 +8,27 @@
 
 namespace Kavor::HandheldGui {
 
-/// What an entry on a sweep page means for the module. The module holds start, stop, number of steps and the time of
-/// one step; step size and total time are shown from those, so that
+// clang-format off
+/// What an entry on a sweep page means for the module. The module holds start, stop, number of steps and the time of one
+/// step; step size and total time are shown from those, so that
 ///
 ///     step size  = (stop - start) / (steps - 1)        total time = steps x step time
 ///
-/// always hold between what is shown and what the module has. The decision table:
+/// always hold between what is shown and what the module has. The decision table, what is sent in which order:
 ///
-/// | Entered    | Stop entered by the user (size calculated)    | Size entered by the user (stop calculated) |
-/// |------------|-----------------------------------------------|-------------------------------------------------------|
-/// | start      | start; the size follows                       | start, stop = start + size x (steps - 1) | | stop |
-/// stop; the size follows                        | (not editable)                                        | | step size
-/// | (not editable)                                | stop = start + size x (steps - 1)                     | | steps |
-/// steps; size and total time follow             | steps, stop = start + size x (steps - 1)              | | step time
-/// | step time; the total time follows             | the same                                              | | total
-/// time | step time = total time / steps                | the same                                              |
+///     entered      stop is entered (size calculated)     size is entered (stop calculated)
+///     start        start                                 start, stop = start + size x (steps - 1)
+///     stop         stop                                  (cannot be entered)
+///     step size    (cannot be entered)                   stop = start + size x (steps - 1)
+///     steps        steps                                 steps, stop = start + size x (steps - 1)
+///     step time    step time                             step time
+///     total time   step time = total time / steps        the same
 ///
-/// A calculated stop or step time is first rounded to what its command carries; the value that was entered is then
-/// shown as the rounded one makes it. Every derived value is checked against the module's limits before anything is
-/// sent; start and stop are never equal. When the new start is the old stop, the stop is sent first, so that they are
-/// not equal between the two commands either.
+/// A calculated stop or step time is first rounded to what its command carries; the value that was entered is then shown
+/// as the rounded one makes it. Every derived value is checked against the module's limits before anything is sent; start
+/// and stop are never equal. When the new start is the old stop, the stop is sent first, so that they are not equal
+/// between the two commands either.
+// clang-format on
 enum class SweepField { Start, Stop, StepSize, Steps, StepTime, TotalTime };
 
 /// Start and stop in Hz or dBm, times in nanoseconds.

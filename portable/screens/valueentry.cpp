@@ -38,10 +38,7 @@ QString limitText(double limit, bool whole) {
 } // namespace
 
 ValueModel ValueModel::device(EventHandler& handler, DeviceValueId id) {
-    return {[&handler, id] { return handler.cachedValue(id); },
-            [&handler, id] {
-                return ValueLimits{handler.cachedMaximum(id), handler.cachedMinimum(id)};
-            },
+    return {[&handler, id] { return handler.cachedValue(id); }, [&handler, id] { return handler.cachedLimits(id); },
             [&handler, id](double value) {
                 return handler.setDeviceValue(id, handler.roundedToWire(id, value)) == 0 ? EntryResult::Taken
                                                                                          : EntryResult::Failed;
@@ -61,6 +58,8 @@ ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field
     if (ToastOverlay* toast = host.toast())
         connect(toast, &ToastOverlay::messageEnded, this, &ValueEntry::restore);
     connect(m_field.edit, &ValueEdit::keyboardClosed, this, &ValueEntry::restore);
+    if (m_field.unit)
+        connect(m_field.unit, &ComboBox::closed, this, &ValueEntry::restore);
 }
 
 void ValueEntry::setEnabled(bool enabled) {
@@ -90,7 +89,7 @@ QString ValueEntry::title() const {
 }
 
 void ValueEntry::reload() {
-    if (!m_refused && !m_field.edit->isEditing())
+    if (!m_refused && !isEditing())
         showValue(m_field.model.value());
 }
 
@@ -129,9 +128,8 @@ bool ValueEntry::enter(double value) {
 
 bool ValueEntry::normalise(double value, double& canonical) {
     const ValueLimits limits = m_field.model.limits();
-    const bool limited = limits.minimum != 0 || limits.maximum != 0;
-    const double minimum = limited ? limits.minimum : -Unlimited;
-    const double maximum = limited ? limits.maximum : Unlimited;
+    const double minimum = limits.known() ? limits.minimum : -Unlimited;
+    const double maximum = limits.known() ? limits.maximum : Unlimited;
     const QString name = m_field.edit->title();
     MessageSink* toast = m_host.toast();
     switch (m_field.kind) {
@@ -140,12 +138,11 @@ bool ValueEntry::normalise(double value, double& canonical) {
                              name);
     case ValueField::Kind::Time:
         return normalizeTime(m_field.edit, m_field.unit, value, false, minimum, maximum, toast, &canonical, name);
-    case ValueField::Kind::Power:
-    case ValueField::Kind::Plain:
+    default:
         break;
     }
-    canonical = m_field.whole ? std::trunc(value) : value;
-    if (canonical == m_field.model.value() || (value >= minimum && value <= maximum))
+    canonical = m_field.whole ? std::trunc(value) + 0.0 : value; // no count of minus nothing
+    if (limits.contains(value) || (!m_field.whole && canonical == m_field.model.value()))
         return true;
     showValue(value);
     if (m_field.kind == ValueField::Kind::Power)
@@ -168,7 +165,7 @@ void ValueEntry::showValue(double canonical) {
         m_field.edit->setText(QString::number(canonical, 'f', m_field.decimals));
         break;
     }
-    case ValueField::Kind::Plain: {
+    default: {
         const QSignalBlocker quiet(m_field.edit);
         m_field.edit->setText(plainText(canonical, m_field.decimals, m_field.mostDecimals));
         break;
@@ -181,6 +178,11 @@ void ValueEntry::refuse() {
     applySheet(m_field.edit, m_field.wrongStyle);
 }
 
+/// The unit box belongs to the entry while its keyboard or its own list is open.
+bool ValueEntry::isEditing() const {
+    return m_field.edit->isEditing() || (m_field.unit && m_field.unit->isOpen());
+}
+
 void ValueEntry::clearRefusal() {
     m_refused = false;
     applySheet(m_field.edit, m_field.editStyle);
@@ -189,8 +191,7 @@ void ValueEntry::clearRefusal() {
 void ValueEntry::restore() {
     const ToastOverlay* toast = m_host.toast();
     const bool told = toast && toast->isTelling();
-    // The unit box belongs to the entry while its keyboard is open.
-    if (!m_refused || told || m_field.edit->isEditing())
+    if (!m_refused || told || isEditing())
         return;
     clearRefusal();
     showValue(m_field.model.value());

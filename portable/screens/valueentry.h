@@ -38,18 +38,21 @@ struct ValueField {
         Frequency, ///< with a unit box of one kScale row
         Time,      ///< with a unit box of the time scales
         Power,     ///< dBm, answered with the power range message
-        Plain      ///< a bare number, answered with rangeText
+        Percent,   ///< this and the next two: bare numbers, answered with rangeText
+        Phase,
+        Number
     };
 
-    Kind kind;
+    Kind kind = Kind::Number;
     ValueModel model;
     ValueEdit* edit = nullptr;
     ComboBox* unit = nullptr;
     translations row = translations::GHzToHz;
-    int decimals = 0;        ///< Power and Plain: decimals shown
-    int mostDecimals = 0;    ///< Plain: shown when the value needs them; no fewer than decimals
-    bool whole = false;      ///< Plain: a count; the entry is truncated to a whole number
-    QString rangeText = {};  ///< Plain: message with %1 and %2 for minimum and maximum
+    int timeUnits = 3;       ///< Time: how many units are offered, from ns up
+    int decimals = 0;        ///< Power and bare numbers: decimals shown
+    int mostDecimals = 0;    ///< bare numbers: shown when the value needs them; no fewer than decimals
+    bool whole = false;      ///< a count; the entry is truncated to a whole number
+    QString rangeText = {};  ///< bare numbers: message with %1 and %2 for minimum and maximum
     QString editStyle = {};  ///< style sheet of the editor, the ordinary entry when empty
     QString wrongStyle = {}; ///< style sheet while an out-of-range entry stands in it
 };
@@ -77,8 +80,6 @@ public:
     /// A calculated value is shown grey and cannot be entered.
     void setCalculated(bool calculated);
     QString title() const;
-    bool isRefused() const { return m_refused; }
-    const ValueField& field() const { return m_field; }
 
 signals:
     /// The module took a value that was entered here; the editor shows it.
@@ -92,6 +93,7 @@ private:
     void refuse();
     void clearRefusal();
     void restore();
+    bool isEditing() const;
 
     PanelHost& m_host;
     ValueField m_field;

@@ -2,7 +2,8 @@
 
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/styles/styles.h"
-#include "portable/widgets/vklineedit.h"
+#include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vkeditors.h"
 
 #include <QLabel>
 
@@ -10,13 +11,29 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int OfferedTimes = 3; // the screens offer ns, µs and ms
+ValueEdit* makeEditor(ValueField::Kind kind, QWidget* parent) {
+    switch (kind) {
+    case ValueField::Kind::Frequency:
+        return new vkFreqEdit(parent);
+    case ValueField::Kind::Time:
+        return new vkTimeEdit(parent);
+    case ValueField::Kind::Power:
+        return new vkPowerEdit(parent);
+    case ValueField::Kind::Percent:
+        return new vkPercentEdit(parent);
+    case ValueField::Kind::Phase:
+        return new vkPhaseEdit(parent);
+    case ValueField::Kind::Number:
+        break;
+    }
+    return new vkNoUnitsEdit(parent);
+}
 
 QStringList unitsOf(const ValueField& field) {
     if (field.kind == ValueField::Kind::Frequency)
         return unitNames(UnitQuantity::Frequency).mid(static_cast<int>(field.row));
     if (field.kind == ValueField::Kind::Time)
-        return unitNames(UnitQuantity::Time).mid(0, OfferedTimes);
+        return unitNames(UnitQuantity::Time).mid(0, field.timeUnits);
     return {};
 }
 
@@ -29,15 +46,18 @@ void BoundField::setVisible(bool visible) const {
 
 BoundField addValueField(PageGroup& group, PanelHost& host, const PageGroup::Column& column, int y,
                          const FieldTexts& texts, ValueField field, int height) {
+    field.edit = makeEditor(field.kind, &group);
     field.edit->setObjectName(texts.name);
     field.edit->setTitle(texts.title);
-    if (field.unit) {
+    const QStringList units = unitsOf(field);
+    if (!units.isEmpty()) {
+        field.unit = new ComboBox(&group);
         field.unit->setObjectName(texts.name + QStringLiteral("Unit"));
-        field.unit->addItems(unitsOf(field));
-        if (field.unit->styleSheet().isEmpty())
-            field.unit->setStyleSheet(WIDGET_COMBO_STYLE);
+        field.unit->addItems(units);
+        field.unit->setStyleSheet(height > Style::EntryHeight ? WIDGET_COMBO_STYLE_BIG : WIDGET_COMBO_STYLE);
     }
     BoundField bound;
+    bound.unit = field.unit;
     bound.label = group.addField(column, y, texts.label, field.edit, field.unit, height);
     bound.entry = new ValueEntry(host, field);
     QObject::connect(field.edit, &ValueEdit::valueChanged, bound.entry, [entry = bound.entry] { entry->enter(); });

@@ -18,13 +18,14 @@ struct FieldTexts {
 struct BoundField {
     ValueEntry* entry = nullptr;
     QLabel* label = nullptr;
+    ComboBox* unit = nullptr; ///< null where the kind has none
 
     void setVisible(bool visible) const;
 };
 
-/// Lays an editor out in a column of a group, gives it the units of its kind (frequency: those of its row, time: "ns",
-/// "µs", "ms"), and binds it: a change of the editor or, by the user, of the unit box is an entry.
-/// The field's editor, and a ComboBox as its unit box for frequency and time, exist already.
+/// Makes the editor of the field's kind and, for frequency and time, its unit box, lays them out in a column of a
+/// group, and binds them: a change of the editor or, by the user, of the unit box is an entry. height in pixels; 0: an
+/// ordinary entry.
 BoundField addValueField(PageGroup& group, PanelHost& host, const PageGroup::Column& column, int y,
                          const FieldTexts& texts, ValueField field, int height = 0);
 

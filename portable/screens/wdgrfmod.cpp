@@ -12,7 +12,6 @@
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
-#include "portable/widgets/vkeditors.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -58,7 +57,7 @@ struct ParameterRowText {
 const std::array<ParameterRowText, 8> ParameterRows{{
     {STATE_AM, &LeftColumn, "Frequency:", "AM Frequency", "amFrequency", DeviceValueId::AmRate,
      ValueField::Kind::Frequency, "", true},
-    {STATE_AM, &RightColumn, "Depth (%):", "AM Depth", "amDepth", DeviceValueId::AmDepth, ValueField::Kind::Plain,
+    {STATE_AM, &RightColumn, "Depth (%):", "AM Depth", "amDepth", DeviceValueId::AmDepth, ValueField::Kind::Percent,
      "Range %1% to %2%", false},
     {STATE_FM, &LeftColumn, "Frequency:", "FM Frequency", "fmFrequency", DeviceValueId::FmRate,
      ValueField::Kind::Frequency, "", true},
@@ -67,27 +66,12 @@ const std::array<ParameterRowText, 8> ParameterRows{{
     {STATE_PM, &LeftColumn, "Frequency:", "PM Frequency", "pmFrequency", DeviceValueId::PmRate,
      ValueField::Kind::Frequency, "", false},
     {STATE_PM, &RightColumn, "Phase Deviation:", "PM Deviation", "pmDeviation", DeviceValueId::PmDeviation,
-     ValueField::Kind::Plain, "Range %1° to %2°", false},
+     ValueField::Kind::Phase, "Range %1° to %2°", false},
     {STATE_PULSE, &LeftColumn, "Pulse Width:", "Pulse width", "pulseWidth", DeviceValueId::PulseWidth,
      ValueField::Kind::Time, "", true},
     {STATE_PULSE, &RightColumn, "Pulse repetition rate:", "Pulse rate", "pulseRate", DeviceValueId::PulseFrequency,
      ValueField::Kind::Frequency, "", true},
 }};
-
-/// The editor kind that a parameter asks for; percent and phase have no unit box.
-ValueEdit* makeEditor(const ParameterRowText& row, QWidget* parent) {
-    switch (row.kind) {
-    case ValueField::Kind::Frequency:
-        return new vkFreqEdit(parent);
-    case ValueField::Kind::Time:
-        return new vkTimeEdit(parent);
-    default:
-        break;
-    }
-    if (row.id == DeviceValueId::AmDepth)
-        return new vkPercentEdit(parent);
-    return new vkPhaseEdit(parent);
-}
 
 } // namespace
 
@@ -130,9 +114,8 @@ void rfModulationsWidget::buildParameters() {
     auto* group = qobject_cast<PageGroup*>(parentWidget());
     for (std::size_t i = 0; i < ParameterRows.size(); ++i) {
         const ParameterRowText& row = ParameterRows[i];
-        const bool hasUnit = row.kind == ValueField::Kind::Frequency || row.kind == ValueField::Kind::Time;
-        ValueField field{row.kind, ValueModel::device(m_handler, row.id), makeEditor(row, group),
-                         hasUnit ? new ComboBox(group) : nullptr, translations::MHzToHz};
+        ValueField field{row.kind, ValueModel::device(m_handler, row.id)};
+        field.row = translations::MHzToHz;
         field.decimals = 1;
         field.mostDecimals = deviceValue(row.id).decimals;
         field.rangeText = QString::fromUtf8(row.rangeText);
@@ -160,6 +143,7 @@ void rfModulationsWidget::buildModulate() {
                                  {{QStringLiteral("On"), QStringLiteral("modulateOn"), QString()},
                                   {QStringLiteral("Off"), QStringLiteral("modulateOff"), QStringLiteral("off")}});
     m_modulate->place(968, 44, 114, Style::ButtonHeight);
+    connect(m_modulate, &ChoiceGroup::clicked, this, [this](int index) { m_host.noteSwitchPress(index == On); });
     connect(m_modulate->button(On), &QPushButton::clicked, this, &rfModulationsWidget::onModOnButton);
     connect(m_modulate->button(Off), &QPushButton::clicked, this, &rfModulationsWidget::onModOffButton);
     connect(&m_host, &PanelHost::modulationLookChanged, this, [this](bool on, bool enabled) {
@@ -193,6 +177,7 @@ void rfModulationsWidget::toggleEnable(std::size_t tab, int state) {
 }
 
 void rfModulationsWidget::onModOnButton() {
+    const unsigned offBefore = m_host.switchPresses().off;
     updateEnableSatus(true);
     for (std::size_t i = 0; i < ModulationTabs.size(); ++i) {
         const ModulationTab& tab = ModulationTabs[i];
@@ -203,21 +188,29 @@ void rfModulationsWidget::onModOnButton() {
             enter(PulseWidth);
             enter(PulseRate);
         }
-        switchState(tab, true);
+        if (m_host.switchPresses().off == offBefore)
+            switchState(tab, true);
+        if (m_host.switchPresses().off != offBefore) {
+            onModOffButton(); // that press could not stop what was just being started
+            return;
+        }
     }
-    if (m_handler.isModulationsOn() != 0)
+    const bool running = m_handler.isModulationsOn() != 0;
+    updateEnableSatus(running);
+    if (running)
         m_host.setModulationLook(true);
     m_host.UpdateStatusBar();
 }
 
 void rfModulationsWidget::onModOffButton() {
-    updateEnableSatus(false);
     onModsOff();
+    updateEnableSatus(m_handler.isModulationsOn() != 0);
     emit ModStatusBarSignal(0, m_tab);
 }
 
 void rfModulationsWidget::onModsOff() {
-    for (std::size_t i = 0; i < ModulationTabs.size(); ++i) {
+    const unsigned onBefore = m_host.switchPresses().on;
+    for (std::size_t i = 0; i < ModulationTabs.size() && m_host.switchPresses().on == onBefore; ++i) {
         if (m_enables[i]->isChecked() && isRunning(ModulationTabs[i]))
             switchState(ModulationTabs[i], false);
     }

@@ -54,9 +54,9 @@ public slots:
     void onPattCheckboxClicked(int state) { toggleEnable(4, state); }
     void onSrcInternalButton() { selectSource(false); }
     void onSrcExternalButton() { selectSource(true); }
-    /// Starts what is checked and does not run yet, and locks the check boxes.
+    /// Starts what is checked and does not run yet; the check boxes are locked while anything runs.
     void onModOnButton();
-    /// Stops what is checked and runs, and unlocks the check boxes.
+    /// Stops what is checked and runs.
     void onModOffButton();
     void onModsOff();
     void onModBnClicked();

@@ -22,16 +22,16 @@ struct ModulationTab {
 };
 
 constexpr std::array<ModulationTab, 5> ModulationTabs{{
-    {STATE_AM, "AM", "Enable AM:", " AM ", "AM", 0x01, &ChannelRecord::amState, &EventHandler::setStateAM,
+    {STATE_AM, "AM", "Enable AM:", " AM ", "AM", AM_MOD_BIT, &ChannelRecord::amState, &EventHandler::setStateAM,
      &ChannelRecord::amSource, &EventHandler::setModSrcAM},
-    {STATE_FM, "FM", "Enable FM:", " FM ", "FM", 0x02, &ChannelRecord::fmState, &EventHandler::setStateFM,
+    {STATE_FM, "FM", "Enable FM:", " FM ", "FM", FM_MOD_BIT, &ChannelRecord::fmState, &EventHandler::setStateFM,
      &ChannelRecord::fmSource, &EventHandler::setModSrcFM},
-    {STATE_PM, "PM", "Enable PM:", " PM ", "PM", 0x04, &ChannelRecord::pmState, &EventHandler::setStatePM, nullptr,
-     nullptr},
-    {STATE_PULSE, "Pulse", "Enable Pulse:", " Pulse ", "Pulse", 0x20, &ChannelRecord::pulseState,
+    {STATE_PM, "PM", "Enable PM:", " PM ", "PM", PM_MOD_BIT, &ChannelRecord::pmState, &EventHandler::setStatePM,
+     nullptr, nullptr},
+    {STATE_PULSE, "Pulse", "Enable Pulse:", " Pulse ", "Pulse", PULSE_MOD_BIT, &ChannelRecord::pulseState,
      &EventHandler::setStatePulseM, &ChannelRecord::pulseSource, &EventHandler::setModSrcPulseM},
-    {STATE_PATTERN, "Pattern", "Enable Pattern:", " Patterns ", "Pattern", 0x80, &ChannelRecord::patternState,
-     &EventHandler::setStatePatternM, nullptr, nullptr},
+    {STATE_PATTERN, "Pattern", "Enable Pattern:", " Patterns ", "Pattern", PATTERN_MOD_BIT,
+     &ChannelRecord::patternState, &EventHandler::setStatePatternM, nullptr, nullptr},
 }};
 
 } // namespace Kavor::HandheldGui

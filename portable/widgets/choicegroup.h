@@ -10,7 +10,7 @@ class QWidget;
 namespace Kavor::HandheldGui {
 
 /// A choice of two or three buttons of which one carries the pressed style. It only shows: pressing a button emits
-/// chosen(), and the look moves when choose() is called, so a refused command leaves it as it was. GUI thread.
+/// clicked(), and the look moves when choose() is called, so a refused command leaves it as it was. GUI thread.
 class ChoiceGroup : public QObject {
     Q_OBJECT
 

@@ -4,6 +4,7 @@
 
 #include <QListView>
 #include <QStyledItemDelegate>
+#include <QTimer>
 
 namespace Kavor::HandheldGui {
 
@@ -13,6 +14,22 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
     setItemDelegate(new QStyledItemDelegate(this));
     view()->setStyleSheet(WIDGET_COMBO_LIST_STYLE);
     connect(this, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &ComboBox::indexChanged);
+}
+
+void ComboBox::showPopup() {
+    m_open = true;
+    QComboBox::showPopup();
+}
+
+void ComboBox::hidePopup() {
+    QComboBox::hidePopup();
+    if (!m_open)
+        return;
+    // The list hides before it tells what was chosen.
+    QTimer::singleShot(0, this, [this] {
+        m_open = false;
+        emit closed();
+    });
 }
 
 } // namespace Kavor::HandheldGui

@@ -12,8 +12,20 @@ class ComboBox : public QComboBox {
 public:
     explicit ComboBox(QWidget* parent = nullptr);
 
+    /// True while the list is open.
+    bool isOpen() const { return m_open; }
+
+    void showPopup() override;
+    void hidePopup() override;
+
 signals:
     void indexChanged(int index);
+
+    /// The list has closed, and whatever was chosen in it has taken effect.
+    void closed();
+
+private:
+    bool m_open = false;
 };
 
 } // namespace Kavor::HandheldGui

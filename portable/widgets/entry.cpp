@@ -39,11 +39,6 @@ double normalizeEntry(const EntryUnits& units, QLineEdit* edit, QComboBox* combo
     return canonical;
 }
 
-void tell(MessageSink* toast, const QString& text) {
-    if (toast)
-        toast->showMessage(text, 0);
-}
-
 } // namespace
 
 void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result, const int* decimals) {

@@ -7,9 +7,10 @@
 namespace Kavor::HandheldGui {
 
 /// Makes one action of one press. A touch screen may report a press twice, as a touch (of which Qt makes a mouse press
-/// where nobody accepts it) and, through the driver's mouse emulation, as a mouse press of its own. Whichever comes second
-/// at the same place within a moment is dropped, with everything up to its release, wherever that goes meanwhile: a dialog
-/// that the first one closed cannot let the second one hit what lies below. Watches the whole application; GUI thread.
+/// where nobody accepts it) and, through the driver's mouse emulation, as a mouse press of its own. Whichever comes
+/// second at the same place within a moment is dropped, with everything up to its release, wherever that goes
+/// meanwhile: a dialog that the first one closed cannot let the second one hit what lies below. Watches the whole
+/// application; GUI thread.
 class PressFilter : public QObject {
     Q_OBJECT
 

@@ -1,5 +1,7 @@
 #include "portable/widgets/vkeditors.h"
 
+#include "values/messagesink.h"
+
 #include "portable/widgets/vkeyboard.h"
 #include "values/formatting.h"
 #include "values/units.h"
@@ -27,7 +29,7 @@ bool vkPowerEdit::takeEntry(const QString& unit) {
         return true;
     double dBm = 0;
     if (!powerToDbm(value, unit.toStdString(), dBm)) {
-        tell(QStringLiteral("mV and \u00B5V values must be greater than zero"));
+        tell(messageSink(), QStringLiteral("mV and \u00B5V values must be greater than zero"));
         return false;
     }
     setText(formatNumber(dBm, kPowerDecimals));

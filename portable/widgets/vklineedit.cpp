@@ -41,11 +41,6 @@ void ValueEdit::focusInEvent(QFocusEvent* event) {
     deselect();
 }
 
-void ValueEdit::tell(const QString& message) {
-    if (m_sink)
-        m_sink->showMessage(message, 0);
-}
-
 // The keyboard and the receivers of valueChanged run event loops, in which the screen that owns the editor can go.
 void ValueEdit::edit() {
     const QPointer<ValueEdit> alive(this);

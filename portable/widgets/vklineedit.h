@@ -68,7 +68,7 @@ protected:
         return true;
     }
 
-    void tell(const QString& message);
+    MessageSink* messageSink() const { return m_sink; }
 
 private:
     void edit();

@@ -75,6 +75,7 @@ public:
             dialog.reject();
         });
         open();
+        QCoreApplication::processEvents(); // some boxes come from the event loop
     }
 
     void writeIndex() {

@@ -1,3 +1,4 @@
+#include "portable/screens/wdgrfmod.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
 #include "tests/gui/paneltest.h"
@@ -6,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 
@@ -393,6 +395,114 @@ private slots:
         QVERIFY(panel().enter("cwPower", "2"));
         QCOMPARE(panel().record().power.value, 2.0);
         QTRY_VERIFY(!panel().widget<QWidget>("linkLost")->isVisible());
+    }
+
+    /// RF goes on again while the modulation that it stopped does not answer: RF shows on.
+    void rfOnWhileItsOffStillWaits() {
+        PanelFixture::Setup setup;
+        setup.commandTimeoutMs = 300;
+        start(setup);
+        allowMessages("\\[SCPI\\]");
+        QVERIFY(panel().press("rfOn") && panel().press("enableAM") && panel().press("modOn"));
+        fail(Sim::Fault::Lost, ":AM:STAT");
+        QTimer::singleShot(50, [this] { panel().press("rfOn"); });
+        QVERIFY(panel().press("rfOff"));
+        QCOMPARE(panel().record().rfOutput, 1U);
+        QVERIFY(panel().hasStyle("rfOn", PRESSED_MOD_BTN_STYLE));
+        QVERIFY(panel().widget<QWidget>("modOn")->isEnabled());
+    }
+
+    /// Off is pressed while the first of two modulations is being started: nothing may run afterwards.
+    void offWhileModulationsStart_data() {
+        QTest::addColumn<QString>("off");
+        for (const char* off : {"rfOff", "modOff", "modulateOff"})
+            QTest::newRow(off) << off;
+    }
+    void offWhileModulationsStart() {
+        QFETCH(QString, off);
+        QVERIFY(panel().press("rfOn") && panel().press("tabFM") && panel().press("enableFM"));
+        QVERIFY(panel().press("tabPulse") && panel().press("enablePulse"));
+        fail(Sim::Fault::Late, ":FM:STAT", 200);
+        QTimer::singleShot(50, [this, off] { panel().press(off); });
+        QVERIFY(panel().press("modOn"));
+        QTRY_VERIFY(!panel().handler().isWaiting());
+        QCOMPARE(panel().record().fmState, 0U);
+        QCOMPARE(panel().record().pulseState, 0U);
+        QVERIFY(panel().hasStyle("modOff", PRESSED_MOD_BTN_STYLE));
+        QCOMPARE(panel().text("statusModulation"), QString("Mode: CW"));
+        QVERIFY(panel().widget<QCheckBox>("enablePulse")->isEnabled());
+    }
+
+    /// A second box is ticked while the first one's command waits: the module gets both.
+    void twoEnablesAtOnce() {
+        QVERIFY(panel().press("tabFM"));
+        fail(Sim::Fault::Late, ":MOD", 200);
+        QTimer::singleShot(50, [this] { QVERIFY(panel().press("tabPulse") && panel().press("enablePulse")); });
+        QVERIFY(panel().press("enableFM"));
+        QTRY_COMPARE(panel().record().modulationEnable, 0x22U);
+        QVERIFY(panel().widget<QCheckBox>("enableFM")->isChecked());
+        QVERIFY(panel().widget<QCheckBox>("enablePulse")->isChecked());
+        QCOMPARE(panel().toast(), QString());
+    }
+
+    /// A modulation that cannot be stopped keeps the boxes locked, so that it stays the one that Off stops.
+    void failedOffKeepsTheBoxesLocked() {
+        QVERIFY(panel().press("rfOn") && panel().press("enableAM") && panel().press("modOn"));
+        fail(Sim::Fault::Refuse, ":AM:STAT");
+        expectMessage("\\[SCPI\\] write failed");
+        QVERIFY(panel().press("modOff"));
+        QCOMPARE(panel().toast(), QString("Couldn't stop Mode: AM modulations"));
+        QVERIFY(!panel().widget<QCheckBox>("enableAM")->isEnabled());
+        panel().module().clearFaults();
+        QVERIFY(panel().press("modOff"));
+        QCOMPARE(panel().record().amState, 0U);
+    }
+
+    /// A refused entry is put right by choosing another unit: the number stays the one that was entered.
+    void refusedEntryCorrectedByItsUnit() {
+        QVERIFY(panel().enter("cwFrequency", "50", "keyUnit0"));
+        auto* unit = panel().widget<QComboBox>("cwFrequencyUnit");
+        unit->showPopup();
+        panel().window().toast()->hideImmediate();
+        panel().module().modify(0, [](ChannelRecord& r) { r.frequency.value = 5e6; });
+        panel().window().refreshFromModule();
+        QCOMPARE(panel().text("cwFrequency"), QString("50.000000000000"));
+        unit->hidePopup();
+        unit->setCurrentIndex(1);
+        QCOMPARE(panel().sent(), QStringList{":FREQ 50000000.000"});
+        QCOMPARE(panel().text("cwFrequency"), QString("50.000000000"));
+    }
+
+    void namedSlots_data() {
+        QTest::addColumn<QString>("editor");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("bnSetFrequencyAM") << "amFrequency"
+                                          << ":AM:INT:FREQ 2000.000";
+        QTest::newRow("bnSetDepthAM") << "amDepth"
+                                      << ":AM:DEPT 2.0";
+        QTest::newRow("bnSetFrequencyFM") << "fmFrequency"
+                                          << ":FM:INT:FREQ 2000";
+        QTest::newRow("bnSetDeviationFM") << "fmDeviation"
+                                          << ":FM:DEV 2000.000";
+        QTest::newRow("bnSetFrequencyPM") << "pmFrequency"
+                                          << ":PM:INT:FREQ 2000.000000";
+        QTest::newRow("bnSetDeviationPM") << "pmDeviation"
+                                          << ":PM:DEV 2.00";
+        QTest::newRow("bnSetTimePulse") << "pulseWidth"
+                                        << ":PULS:WIDT 0.000002000";
+        QTest::newRow("onSetPulseFrequency") << "pulseRate"
+                                             << ":PULS:FREQ 2000.000000000";
+    }
+    void namedSlots() {
+        QFETCH(QString, editor);
+        auto* widget = panel().window().findChild<rfModulationsWidget*>();
+        panel().widget<QLineEdit>(editor)->setText("2");
+        if (auto* unit = panel().widget<QComboBox>(editor + "Unit")) {
+            const QSignalBlocker quiet(unit);
+            unit->setCurrentIndex(1); // KHz, or µs
+        }
+        QVERIFY(QMetaObject::invokeMethod(widget, QTest::currentDataTag()));
+        QTEST(panel().sent().join("; "), "sent");
     }
 
     /// Taps while a slow command is on its way: each is carried out, each with its own answer.

@@ -34,7 +34,9 @@ class MainWindowTest : public PanelTest {
         });
         window().refreshFromModule();
         window().set_battery_level(static_cast<unsigned short>(percent));
+        QCoreApplication::processEvents(); // a warning comes from the event loop
     }
+
 protected:
     void setUp() override {
         PanelFixture::Setup setup;

@@ -28,9 +28,9 @@ class SweepScreenTest : public PanelTest {
             const double times[] = {1, 1e3, 1e6};
             const QString editor = prefix + name;
             const auto* unit = panel().widget<QComboBox>(editor + "Unit");
-            const double factor = !unit                    ? 1
+            const double factor = !unit                   ? 1
                                   : name.endsWith("Time") ? times[unit->currentIndex()]
-                                                           : scale[unit->currentIndex()];
+                                                          : scale[unit->currentIndex()];
             return panel().text(editor).toDouble() * factor;
         };
         const double resolution = frequency ? 0.001 : 0.0001;
@@ -87,8 +87,7 @@ private slots:
         row("step size", "frsw", true, "StepSize", "50", "keyUnit1", {":FRSW:STOP 1500000000"});
         row("steps", "frsw", false, "Steps", "2", "keyEnter", {":FRSW:STEP 2"});
         row("steps as they are", "frsw", false, "Steps", "11", "keyEnter", {});
-        row("steps move the stop", "frsw", true, "Steps", "6", "keyEnter",
-            {":FRSW:STEP 6", ":FRSW:STOP 1500000000"});
+        row("steps move the stop", "frsw", true, "Steps", "6", "keyEnter", {":FRSW:STEP 6", ":FRSW:STOP 1500000000"});
         row("step time", "frsw", false, "StepTime", "2", "keyUnit2", {":FRSW:TIME 0.002000000"});
         row("total time", "frsw", false, "TotalTime", "22", "keyUnit2", {":FRSW:TIME 0.002000000"});
         row("total time that does not divide", "frsw", false, "TotalTime", "10", "keyUnit2",

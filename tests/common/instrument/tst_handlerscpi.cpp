@@ -505,12 +505,12 @@ void TestHandlerScpi::cachedValuesAndLimits() {
     const EventHandler& e = *f.handler;
     QCOMPARE(e.cachedValue(DeviceValueId::FmDeviation), 7.0);
     QCOMPARE(e.cachedValue(DeviceValueId::PrswStop), 3.0);
-    QCOMPARE(e.cachedMinimum(DeviceValueId::PrswStop), -20.0);
-    QCOMPARE(e.cachedMaximum(DeviceValueId::FrswTime), 1e9);
-    QCOMPARE(e.cachedMinimum(DeviceValueId::FrswTime), 1.0);
-    QCOMPARE(e.cachedMaximum(DeviceValueId::TriggerCount), 1000.0);
-    QVERIFY(e.limitsPublished(DeviceValueId::TriggerCount));
-    QVERIFY(!e.limitsPublished(DeviceValueId::AmRate));
+    QCOMPARE(e.cachedLimits(DeviceValueId::PrswStop).minimum, -20.0);
+    QCOMPARE(e.cachedLimits(DeviceValueId::FrswTime).maximum, 1e9);
+    QCOMPARE(e.cachedLimits(DeviceValueId::FrswTime).minimum, 1.0);
+    QCOMPARE(e.cachedLimits(DeviceValueId::TriggerCount).maximum, 1000.0);
+    QVERIFY(e.cachedLimits(DeviceValueId::TriggerCount).known());
+    QVERIFY(!e.cachedLimits(DeviceValueId::AmRate).known());
 }
 
 void TestHandlerScpi::wordChoices_data() {
