@@ -1,6 +1,7 @@
 #include "common/instrument/handlerscpi.h"
 #include "platform/devicepaths.h"
 #include "platform/logger.h"
+#include "portable/focustrace.h"
 #include "portable/mainwindow.h"
 #include "portable/splash.h"
 #include "portable/widgets/styles/styles.h"
@@ -23,6 +24,8 @@ int main(int argc, char** argv) {
     log->set_log_QtMsgType_file(false);
     log->init(DevicePaths::logFolder(), QStringLiteral("portable_gui"), {});
     Logger::instance.log(__FILE__, "main", __LINE__, "main", QtInfoMsg, "start Portable GUI application");
+
+    FocusTrace::startIfAsked(&application);
 
     // A desktop is not the instrument: there the pointer helps.
     if (!qEnvironmentVariableIsSet("VELDA_SHOW_POINTER"))
