@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/instrument/channel_record.h"
 #include "portable/screens/iguiscreen.h"
+#include "portable/screens/readoutgroup.h"
 
 #include <QString>
 #include <functional>
@@ -34,11 +34,5 @@ private:
     std::vector<Row> m_rows;
     std::vector<QLabel*> m_values;
 };
-
-/// A text of the record as a label shows it.
-template <std::size_t N>
-QString recordQText(const char (&field)[N]) {
-    return QString::fromStdString(recordText(field));
-}
 
 } // namespace Kavor::HandheldGui

@@ -1,28 +1,70 @@
 #include "portable/screens/screenabout.h"
 
+#include "common/instrument/handlerscpi.h"
+#include "portable/screens/readoutgroup.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QLabel>
+#include <QPixmap>
+#include <QSysInfo>
 #include <QtGlobal>
 
 namespace Kavor::HandheldGui {
 
+namespace {
+
+constexpr int PictureWidth = 560;
+constexpr int GroupGap = 10;
+constexpr int ValueX = 240;
+
+std::function<QString(const ChannelRecord&)> fixedText(const QString& text) {
+    return [text](const ChannelRecord&) {
+        return text;
+    };
+}
+
+/// The day of the build (of the sources, where a package build sets SOURCE_DATE_EPOCH) and the processor built for.
+QString buildText() {
+    return QStringLiteral("%1, %2").arg(QString::fromLatin1(__DATE__).simplified(), QSysInfo::buildCpuArchitecture());
+}
+
+} // namespace
+
 aboutScreen::aboutScreen(QWidget* parent, std::vector<STATE> states)
-    : ReadoutScreen(parent, std::move(states), QStringLiteral("pageAbout"), QString(), QStringLiteral("About"),
-                    {
-                        {QStringLiteral("Model"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.model);
-                         }},
-                        {QStringLiteral("Panel Version"),
-                         [](const ChannelRecord&) {
-                             return QStringLiteral(VELDA_VERSION);
-                         }},
-                        {QStringLiteral("FW/FPGA Version"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.firmwareVersion);
-                         }},
-                        {QStringLiteral("Qt Version"),
-                         [](const ChannelRecord&) {
-                             return QString::fromLatin1(qVersion());
-                         }},
-                    }) {}
+    : IGuiScreen(parent, std::move(states)), m_page(makePage(QStringLiteral("pageAbout"))) {
+    const int height = Style::PageHeight - 8;
+    const QRect left(Style::PageMargin, 0, PictureWidth, height);
+    auto* frame = new PageGroup(m_page, QString(), left);
+    QLabel* picture = frame->addLabel(12, 12, left.width() - 24, left.height() - 24, QString());
+    picture->setObjectName(QStringLiteral("aboutPicture"));
+    picture->setAlignment(Qt::AlignCenter);
+    picture->setPixmap(QPixmap(QStringLiteral(":/product.png"))
+                           .scaled(picture->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+
+    const int x = left.right() + 1 + GroupGap;
+    using R = ChannelRecord;
+    m_versions = new ReadoutGroup(
+        m_page, QStringLiteral("About"), QRect(x, 0, Style::WindowWidth - Style::PageMargin - x, height), ValueX,
+        {{QStringLiteral("Model"), QStringLiteral("aboutModel"), textField(&R::model)},
+         {QStringLiteral("Serial"), QStringLiteral("aboutSerial"), textField(&R::serial)},
+         {QStringLiteral("Panel Version"), QStringLiteral("aboutPanel"), fixedText(QStringLiteral(VELDA_VERSION))},
+         {QStringLiteral("FW/FPGA Version"), QStringLiteral("aboutModule"), textField(&R::firmwareVersion)},
+         {QStringLiteral("Qt Version"), QStringLiteral("aboutQt"), fixedText(QString::fromLatin1(qVersion()))},
+         {QStringLiteral("Build"), QStringLiteral("aboutBuild"), fixedText(buildText())}});
+}
+
+void aboutScreen::update_from_config(STATE) {
+    m_versions->readFrom(handler().snapshot());
+}
+
+void aboutScreen::update_controls(STATE) {}
+
+void aboutScreen::show() {
+    m_page->show();
+}
+
+void aboutScreen::hide() {
+    m_page->hide();
+}
 
 } // namespace Kavor::HandheldGui

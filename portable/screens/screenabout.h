@@ -1,15 +1,28 @@
 #pragma once
 
-#include "portable/screens/readoutscreen.h"
+#include "portable/screens/iguiscreen.h"
 
 namespace Kavor::HandheldGui {
 
-/// The versions of panel, module and libraries.
-class aboutScreen : public ReadoutScreen {
+class ReadoutGroup;
+
+/// The product's picture and the versions of panel, module and libraries.
+class aboutScreen : public IGuiScreen {
     Q_OBJECT
 
 public:
     aboutScreen(QWidget* parent, std::vector<STATE> states);
+
+    void update_from_config(STATE state) override;
+    void show() override;
+    void hide() override;
+
+    /// Does nothing: the screen has no sub-views.
+    void update_controls(STATE state);
+
+private:
+    QWidget* m_page;
+    ReadoutGroup* m_versions;
 };
 
 } // namespace Kavor::HandheldGui

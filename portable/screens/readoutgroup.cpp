@@ -1,0 +1,72 @@
+#include "portable/screens/readoutgroup.h"
+
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QFontMetrics>
+#include <QLabel>
+#include <QVariant>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int FirstRow = 56;
+
+int widthOf(const QString& text, int pixels) {
+    QFont font(QStringLiteral("Segoe UI"));
+    font.setPixelSize(pixels);
+    font.setWeight(QFont::DemiBold);
+    return QFontMetrics(font).horizontalAdvance(text);
+}
+
+/// The module's texts have no blanks to wrap at, so they may be broken behind every character.
+QString breakable(const QString& text) {
+    QString broken;
+    for (const QChar c : text)
+        broken += c + QString(QChar(0x200B));
+    return broken;
+}
+
+void showFitted(QLabel* label, const QString& text) {
+    const int room = label->width();
+    const bool large = widthOf(text, Style::TextLabel) <= room;
+    applySheet(label, large ? DYN_VALUE_STYLE : DYN_VALUE_STYLE2);
+    const bool twoLines = !large && widthOf(text, Style::TextGroup) > room;
+    label->setWordWrap(twoLines);
+    label->setText(twoLines ? breakable(text) : text);
+}
+
+} // namespace
+
+ReadoutGroup::ReadoutGroup(QWidget* parent, const QString& title, const QRect& geometry, int valueX,
+                           const std::vector<Row>& rows)
+    : PageGroup(parent, title, geometry), m_rows(rows) {
+    int y = FirstRow;
+    for (const Row& row : m_rows) {
+        addLabel(Left.labelX, y, valueX - Left.labelX - Style::Gap, RowHeight, row.label);
+        QLabel* value = addLabel(valueX, y, geometry.width() - valueX - Left.labelX, RowHeight, QString());
+        value->setObjectName(row.name);
+        value->setTextFormat(Qt::PlainText); // the module's texts are not trusted to be free of markup
+        m_values.push_back(value);
+        y += RowHeight;
+    }
+}
+
+void ReadoutGroup::readFrom(const ChannelRecord& record) {
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        // Compared before the fitting, which costs more than the refresh of a second may.
+        const QString text = m_rows[i].value(record);
+        QLabel* label = m_values[i];
+        if (label->property("shown") == text)
+            continue;
+        label->setProperty("shown", text);
+        showFitted(label, text);
+    }
+}
+
+int ReadoutGroup::rowsEnd() const {
+    return FirstRow + static_cast<int>(m_rows.size()) * RowHeight;
+}
+
+} // namespace Kavor::HandheldGui
