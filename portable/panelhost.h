@@ -1,18 +1,27 @@
 #pragma once
 
+#include "portable/networkfacts.h"
 #include "portable/widgets/state.h"
 
 #include <QMainWindow>
+#include <functional>
 
 class EventHandler;
 
 namespace Kavor::HandheldGui {
 
 class ToastOverlay;
+class UpdateEntry;
 
-/// Times that the panel keeps, in milliseconds.
+/// What the panel is given by whoever puts it together.
 struct PanelSettings {
-    int refreshMs = 1000; ///< period of the record refresh
+    int refreshMs = 1000; ///< period of the record refresh, in milliseconds
+
+    /// Reads the network of the device, on a thread of its own; null reads the operating system's.
+    std::function<NetworkFacts()> readNetwork;
+
+    /// The list of update packages; not owned. Without one "Update SW" is disabled.
+    UpdateEntry* updateEntry = nullptr;
 };
 
 /// What a screen may ask of the window that holds it. The panel's main window implements it; a test may put a small

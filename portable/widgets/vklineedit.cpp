@@ -30,9 +30,13 @@ bool ValueEdit::event(QEvent* event) {
     if (!press || !isEnabled())
         return QLineEdit::event(event);
     event->accept();
-    if (!m_editing && (m_unitBox || m_units != Units::BoxNeeded))
-        edit();
+    openKeyboard();
     return true;
+}
+
+void ValueEdit::openKeyboard() {
+    if (isEnabled() && !m_editing && (m_unitBox || m_units != Units::BoxNeeded))
+        edit();
 }
 
 // The focus comes and goes with the keyboard; it never shows as a selection in the field.

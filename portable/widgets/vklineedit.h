@@ -39,6 +39,9 @@ public:
     /// True from the touch until everything that valueChanged() started has come back.
     bool isEditing() const { return m_editing; }
 
+    /// Opens the keyboard as a touch does; nothing while the editor is disabled or its keyboard is open.
+    void openKeyboard();
+
     /// The unit that the last entry was made in.
     const QString& chosenUnit() const { return m_chosenUnit; }
 
