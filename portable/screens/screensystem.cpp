@@ -2,43 +2,188 @@
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/panelhost.h"
+#include "portable/screens/listcfg.h"
+#include "portable/screens/readoutgroup.h"
+#include "portable/screens/system_listpage.h"
+#include "portable/screens/system_updateentry.h"
+#include "portable/screens/wdgethernet.h"
+#include "portable/widgets/choicegroup.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
 
+#include <QLabel>
+#include <QPushButton>
+#include <QTableWidget>
 #include <QTimer>
+#include <cmath>
+
+// The pages of the system screen and what they show. What its buttons do is in screensystem_actions.cpp.
 
 namespace Kavor::HandheldGui {
 
+struct systemScreen::Button {
+    const char* text;
+    const char* name;
+    void (systemScreen::*slot)();
+};
+
+namespace {
+
+constexpr int LeftWidth = 404;
+constexpr int GroupGap = 10;
+constexpr int TitleHeight = 52;
+constexpr int ButtonX = 24;
+constexpr int ButtonWidth = 172;
+constexpr int ButtonPitch = ButtonWidth + Style::Gap;
+constexpr int RowPitch = Style::ButtonHeight + Style::Gap;
+constexpr int StateHeight = 212;
+constexpr int ReferenceHeight = 136;
+constexpr int ValueX = 240;
+constexpr int ProtectionWidth = 340;
+
+QString temperatureText(const ChannelRecord& record) {
+    if (!std::isfinite(record.temperature))
+        return QStringLiteral("--- °C");
+    // Rounded first, so that a little below zero does not read as "-0.0".
+    const double tenths = std::round(record.temperature * 10);
+    return QString::number(tenths == 0 ? 0.0 : tenths / 10, 'f', 1) + QStringLiteral(" °C");
+}
+
+bool isDischarging(const ChannelRecord& record) {
+    return record.batteryCurrent < 0;
+}
+
+} // namespace
+
 systemScreen::systemScreen(QWidget* parent, std::vector<STATE> states)
-    : ReadoutScreen(parent, std::move(states), QStringLiteral("pageSystem"), QString(),
-                    QStringLiteral("System Information"),
-                    {
-                        {QStringLiteral("Model"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.model);
-                         }},
-                        {QStringLiteral("Serial"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.serial);
-                         }},
-                        {QStringLiteral("Temperature"),
-                         [](const ChannelRecord& r) {
-                             return QString::number(r.temperature, 'f', 1) + QStringLiteral(" °C");
-                         }},
-                        {QStringLiteral("Options"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.options);
-                         }},
-                        {QStringLiteral("FW/FPGA Version"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.firmwareVersion);
-                         }},
-                        {QStringLiteral("Calibration Date"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.calibrationDate);
-                         }},
-                    }),
+    : IGuiScreen(parent, std::move(states)),
+      m_page(makePage(QStringLiteral("pageSystem"))),
+      m_lan(new ethScreen(parent, this->states())),
       m_timer(new QTimer(this)) {
+    m_lan->setParent(this);
+    m_subState = Main;
+    buildState();
+    buildReference();
+    buildEntries();
+    buildInformation();
+    buildSubPages();
     connect(m_timer, &QTimer::timeout, this, &systemScreen::updateValues);
     m_timer->start(host().settings().refreshMs);
+}
+
+systemScreen::~systemScreen() = default;
+
+QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const Button& button) {
+    QPushButton* made = makeButton(group, QString::fromLatin1(button.text), QString::fromLatin1(button.name));
+    made->setGeometry(place);
+    connect(made, &QPushButton::clicked, this, button.slot);
+    return made;
+}
+
+void systemScreen::buildState() {
+    static const Button buttons[] = {{"Store", "sysStore", &systemScreen::onStoreButton},
+                                     {"Recall", "sysRecall", &systemScreen::onRecallButton},
+                                     {"Preset", "sysPreset", &systemScreen::onPresetButton},
+                                     {"Erase", "sysErase", &systemScreen::onEraseButton}};
+    auto* group =
+        new PageGroup(m_page, QStringLiteral("Instrument State"), QRect(Style::PageMargin, 0, LeftWidth, StateHeight));
+    int index = 0;
+    for (const Button& button : buttons) {
+        placeButton(group,
+                    QRect(ButtonX + index % 2 * ButtonPitch, TitleHeight + index / 2 * RowPitch, ButtonWidth,
+                          Style::ButtonHeight),
+                    button);
+        ++index;
+    }
+}
+
+void systemScreen::buildReference() {
+    auto* group = new PageGroup(m_page, QStringLiteral("Reference Settings"),
+                                QRect(Style::PageMargin, StateHeight + GroupGap, LeftWidth, ReferenceHeight));
+    std::vector<ChoiceGroup::Button> words;
+    for (const char* word : ReferenceOscillatorToString)
+        words.push_back({QString::fromLatin1(word), QStringLiteral("reference") + QLatin1String(word), QString()});
+    m_reference = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, words);
+    m_reference->place(ButtonX, TitleHeight, ButtonWidth, Style::ButtonHeight);
+    connect(m_reference, &ChoiceGroup::clicked, this, &systemScreen::chooseReference);
+}
+
+void systemScreen::buildEntries() {
+    const int top = StateHeight + ReferenceHeight + 2 * GroupGap;
+    const QRect place(Style::PageMargin, top, LeftWidth, Style::PageHeight - 8 - top);
+    auto* group = new PageGroup(m_page, QString(), place);
+    const QRect first(ButtonX, (place.height() - RowPitch - Style::ButtonHeight) / 2, LeftWidth - 2 * ButtonX,
+                      Style::ButtonHeight);
+    placeButton(group, first, {"LAN settings", "sysLan", &systemScreen::onLanButton});
+    m_update =
+        placeButton(group, first.translated(0, RowPitch), {"Update SW", "sysUpdate", &systemScreen::onUpdButton});
+    m_update->setEnabled(host().settings().updateEntry != nullptr);
+}
+
+void systemScreen::buildInformation() {
+    const int left = Style::PageMargin + LeftWidth + GroupGap;
+    const QRect place(left, 0, Style::WindowWidth - Style::PageMargin - left, Style::PageHeight - 8);
+    using R = ChannelRecord;
+    m_information = new ReadoutGroup(
+        m_page, QStringLiteral("System Information"), place, ValueX,
+        {{QStringLiteral("Model"), QStringLiteral("sysModel"), textField(&R::model)},
+         {QStringLiteral("Serial"), QStringLiteral("sysSerial"), textField(&R::serial)},
+         {QStringLiteral("Temperature"), QStringLiteral("sysTemperature"), temperatureText},
+         {QStringLiteral("Options"), QStringLiteral("sysOptions"), textField(&R::options)},
+         {QStringLiteral("FW/FPGA Version"), QStringLiteral("sysVersion"), textField(&R::firmwareVersion)},
+         {QStringLiteral("Calibration Date"), QStringLiteral("sysCalibration"), textField(&R::calibrationDate)}});
+    const int y = m_information->rowsEnd();
+    m_protection = m_information->addLabel(ButtonX, y, ProtectionWidth, ReadoutGroup::RowHeight, QString());
+    m_protection->setObjectName(QStringLiteral("sysBatteryProtection"));
+    const int emptyX = ButtonX + ProtectionWidth;
+    m_empty = m_information->addLabel(emptyX, y, place.width() - emptyX - ButtonX, ReadoutGroup::RowHeight,
+                                      QStringLiteral("Battery is Empty: module is OFF!"));
+    m_empty->setObjectName(QStringLiteral("sysBatteryEmpty"));
+    m_empty->setStyleSheet(DYN_VALUE_STYLE + QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Wrong)));
+    m_empty->hide();
+}
+
+void systemScreen::buildSubPages() {
+    m_configurationPage =
+        new ListPage(makePage(QStringLiteral("pageConfigurations")), QStringLiteral("Saved Configurations"),
+                     QStringLiteral("No saved configuration"), QStringLiteral("configurationsBack"));
+    m_configurations = new cfgList(m_configurationPage->group());
+    m_configurationPage->setTable(m_configurations);
+    connect(m_configurations, &cfgList::loadCfg, this, &systemScreen::onMsgLoadCfgList);
+    connect(m_configurations, &cfgList::saveCfg, this, &systemScreen::onMsgSaveCfgList);
+    connect(m_configurations, &cfgList::deleteCfg, this, &systemScreen::onMsgDeleteCfgList);
+    connect(m_configurationPage, &ListPage::back, this, [this] { showSubPage(Main); });
+    connect(m_lan, &ethScreen::back, this, [this] { showSubPage(Main); });
+
+    UpdateEntry* update = host().settings().updateEntry;
+    if (!update)
+        return;
+    m_packagePage = new ListPage(makePage(QStringLiteral("pagePackages")), QStringLiteral("Update Packages"),
+                                 QStringLiteral("No update package found"), QStringLiteral("packagesBack"));
+    m_packagePage->setTable(update->makeList(m_packagePage->group(), host()));
+    connect(m_packagePage, &ListPage::back, this, [this] { showSubPage(Main); });
+}
+
+void systemScreen::showSubPage(SubPage page) {
+    m_subState = page;
+    const auto showIf = [](auto* shown, bool visible) {
+        if (shown && visible)
+            shown->show();
+        else if (shown)
+            shown->hide();
+    };
+    showIf(m_page, page == Main);
+    showIf(m_configurationPage, page == Configurations);
+    showIf(static_cast<IGuiScreen*>(m_lan), page == Lan);
+    showIf(m_packagePage, page == Packages);
+}
+
+void systemScreen::show() {
+    showSubPage(Main);
+}
+
+void systemScreen::hide() {
+    showSubPage(None);
 }
 
 void systemScreen::postInit() {
@@ -47,18 +192,38 @@ void systemScreen::postInit() {
 
 void systemScreen::updateValues() {
     host().refreshFromModule();
-    ReadoutScreen::update_from_config(STATE_SYSTEM);
+    showInformation();
     handOnBattery();
 }
 
 void systemScreen::update_from_config(STATE state) {
-    ReadoutScreen::update_from_config(state);
+    showReference();
+    showInformation();
     handOnBattery();
+    m_lan->update_from_config(state);
+}
+
+void systemScreen::showInformation() {
+    const ChannelRecord& record = handler().snapshot();
+    m_information->readFrom(record);
+    m_protection->setText(record.batteryProtection == 1 ? QStringLiteral("Battery protection ON")
+                                                        : QStringLiteral("Battery protection OFF"));
+    m_empty->setVisible(record.batteryCharge == 0 && isDischarging(record));
+}
+
+void systemScreen::showReference() {
+    const std::string held = recordText(handler().snapshot().referenceOscillator);
+    int chosen = -1;
+    for (std::size_t i = 0; i < ReferenceOscillatorToString.size(); ++i) {
+        if (held == ReferenceOscillatorToString[i])
+            chosen = static_cast<int>(i);
+    }
+    m_reference->choose(chosen);
 }
 
 void systemScreen::handOnBattery() {
     const ChannelRecord& record = handler().snapshot();
-    const bool discharging = record.batteryCurrent < 0;
+    const bool discharging = isDischarging(record);
     const unsigned threshold = record.lowBatteryThreshold;
     if (m_batterySeen && record.batteryCharge == m_charge && discharging == m_discharging && threshold == m_threshold)
         return;

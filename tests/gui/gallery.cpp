@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QMovie>
 #include <QPainter>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
 #include <cstdio>
@@ -154,6 +155,67 @@ void pagePictures(Gallery& g) {
     g.shot("page-pattern");
 }
 
+/// A folder of saved configurations and a network with long names.
+void systemPictures(Gallery& g) {
+    QTemporaryDir home;
+    qputenv("VELDA_HOME", QFile::encodeName(home.path()));
+    PanelFixture::Setup setup;
+    setup.readNetwork = [] {
+        NetworkFacts facts;
+        facts.hostName = "velda-handheld-signal-generator-000101-laboratory-3-bench-twelve";
+        facts.interfaces = {{false, "00:1B:44:11:3A:B7", {{"192.168.100.150", "255.255.255.0"}}}};
+        return facts;
+    };
+    g.start(setup);
+    g.panel().press("funcSystem");
+    g.panel().press("sysRecall");
+    g.shot("system-recall-empty");
+    const QString folder = home.path() + "/kavor/preset/preset/";
+    QDir().mkpath(folder);
+    for (int i = 1; i <= 12; ++i) {
+        QFile file(folder + QString("preset-%1.json").arg(i * 3));
+        if (!file.open(QIODevice::WriteOnly))
+            qFatal("%s cannot be written.", qPrintable(file.fileName()));
+    }
+    g.panel().press("configurationsBack");
+    g.panel().press("sysStore");
+    g.shot("system-store");
+    g.panel().press("configurationsBack");
+    g.panel().press("sysErase");
+    g.shot("system-erase");
+    g.dialogShot("system-preset-question", DialogKind::Question, [&g] {
+        g.panel().press("configurationsBack");
+        g.panel().press("sysPreset");
+    });
+    g.panel().press("sysLan");
+    if (!QTest::qWaitFor([&g] { return !g.panel().text("lanHostName").isEmpty(); }, 5000))
+        qFatal("The network is not read.");
+    g.shot("system-lan");
+    g.panel().enter("lanPort", "5025");
+    g.panel().press("lanDynamic");
+    g.shot("system-lan-edited");
+    g.panel().press("lanBack");
+    g.module([](ChannelRecord& r) {
+        for (auto* text : {&r.model, &r.serial, &r.options, &r.firmwareVersion, &r.calibrationDate})
+            qstrncpy(*text, "PM,SWEEP,LIST,PATTERN,PULSE,OCX", sizeof *text);
+        qstrncpy(r.serial, "WWWWWWWWWWWWWWWWWWWWWWWWWWWWWWW", sizeof r.serial);
+        r.temperature = -12.34;
+        r.batteryCharge = -1;
+        r.batteryProtection = 0;
+        qstrncpy(r.referenceOscillator, "100MHz", sizeof r.referenceOscillator);
+    });
+    g.shot("system-long-texts-no-battery");
+    g.panel().press("funcAbout");
+    g.shot("about-long-texts");
+    g.panel().press("funcSystem");
+    g.panel().dialogs().expectButton(DialogKind::Critical, "Low Battery", QMessageBox::Ok);
+    g.module([](ChannelRecord& r) { r.batteryCharge = 0; });
+    if (!QTest::qWaitFor([&g] { return g.panel().widget<QWidget>("sysBatteryEmpty")->isVisible(); }, 5000))
+        qFatal("The empty battery is not noticed.");
+    g.shot("system-battery-empty");
+    qunsetenv("VELDA_HOME");
+}
+
 void headerPictures(Gallery& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
@@ -206,6 +268,7 @@ int main(int argc, char** argv) {
     cwPictures(gallery);
     keyboardPictures(gallery);
     pagePictures(gallery);
+    systemPictures(gallery);
     headerPictures(gallery);
     boxPictures(gallery);
     gallery.writeIndex();

@@ -43,6 +43,7 @@ PanelFixture::PanelFixture(const Setup& setup) {
     options.channels = setup.channels;
     options.disconnectedChannels = setup.disconnected;
     options.regionName = ownRegionName();
+    options.configurationFolder = setup.configurationFolder;
     m_module = std::make_unique<Sim::ModuleSimulator>(options);
     if (setup.startModule && !m_module->start())
         qFatal("The simulated module does not start.");
@@ -60,6 +61,8 @@ PanelFixture::PanelFixture(const Setup& setup) {
 
     PanelSettings panel;
     panel.refreshMs = setup.refreshMs;
+    panel.readNetwork = setup.readNetwork;
+    panel.updateEntry = setup.updateEntry;
     m_window = std::make_unique<MainWindow>(nullptr, m_handler.get(), panel);
     m_window->postInit();
     m_window->show();

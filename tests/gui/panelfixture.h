@@ -17,6 +17,9 @@ public:
         bool startModule = true;
         int commandTimeoutMs = 2000;
         int refreshMs = 100;
+        QString configurationFolder; ///< where the module keeps stored configurations; empty: in memory
+        std::function<Kavor::HandheldGui::NetworkFacts()> readNetwork;
+        Kavor::HandheldGui::UpdateEntry* updateEntry = nullptr;
     };
 
     PanelFixture();

@@ -43,6 +43,9 @@ private slots:
         QTest::newRow("list") << QStringList{"funcList"};
         QTest::newRow("run mode") << QStringList{"funcRunMode"};
         QTest::newRow("system") << QStringList{"funcSystem"};
+        QTest::newRow("system, store") << QStringList{"funcSystem", "sysStore"};
+        QTest::newRow("system, recall") << QStringList{"funcSystem", "sysRecall"};
+        QTest::newRow("system, LAN") << QStringList{"funcSystem", "sysLan"};
         QTest::newRow("about") << QStringList{"funcAbout"};
     }
     void screens() {

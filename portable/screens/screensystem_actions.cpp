@@ -1,0 +1,119 @@
+#include "common/instrument/handlerscpi.h"
+#include "portable/panelhost.h"
+#include "portable/screens/listcfg.h"
+#include "portable/screens/screensystem.h"
+#include "portable/screens/screentexts.h"
+#include "portable/screens/system_listpage.h"
+#include "portable/screens/system_ops.h"
+#include "portable/screens/system_updateentry.h"
+#include "portable/widgets/dialogs.h"
+#include "portable/widgets/vkeyboard.h"
+
+#include <QScopedValueRollback>
+
+// What the buttons of the system screen and the rows of its lists do.
+
+namespace Kavor::HandheldGui {
+
+void systemScreen::onStoreButton() {
+    openConfigurations(QStringLiteral("save"));
+}
+
+void systemScreen::onRecallButton() {
+    openConfigurations(QStringLiteral("load"));
+}
+
+void systemScreen::onEraseButton() {
+    openConfigurations(QStringLiteral("delete"));
+}
+
+void systemScreen::openConfigurations(const QString& mode) {
+    m_configurations->update_view(mode);
+    showSubPage(Configurations);
+}
+
+void systemScreen::onLanButton() {
+    showSubPage(Lan);
+}
+
+void systemScreen::onUpdButton() {
+    UpdateEntry* update = host().settings().updateEntry;
+    if (!update)
+        return;
+    update->refresh();
+    showSubPage(Packages);
+}
+
+void systemScreen::onPresetButton() {
+    if (m_operating || !confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
+        return;
+    const QScopedValueRollback<bool> operating(m_operating, true);
+    end(doPreset(&handler(), m_page, handler().channelCount()), true);
+}
+
+void systemScreen::onMsgLoadCfgList(const QString& file) {
+    const QString name = cfgList::bareName(file);
+    if (m_operating || !confirmAction(&host(), QStringLiteral("Recall configuration %1?").arg(name)))
+        return;
+    const QScopedValueRollback<bool> operating(m_operating, true);
+    end(doRecall(&handler(), m_page, handler().channelCount(), name), true);
+}
+
+void systemScreen::onMsgDeleteCfgList(const QString& file) {
+    const QString name = cfgList::bareName(file);
+    if (m_operating || !confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name)))
+        return;
+    const QScopedValueRollback<bool> operating(m_operating, true);
+    end(doErase(&handler(), m_page, name), false);
+}
+
+void systemScreen::onMsgSaveCfgList(const QString& file) {
+    if (m_operating)
+        return;
+    const QString name = file == cfgList::NewFile ? askForName() : cfgList::bareName(file);
+    if (name.isEmpty())
+        return;
+    const bool disableOutput = confirmAction(&host(), QStringLiteral("Disable output in saved configuration?"),
+                                             QStringLiteral("Prevent active modulations auto-start..."));
+    if (!confirmAction(&host(), QStringLiteral("Store configuration as %1?").arg(name)))
+        return;
+    const QScopedValueRollback<bool> operating(m_operating, true);
+    end(handler().set_power_on_restore(!disableOutput) == 0 && doStore(&handler(), m_page, name), false);
+}
+
+/// Empty when the user thinks better of it.
+QString systemScreen::askForName() {
+    VirtKeyboard keyboard(&host(), QStringLiteral("Enter numeric recall file name"), QString(), QString());
+    keyboard.setSignEnabled(false);
+    keyboard.setPointEnabled(false);
+    return keyboard.ask() ? keyboard.text() : QString();
+}
+
+/// reload: the module's settings are other ones now.
+void systemScreen::end(bool taken, bool reload) {
+    if (!taken) {
+        showCommandFailure(host());
+        return;
+    }
+    if (reload)
+        host().update_from_config(STATE_SYSTEM);
+    // Unless the user has gone elsewhere while the command was waiting.
+    if (host().currentState() == STATE_SYSTEM)
+        show();
+}
+
+void systemScreen::chooseReference(int index) {
+    const char* word = ReferenceOscillatorToString[static_cast<std::size_t>(index)];
+    const auto held = [this, word] {
+        return recordText(handler().snapshot().referenceOscillator) == word;
+    };
+    int result = handler().setRefOscMode(!held());
+    // A word that the panel does not know is followed by the first one.
+    if (result == 0 && !held())
+        result = handler().setRefOscMode(true);
+    if (result != 0)
+        showCommandFailure(host());
+    showReference();
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,493 @@
+#include "portable/screens/wdgethernet.h"
+#include "portable/widgets/styles/styles.h"
+#include "tests/gui/panelfixture.h"
+#include "tests/support/testbase.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QHostInfo>
+#include <QMutex>
+#include <QSemaphore>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QTimer>
+
+using namespace Kavor::HandheldGui;
+
+namespace {
+
+const QStringList Rows{"lanAddress", "lanMask", "lanGateway", "lanPort"};
+
+/// A device network that tests change while the panel reads it from its worker thread.
+class FakeNetwork {
+public:
+    NetworkFacts read() {
+        m_gate.acquire();
+        m_gate.release();
+        QMutexLocker lock(&m_mutex);
+        return m_facts;
+    }
+    void set(const NetworkFacts& facts) {
+        QMutexLocker lock(&m_mutex);
+        m_facts = facts;
+    }
+    /// While shut, a look takes as long as it likes.
+    void shut() { m_gate.acquire(); }
+    void open() { m_gate.release(); }
+
+private:
+    QMutex m_mutex;
+    QSemaphore m_gate{1};
+    NetworkFacts m_facts;
+};
+
+NetworkFacts oneInterface(const QString& address) {
+    return {"bench-3",
+            {{true, "", {{"127.0.0.1", "255.0.0.0"}}}, {false, "00:1B:44:11:3A:B7", {{address, "255.255.255.0"}}}}};
+}
+
+} // namespace
+
+/// The LAN page on a simulated module, with a network and a cable of the test's own.
+class LanTest : public TestBase {
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_netClass;
+    std::unique_ptr<FakeNetwork> m_network;
+    std::unique_ptr<PanelFixture> m_panel;
+
+    PanelFixture& panel() { return *m_panel; }
+    QStringList rows() {
+        QStringList texts;
+        for (const QString& row : Rows)
+            texts << panel().text(row);
+        return texts;
+    }
+    QString port() { return QString::fromStdString(panel().handler().getPort()); }
+    bool enabled(const QString& name) { return panel().widget<QWidget>(name)->isEnabled(); }
+    void carrier(const QString& interface, const QByteArray& state) {
+        QVERIFY(QDir(m_netClass->path()).mkpath(interface));
+        QFile file(m_netClass->filePath(interface + "/carrier"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(state) == state.size());
+    }
+    void openPage() {
+        QVERIFY(panel().press("funcSystem"));
+        QVERIFY(panel().press("sysLan"));
+        QTRY_COMPARE(panel().text("lanHostName"), QString("bench-3"));
+    }
+    void fail(Sim::Fault::Kind kind, const QByteArray& header) {
+        Sim::Fault fault;
+        fault.kind = kind;
+        fault.header = header;
+        panel().module().addFault(fault);
+        allowMessages("\\[SCPI\\] write failed");
+    }
+
+protected:
+    void setUp() override {
+        m_netClass = std::make_unique<QTemporaryDir>();
+        qputenv("VELDA_NET_CLASS", QFile::encodeName(m_netClass->path()));
+        carrier("eth0", "1\n");
+        m_network = std::make_unique<FakeNetwork>();
+        m_network->set(oneInterface("192.168.1.10"));
+        PanelFixture::Setup setup;
+        setup.readNetwork = [this] {
+            return m_network->read();
+        };
+        m_panel = std::make_unique<PanelFixture>(setup);
+    }
+    void tearDown() override {
+        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+        m_panel.reset();
+        if (!problems.isEmpty())
+            QFAIL(qPrintable(problems.join("; ")));
+    }
+
+private slots:
+    void addresses_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow("usual") << "192.168.1.10" << true;
+        QTest::newRow("zeros") << "0.0.0.0" << true;
+        QTest::newRow("highest") << "255.255.255.255" << true;
+        QTest::newRow("leading zeros") << "192.168.001.010" << true;
+        QTest::newRow("an empty part counts as 0") << "1..2.3" << true;
+        QTest::newRow("points alone") << "..." << true;
+        QTest::newRow("part above 255") << "192.168.1.256" << false;
+        QTest::newRow("part of many digits") << "192.168.1.99999999999999999999" << false;
+        QTest::newRow("three parts") << "192.168.1" << false;
+        QTest::newRow("five parts") << "1.2.3.4.5" << false;
+        QTest::newRow("empty") << "" << false;
+        QTest::newRow("letter") << "192.168.1.a" << false;
+        QTest::newRow("sign") << "192.168.1.-1" << false;
+        QTest::newRow("blank") << "192.168.1. 1" << false;
+        QTest::newRow("digits of another script") << QString("192.168.1.\u0661") << false;
+    }
+    void addresses() {
+        QFETCH(QString, text);
+        QTEST(ethScreen::isIPAddress(text), "valid");
+    }
+
+    void subnets_data() {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("mask");
+        QTest::addColumn<QString>("gateway");
+        QTest::addColumn<bool>("within");
+        QTest::newRow("within") << "192.168.1.10"
+                                << "255.255.255.0"
+                                << "192.168.1.1" << true;
+        QTest::newRow("next net") << "192.168.1.10"
+                                  << "255.255.255.0"
+                                  << "192.168.2.1" << false;
+        QTest::newRow("first bit") << "128.0.0.1"
+                                   << "128.0.0.0"
+                                   << "0.0.0.1" << false;
+        QTest::newRow("last bit") << "10.0.0.2"
+                                  << "255.255.255.255"
+                                  << "10.0.0.3" << false;
+        QTest::newRow("odd mask") << "10.0.0.18"
+                                  << "255.255.255.240"
+                                  << "10.0.0.30" << true;
+        QTest::newRow("mask of zeros takes any") << "10.1.2.3"
+                                                 << "0.0.0.0"
+                                                 << "250.9.8.7" << true;
+    }
+    void subnets() {
+        QFETCH(QString, address);
+        QFETCH(QString, mask);
+        QFETCH(QString, gateway);
+        QTEST(ethScreen::IsIpInTheSubnetMask(address, mask, gateway), "within");
+    }
+
+    void splitting() {
+        QCOMPARE(ethScreen::split("a..b", '.'), (QStringList{"a", "", "b"}));
+        QCOMPARE(ethScreen::split2("a..b", '.'), (std::vector<std::string>{"a", "", "b"}));
+    }
+
+    void cable_data() {
+        QTest::addColumn<QStringList>("interfaces"); // name=carrier
+        QTest::addColumn<bool>("connected");
+        QTest::newRow("no interface") << QStringList() << false;
+        QTest::newRow("not plugged") << QStringList{"eth0=0\n"} << false;
+        QTest::newRow("plugged") << QStringList{"eth0=1\n"} << true;
+        QTest::newRow("the second one") << QStringList{"eth0=0\n", "eth1= 1 \n"} << true;
+        QTest::newRow("others do not count") << QStringList{"wlan0=1\n", "lo=1\n"} << false;
+        QTest::newRow("not the very text") << QStringList{"eth0=11\n"} << false;
+        QTest::newRow("down: nothing to read") << QStringList{"eth0="} << false;
+    }
+    void cable() {
+        QFETCH(QStringList, interfaces);
+        QDir(m_netClass->filePath("eth0")).removeRecursively();
+        for (const QString& interface : interfaces)
+            carrier(interface.section('=', 0, 0), interface.section('=', 1).toLatin1());
+        QTEST(ethScreen::checkLANConnectivity(), "connected");
+    }
+
+    void shownInterface_data() {
+        QTest::addColumn<NetworkFacts>("facts");
+        QTest::addColumn<QString>("hardwareAddress"); // null: none
+        const NetworkFacts::Interface loop{true, "", {{"127.0.0.1", "255.0.0.0"}}};
+        const NetworkFacts::Interface bare{false, "bare", {}};
+        const NetworkFacts::Interface first{false, "first", {{"10.0.0.1", "255.0.0.0"}}};
+        const NetworkFacts::Interface second{false, "second", {{"10.0.0.2", "255.0.0.0"}}};
+        QTest::newRow("nothing") << NetworkFacts{} << QString();
+        QTest::newRow("loopback alone") << NetworkFacts{"", {loop}} << QString();
+        QTest::newRow("the first") << NetworkFacts{"", {loop, first, second}} << "first";
+        QTest::newRow("one with an address before one without") << NetworkFacts{"", {bare, second}} << "second";
+        QTest::newRow("none has an address") << NetworkFacts{"", {loop, bare}} << "bare";
+    }
+    void shownInterface() {
+        QFETCH(NetworkFacts, facts);
+        const NetworkFacts::Interface* shown = dhcpThread::shownInterface(facts);
+        QTEST(shown ? shown->hardwareAddress : QString(), "hardwareAddress");
+    }
+
+    /// The system's own network can be read, and the signals come in order on the asking thread.
+    void aLookAtTheSystem() {
+        dhcpThread thread(nullptr);
+        QStringList order;
+        NetworkFacts facts;
+        int status = 7;
+        connect(&thread, &dhcpThread::factsRead, this, [&](const NetworkFacts& read) {
+            order << "facts";
+            facts = read;
+        });
+        connect(&thread, &dhcpThread::ipSet, this, [&](int result) {
+            order << "set";
+            status = result;
+        });
+        thread.lookUp();
+        QTRY_COMPARE(order, (QStringList{"facts", "set"}));
+        QCOMPARE(facts.hostName, QHostInfo::localHostName());
+        QVERIFY(!facts.interfaces.empty() && facts.interfaces[0].loopback);
+        const NetworkFacts::Interface* shown = dhcpThread::shownInterface(facts);
+        QCOMPARE(status, shown && !shown->addresses.empty() ? 0 : -1);
+    }
+
+    void pageShowsTheNetwork() {
+        openPage();
+        QCOMPARE(rows(), (QStringList{"192.168.1.10", "255.255.255.0", "192.168.1.1", port()}));
+        QCOMPARE(panel().text("lanHardwareAddress"), QString("00:1B:44:11:3A:B7"));
+        QVERIFY(panel().hasStyle("lanStatic", PRESSED_WIDGET_BTN_STYLE));
+        QVERIFY(!enabled("lanApply") && !enabled("lanCancel"));
+        QCOMPARE(panel().sent(), QStringList());
+
+        // An address that comes later, and the module's own changes, show by themselves.
+        m_network->set(oneInterface("192.168.1.77"));
+        QTRY_COMPARE(panel().text("lanAddress"), QString("192.168.1.77"));
+        panel().module().modify(0, [](ChannelRecord& r) {
+            r.dhcp = 1;
+            qstrncpy(r.gateway, "192.168.1.254", sizeof r.gateway);
+        });
+        QTRY_COMPARE(panel().text("lanGateway"), QString("192.168.1.254"));
+        QVERIFY(panel().hasStyle("lanDynamic", PRESSED_WIDGET_BTN_STYLE));
+        QVERIFY(panel().press("lanBack"));
+        QVERIFY(panel().widget<QWidget>("pageSystem")->isVisible());
+        QVERIFY(!panel().widget<QWidget>("pageLan")->isVisible());
+    }
+
+    /// Without an interface of its own the page shows what the module publishes.
+    void noInterface() {
+        m_network->set({"bench-3", {}});
+        openPage();
+        QCOMPARE(rows().mid(0, 3), (QStringList{"192.168.1.50", "255.255.255.0", "192.168.1.1"}));
+    }
+
+    /// A look that takes its time holds up nothing.
+    void aSlowLook() {
+        m_network->shut();
+        QVERIFY(panel().press("funcSystem"));
+        QVERIFY(panel().press("sysLan"));
+        QVERIFY(panel().enter("lanPort", "5025"));
+        QVERIFY(panel().press("lanDynamic"));
+        QCOMPARE(panel().text("lanHostName"), QString());
+        m_network->open();
+        QTRY_COMPARE(panel().text("lanHostName"), QString("bench-3"));
+        QCOMPARE(panel().text("lanPort"), QString("5025")); // what was edited meanwhile stays
+        QVERIFY(panel().hasStyle("lanDynamic", PRESSED_WIDGET_BTN_STYLE));
+    }
+
+    void edits_data() {
+        QTest::addColumn<QString>("row");
+        QTest::addColumn<QString>("prompt");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("toast");
+        QTest::newRow("address") << "lanAddress"
+                                 << "Enter static IP for device"
+                                 << "10.0.0.5"
+                                 << "10.0.0.5"
+                                 << "";
+        QTest::newRow("mask") << "lanMask"
+                              << "Enter static IP mask for device"
+                              << "255.0.0.0"
+                              << "255.0.0.0"
+                              << "";
+        QTest::newRow("gateway") << "lanGateway"
+                                 << "Enter Defaut Gateway for device"
+                                 << "10.0.0.1"
+                                 << "10.0.0.1"
+                                 << "";
+        QTest::newRow("port") << "lanPort"
+                              << "Enter TCP SCPI port for device"
+                              << "5025"
+                              << "5025"
+                              << "";
+        QTest::newRow("port too high") << "lanPort"
+                                       << "Enter TCP SCPI port for device"
+                                       << "65536" << QString() << "Range 1 to 65535";
+        QTest::newRow("port 0") << "lanPort"
+                                << "Enter TCP SCPI port for device"
+                                << "0" << QString() << "Range 1 to 65535";
+    }
+    void edits() {
+        openPage();
+        const QStringList before = rows();
+        QFETCH(QString, row);
+        QFETCH(QString, prompt);
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        panel().dialogs().expectNumber(prompt, typed, "keyEnter");
+        QVERIFY(panel().press(row));
+        QTEST(panel().toast(), "toast");
+        QCOMPARE(panel().text(row), shown.isNull() ? before[Rows.indexOf(row)] : shown);
+        QCOMPARE(enabled("lanApply"), !shown.isNull());
+        QCOMPARE(enabled("lanCancel"), !shown.isNull());
+        QCOMPARE(panel().sent(), QStringList()); // only Apply sends
+        panel().press("lanCancel");
+        QCOMPARE(rows(), before);
+        QVERIFY(!enabled("lanApply") && !enabled("lanCancel"));
+        // Leaving drops what was not applied.
+        panel().dialogs().expectNumber(prompt, typed, "keyEnter");
+        QVERIFY(panel().press(row));
+        QVERIFY(panel().press("funcCw"));
+        openPage();
+        QCOMPARE(rows(), before);
+    }
+
+    void sameValueIsNoChange() {
+        openPage();
+        QVERIFY(panel().enter("lanAddress", "192.168.1.10"));
+        QVERIFY(panel().press("lanDynamic"));
+        QVERIFY(panel().press("lanStatic"));
+        QVERIFY(panel().press("lanStatic"));
+        QVERIFY(!enabled("lanApply"));
+    }
+
+    void noCable() {
+        carrier("eth0", "0\n");
+        openPage();
+        QVERIFY(panel().enter("lanAddress", "192.168.1.20"));
+        panel().dialogs().expectButton(DialogKind::Critical, "LAN cable not connected. You need to connect cable first",
+                                       QMessageBox::Ok);
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().sent(), QStringList());
+        QCOMPARE(panel().text("lanAddress"), QString("192.168.1.20"));
+        QVERIFY(enabled("lanApply"));
+    }
+
+    void applyStatic() {
+        openPage();
+        QVERIFY(panel().enter("lanAddress", "10.0.0.5"));
+        QVERIFY(panel().enter("lanMask", "255.0.0.0"));
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().toast(), QString("The DG and IP is not in the range of the subnet mask"));
+        QCOMPARE(panel().sent(), QStringList());
+        QVERIFY(panel().enter("lanGateway", "10.0.0.1"));
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().sent(), (QStringList{":SYST:COMM:LAN:IPAD \"10.0.0.5\"", ":SYST:COMM:LAN:MASK \"255.0.0.0\"",
+                                              ":SYST:COMM:LAN:GAT \"10.0.0.1\"", ":SYST:COMM:LAN:DHCP OFF"}));
+        QVERIFY(!enabled("lanApply") && !enabled("lanCancel"));
+        QCOMPARE(recordText(panel().record().ipAddress), std::string("10.0.0.5"));
+        // What was applied stays on show until the interface has followed.
+        QCOMPARE(rows().mid(0, 3), (QStringList{"10.0.0.5", "255.0.0.0", "10.0.0.1"}));
+        m_network->set(oneInterface("10.0.0.6"));
+        QTRY_COMPARE(panel().text("lanAddress"), QString("10.0.0.6"));
+    }
+
+    void applyDynamic() {
+        openPage();
+        QVERIFY(panel().press("lanDynamic"));
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().sent(), QStringList{":SYST:COMM:LAN:DHCP ON"});
+        QCOMPARE(panel().record().dhcp, 1U);
+        QVERIFY(!enabled("lanApply"));
+        // An address means a static configuration again.
+        QVERIFY(panel().enter("lanAddress", "192.168.1.20"));
+        QVERIFY(panel().hasStyle("lanStatic", PRESSED_WIDGET_BTN_STYLE));
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().sent().last(), QString(":SYST:COMM:LAN:DHCP OFF"));
+        QCOMPARE(panel().record().dhcp, 0U);
+    }
+
+    /// The port is last in both modes; the panel follows the service there.
+    void applyPort_data() {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<int>("commandsBefore");
+        QTest::newRow("static") << "lanStatic" << 4;
+        QTest::newRow("dynamic") << "lanDynamic" << 1;
+    }
+    void applyPort() {
+        QFETCH(QString, mode);
+        QFETCH(int, commandsBefore);
+        allowMessages("\\[SCPI\\]");
+        QTcpServer probe; // a port that is free
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        const QString wanted = QString::number(probe.serverPort());
+        probe.close();
+        openPage();
+        QVERIFY(panel().press(mode));
+        QVERIFY(panel().enter("lanPort", wanted));
+        QVERIFY(panel().press("lanApply"));
+        const QStringList sent = panel().sent();
+        QCOMPARE(sent.size(), commandsBefore + 1);
+        QCOMPARE(sent.last(), ":SYST:COMM:LAN:PORT " + wanted);
+        QCOMPARE(panel().toast(), QString());
+        QTRY_COMPARE(panel().text("lanPort"), wanted);
+        QVERIFY(!enabled("lanApply"));
+        QVERIFY(panel().press("funcCw"));
+        QVERIFY(panel().enter("cwPower", "3"));
+        QCOMPARE(panel().record().power.value, 3.0);
+    }
+
+    void failures_data() {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QString>("header");
+        QTest::addColumn<QString>("logged"); // empty: no line
+        QTest::addColumn<QString>("toast");
+        QTest::addColumn<int>("taken"); // the static steps that the module took
+        const int refuse = Sim::Fault::Refuse;
+        const int keep = Sim::Fault::Keep;
+        QTest::newRow("dynamic") << "lanDynamic" << refuse << ":SYST:COMM:LAN:DHCP"
+                                 << "Failed to set dynamic configuration"
+                                 << "Failed to set dynamic configuration" << 0;
+        QTest::newRow("dynamic, kept") << "lanDynamic" << keep << ":SYST:COMM:LAN:DHCP"
+                                       << "Failed to set dynamic configuration"
+                                       << "Failed to set dynamic configuration" << 0;
+        QTest::newRow("address") << "lanStatic" << refuse << ":SYST:COMM:LAN:IPAD"
+                                 << "Failed to set ip address 10.0.0.5"
+                                 << "Failed to set static ip 10.0.0.5" << 0;
+        QTest::newRow("mask") << "lanStatic" << refuse << ":SYST:COMM:LAN:MASK"
+                              << "Failed to set netmask 255.0.0.0"
+                              << "Failed to set static netmask 255.0.0.0" << 1;
+        QTest::newRow("gateway") << "lanStatic" << refuse << ":SYST:COMM:LAN:GAT"
+                                 << "Failed to set gateway 10.0.0.1"
+                                 << "Failed to set static gateway 10.0.0.1" << 2;
+        QTest::newRow("static") << "lanStatic" << keep << ":SYST:COMM:LAN:DHCP"
+                                << "Failed to set static configuration"
+                                << "Failed to set static configuration" << 3;
+        QTest::newRow("port") << "lanStatic" << refuse << ":SYST:COMM:LAN:PORT" << QString() << "command send failure"
+                              << 4;
+    }
+    /// Each step fails in turn: its own text, nothing after it is sent, what was applied stays.
+    void failures() {
+        QFETCH(QString, mode);
+        QFETCH(int, fault);
+        QFETCH(QString, header);
+        QFETCH(QString, logged);
+        QFETCH(QString, toast);
+        QFETCH(int, taken);
+        panel().module().modify(0, [&](ChannelRecord& r) { r.dhcp = mode == "lanStatic"; });
+        openPage();
+        QVERIFY(panel().enter("lanAddress", "10.0.0.5"));
+        QVERIFY(panel().enter("lanMask", "255.0.0.0"));
+        QVERIFY(panel().enter("lanGateway", "10.0.0.1"));
+        QVERIFY(panel().enter("lanPort", "5025"));
+        QVERIFY(panel().press(mode));
+        fail(static_cast<Sim::Fault::Kind>(fault), header.toLatin1());
+        if (!logged.isNull())
+            expectMessage('^' + QRegularExpression::escape(logged) + '$');
+        QVERIFY(panel().press("lanApply"));
+        QCOMPARE(panel().toast(), toast);
+        const QStringList sent = panel().sent();
+        QVERIFY2(sent.isEmpty() || sent.last().startsWith(header), qPrintable(sent.join("; ")));
+        const ChannelRecord record = panel().record();
+        QCOMPARE(recordText(record.ipAddress), std::string(taken > 0 ? "10.0.0.5" : "192.168.1.50"));
+        QCOMPARE(recordText(record.networkMask), std::string(taken > 1 ? "255.0.0.0" : "255.255.255.0"));
+        QCOMPARE(recordText(record.gateway), std::string(taken > 2 ? "10.0.0.1" : "192.168.1.1"));
+        // The edits that are left can be applied again once the module is well.
+        QVERIFY(enabled("lanApply"));
+        QCOMPARE(panel().text("lanPort"), QString("5025"));
+        QCOMPARE(panel().text("lanAddress"), QString("10.0.0.5"));
+    }
+
+    /// Taps that come while the module takes its time neither apply twice nor lose an edit.
+    void tapsWhileApplying() {
+        openPage();
+        QVERIFY(panel().press("lanDynamic"));
+        Sim::Fault late;
+        late.kind = Sim::Fault::Late;
+        late.milliseconds = 300;
+        panel().module().addFault(late);
+        bool open = true;
+        QTimer::singleShot(100, [&] { open = panel().press("lanApply") || panel().press("lanStatic"); });
+        QVERIFY(panel().press("lanApply"));
+        QVERIFY(!open);
+        QCOMPARE(panel().sent(), QStringList{":SYST:COMM:LAN:DHCP ON"});
+    }
+};
+
+VELDA_TEST_MAIN(QApplication, LanTest)
+#include "tst_lan.moc"
