@@ -99,6 +99,7 @@ protected:
     }
     void tearDown() override {
         const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+        m_network->open(); // the panel waits for a look under way
         m_panel.reset();
         if (!problems.isEmpty())
             QFAIL(qPrintable(problems.join("; ")));
