@@ -313,18 +313,24 @@ private slots:
         QCOMPARE(panel().toast(), QString());
     }
 
-    /// Whatever channel is selected, all of them are taken anew.
+    /// Whatever channel is selected, all of them are taken anew, and what ran is forgotten.
     void recallTakesEveryChannel() {
         PanelFixture::Setup setup;
         setup.channels = 3;
         setup.refreshMs = 3600000; // nobody else may take them
         start(setup);
         for (unsigned channel = 0; channel < 3; ++channel)
-            panel().module().modify(channel, [](ChannelRecord& r) { r.frequency.value = 3.3e9; });
+            panel().module().modify(channel, [](ChannelRecord& r) {
+                r.frequency.value = 3.3e9;
+                r.amState = 1;
+            });
+        panel().window().refreshFromModule();
+        QCOMPARE(panel().handler().getModulationsState(), 1U);
         QLineEdit focus(&panel().window());
         focus.show();
         QVERIFY(doPreset(&panel().handler(), &focus, 3));
         QTRY_VERIFY(focus.hasFocus());
+        QCOMPARE(panel().handler().getModulationsState(), 0U);
         for (unsigned channel = 0; channel < 3; ++channel) {
             QCOMPARE(panel().handler().set_channel(channel), 0);
             QCOMPARE(panel().handler().snapshot().frequency.value, 1e9);
