@@ -269,6 +269,22 @@ private slots:
         QVERIFY(panel().hasStyle("lanDynamic", PRESSED_WIDGET_BTN_STYLE));
     }
 
+    /// What the network does meanwhile shows everywhere but in the row whose keyboard is open.
+    void rowUnderEdit() {
+        openPage();
+        panel().dialogs().expect(DialogKind::Keyboard, QString(), [this](QDialog& dialog) {
+            NetworkFacts facts = oneInterface("192.168.1.77");
+            facts.hostName = "bench-4";
+            m_network->set(facts);
+            QTRY_COMPARE(panel().text("lanHostName"), QString("bench-4"));
+            QCOMPARE(panel().text("lanAddress"), QString("192.168.1.10"));
+            dialog.reject();
+        });
+        QVERIFY(panel().press("lanAddress"));
+        QCOMPARE(panel().text("lanAddress"), QString("192.168.1.77"));
+        QVERIFY(!enabled("lanApply"));
+    }
+
     void edits_data() {
         QTest::addColumn<QString>("row");
         QTest::addColumn<QString>("prompt");
