@@ -1,0 +1,104 @@
+#include "common/update/datafw.h"
+
+#include "platform/logger.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <stdexcept>
+
+namespace {
+
+constexpr qint64 kLargestManifest = 1024 * 1024;
+
+// A stick may hold anything under this name: a pipe would block the reading, a huge file fill the memory.
+QByteArray readBounded(const QString& path) {
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        VELDA_LOG("update", QtInfoMsg, "no manifest can be opened at %s", path);
+        return {};
+    }
+    QByteArray bytes;
+    while (bytes.size() <= kLargestManifest) {
+        const QByteArray piece = file.read(kLargestManifest + 1 - bytes.size());
+        if (file.error() != QFileDevice::NoError)
+            throw std::runtime_error(file.errorString().toStdString());
+        if (piece.isEmpty())
+            return bytes;
+        bytes += piece;
+    }
+    VELDA_LOG("update", QtInfoMsg, "the manifest %s is too large", path);
+    return {};
+}
+
+template <typename Record>
+struct Text {
+    const char* key;
+    QString Record::*field;
+};
+
+constexpr Text<MANIFEST_DATA> kManifestTexts[] = {
+    {"manifest_version", &MANIFEST_DATA::manifest_version},
+    {"name", &MANIFEST_DATA::name},
+    {"version", &MANIFEST_DATA::version},
+    {"description", &MANIFEST_DATA::description},
+    {"package", &MANIFEST_DATA::package},
+};
+
+constexpr Text<MANIFEST_DATA_COMPONENT> kComponentTexts[] = {
+    {"name", &MANIFEST_DATA_COMPONENT::name},
+    {"type", &MANIFEST_DATA_COMPONENT::type},
+    {"action", &MANIFEST_DATA_COMPONENT::action},
+    {"destination", &MANIFEST_DATA_COMPONENT::destination},
+};
+
+template <typename Record, std::size_t N>
+void takeTexts(const QJsonObject& object, const Text<Record> (&texts)[N], Record& record) {
+    for (const Text<Record>& text : texts)
+        record.*text.field = object.value(QLatin1String(text.key)).toString();
+}
+
+std::unique_ptr<MANIFEST_DATA> readManifest(const QString& path) {
+    const QJsonObject object = QJsonDocument::fromJson(readBounded(path)).object();
+    auto manifest = std::make_unique<MANIFEST_DATA>();
+    takeTexts(object, kManifestTexts, *manifest);
+    manifest->package_path = QFileInfo(path).absolutePath() + '/' + manifest->package;
+    const QJsonArray components = object.value(QLatin1String("components")).toArray();
+    for (const QJsonValue& element : components) {
+        auto component = std::make_unique<MANIFEST_DATA_COMPONENT>();
+        takeTexts(element.toObject(), kComponentTexts, *component);
+        manifest->components.push_back(std::move(component));
+    }
+    return manifest;
+}
+
+} // namespace
+
+PackageType packageType(const QString& name) {
+    constexpr struct {
+        const char* word;
+        PackageType type;
+    } kTypes[] = {{"FW", PackageType::Software}, {"FPGA", PackageType::Fpga}, {"NMX", PackageType::Module}};
+    for (const auto& row : kTypes) {
+        if (name.contains(QLatin1String(row.word)))
+            return row.type;
+    }
+    return PackageType::Unknown;
+}
+
+fwData::fwData(const QStringList& manifestPaths) {
+    init_cmd_config(manifestPaths);
+}
+
+void fwData::init_cmd_config(const QStringList& manifestPaths) {
+    for (const QString& path : manifestPaths) {
+        try {
+            m_manifests.push_back(readManifest(path));
+        } catch (const std::exception& error) {
+            throw std::runtime_error("Error reading fw file " + path.toStdString() + ": " + error.what());
+        }
+    }
+}

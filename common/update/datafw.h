@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+/// One step of a software package. All texts are as the manifest has them, unchecked.
+struct MANIFEST_DATA_COMPONENT {
+    QString type;        ///< "file" or "dir"
+    QString name;        ///< below the package's patch folder; for an "action" the command itself
+    QString action;      ///< "copy", "delete" or "action"
+    QString destination; ///< where a copy goes on the instrument
+};
+
+/// What one manifest says of its package. A manifest that cannot be read leaves every text empty.
+struct MANIFEST_DATA {
+    QString manifest_version;
+    QString name; ///< decides the type of the package, see packageType
+    QString version;
+    QString description;
+    QString package;      ///< file name, relative to the manifest's folder
+    QString package_path; ///< absolute folder of the manifest, "/", package
+    std::vector<std::unique_ptr<MANIFEST_DATA_COMPONENT>> components;
+};
+
+enum class PackageType { Unknown, Software, Fpga, Module };
+
+/// Looks for "FW", "FPGA" and "NMX" in a manifest's name, in that order and case-sensitively; the first one found wins.
+PackageType packageType(const QString& name);
+
+/// The packages of a medium, in the order in which their manifests were given. Owns the records: a pointer to one is
+/// good until this object goes. Any thread, one at a time.
+class fwData {
+public:
+    /// As init_cmd_config.
+    explicit fwData(const QStringList& manifestPaths = {});
+
+    /// Appends one record per path. A file that is missing, larger than 1 MiB, no regular file or no JSON object gives
+    /// a record of empty texts. Throws std::runtime_error, "Error reading fw file " and why, when a file that was
+    /// opened cannot be read to its end; the records before it stay.
+    void init_cmd_config(const QStringList& manifestPaths);
+
+    const std::vector<std::unique_ptr<MANIFEST_DATA>>& manifests() const { return m_manifests; }
+
+private:
+    std::vector<std::unique_ptr<MANIFEST_DATA>> m_manifests;
+};

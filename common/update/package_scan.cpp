@@ -1,0 +1,74 @@
+#include "common/update/package_scan.h"
+
+#include "platform/devicepaths.h"
+#include "platform/logger.h"
+#include "platform/veldapath.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+#include <stdexcept>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// No medium of ours comes near these: they end the walk through one that was made to keep the panel busy.
+constexpr int kDeepest = 32;
+constexpr int kMostManifests = 1000;
+
+[[noreturn]] void fail(const std::string& why) {
+    throw std::runtime_error("Error reading fw files " + why);
+}
+
+QString nameOf(const fs::directory_entry& entry) {
+    return QFile::decodeName(entry.path().filename().c_str());
+}
+
+} // namespace
+
+QString packageSearchRoot() {
+    return DevicePaths::mediaRoot() + '/' + CVeldaPath().get_user_name();
+}
+
+QStringList findManifests(const QString& root) {
+    const fs::path start(QFile::encodeName(root).toStdString());
+    std::error_code error;
+    if (!fs::is_directory(start, error))
+        return {};
+    QStringList found;
+    fs::recursive_directory_iterator at(start, fs::directory_options::skip_permission_denied, error);
+    for (const fs::recursive_directory_iterator end; !error && at != end; at.increment(error)) {
+        const QString name = nameOf(*at);
+        if (name.startsWith('.') || at.depth() >= kDeepest)
+            at.disable_recursion_pending();
+        // In any spelling of case: FAT media show short names in one case only.
+        std::error_code gone;
+        if (name.compare(QLatin1String("Manifest"), Qt::CaseInsensitive) == 0 && at->is_regular_file(gone))
+            found << QFile::decodeName(at->path().c_str());
+        if (found.size() >= kMostManifests) {
+            VELDA_LOG("update", QtInfoMsg, "%s holds more than %d manifests, the others are left out", root,
+                      kMostManifests);
+            break;
+        }
+    }
+    if (error)
+        fail(error.message());
+    found.sort();
+    return found;
+}
+
+std::unique_ptr<fwData> readPackages(const QStringList& manifestPaths) {
+    std::unique_ptr<fwData> packages;
+    try {
+        packages = std::make_unique<fwData>(manifestPaths);
+    } catch (const std::exception& error) {
+        fail(error.what());
+    }
+    for (const QString& path : manifestPaths) {
+        if (!QFileInfo::exists(path))
+            fail(path.toStdString() + ": the medium was removed");
+    }
+    return packages;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+/// What the user reads when an update ends.
+namespace UpdateTexts {
+
+inline QString cannotOpenImage(const QString& path) {
+    return QStringLiteral("Cannot open FPGA image:\n%1").arg(path);
+}
+
+inline QString imageRefused() {
+    return QStringLiteral("FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\n"
+                          "or not intended for this device.");
+}
+
+inline QString fpgaDone() {
+    return QStringLiteral("FPGA update completed.\nPlease power OFF/ON the device.");
+}
+
+inline QString fpgaFailed() {
+    return QStringLiteral("FPGA update failed (timeout/communication error).");
+}
+
+} // namespace UpdateTexts
