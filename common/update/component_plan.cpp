@@ -40,7 +40,7 @@ bool isInside(const QString& path, const QString& folder) {
 }
 
 // Every step of the way is looked at: a link half way down leads out as well as one at the end. A link that leads
-// nowhere has no canonical path and counts as leading out.
+// nowhere, or round in a circle, counts as leading out.
 QString wayProblem(const QString& name, const QString& folder) {
     const QStringList steps = name.split('/', Qt::SkipEmptyParts);
     if (steps.contains(QStringLiteral("..")))
@@ -53,7 +53,7 @@ QString wayProblem(const QString& name, const QString& folder) {
         const QFileInfo info(path);
         if (!info.isSymLink() && !info.exists())
             break;
-        if (info.isSymLink() && (i < 0 || !isInside(info.canonicalFilePath(), home)))
+        if (info.isSymLink() && (i < 0 || !info.exists() || !isInside(info.canonicalFilePath(), home)))
             return QStringLiteral("its name leads out of the package through a link");
     }
     return {};

@@ -71,7 +71,7 @@ bool loadFpgaImage(const QString& path, QByteArray& image, QString& error) {
         return false;
     }
     const qint64 size = file.size();
-    const QByteArray bytes = file.read(size);
+    const QByteArray bytes = file.read(size + 1);
     if (file.error() != QFileDevice::NoError || bytes.size() != size) {
         qCWarning(lcFpgaImage).noquote() << "[FPGA] Image cannot be read to its end:" << file.errorString();
         return false;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <zlib.h>
+
+/// Puts a gzip-compressed tar archive together member by member, so that a test can write what no honest tar would.
+class TarFile {
+public:
+    enum Kind : char { Plain = '0', HardLink = '1', SymLink = '2', Folder = '5' };
+
+    TarFile& add(const QByteArray& name, const QByteArray& content = {}, Kind kind = Plain,
+                 const QByteArray& linkTarget = {}) {
+        QByteArray header(512, '\0');
+        const auto put = [&header](int at, const QByteArray& text) {
+            header.replace(at, text.size(), text);
+        };
+        put(0, name.left(100));
+        put(100, kind == Folder ? "0000755" : "0000644");
+        put(108, "0000000");
+        put(116, "0000000");
+        put(124, QByteArray::number(content.size(), 8).rightJustified(11, '0'));
+        put(136, "14700000000");
+        put(148, "        ");
+        header[156] = kind;
+        put(157, linkTarget.left(100));
+        put(257, QByteArray("ustar\00000", 8));
+        unsigned sum = 0;
+        for (const char c : qAsConst(header))
+            sum += static_cast<unsigned char>(c);
+        put(148, QByteArray::number(sum, 8).rightJustified(6, '0') + '\0');
+        m_bytes += header + content + QByteArray((512 - content.size() % 512) % 512, '\0');
+        return *this;
+    }
+
+    QByteArray gzip() const {
+        const QByteArray plain = m_bytes + QByteArray(1024, '\0');
+        QByteArray packed(plain.size() + 1024, '\0');
+        z_stream stream{};
+        deflateInit2(&stream, 6, Z_DEFLATED, MAX_WBITS + 16, 8, Z_DEFAULT_STRATEGY);
+        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(plain.constData()));
+        stream.avail_in = static_cast<uInt>(plain.size());
+        stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+        stream.avail_out = static_cast<uInt>(packed.size());
+        deflate(&stream, Z_FINISH);
+        packed.resize(static_cast<int>(stream.total_out));
+        deflateEnd(&stream);
+        return packed;
+    }
+
+private:
+    QByteArray m_bytes;
+};
