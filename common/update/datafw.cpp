@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr qint64 kLargestManifest = 1024 * 1024;
-
 // A stick may hold anything under this name: a pipe would block the reading, a huge file fill the memory.
 QByteArray readBounded(const QString& path) {
     QFile file(path);

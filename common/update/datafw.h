@@ -6,6 +6,9 @@
 #include <memory>
 #include <vector>
 
+/// A manifest of more bytes is not read.
+inline constexpr qint64 kLargestManifest = 1024 * 1024;
+
 /// One step of a software package. All texts are as the manifest has them, unchecked.
 struct MANIFEST_DATA_COMPONENT {
     QString type;        ///< "file" or "dir"
@@ -37,7 +40,7 @@ public:
     /// As init_cmd_config.
     explicit fwData(const QStringList& manifestPaths = {});
 
-    /// Appends one record per path. A file that is missing, larger than 1 MiB, no regular file or no JSON object gives
+    /// Appends one record per path. A file that is missing, too large, no regular file or no JSON object gives
     /// a record of empty texts. Throws std::runtime_error, "Error reading fw file " and why, when a file that was
     /// opened cannot be read to its end; the records before it stay.
     void init_cmd_config(const QStringList& manifestPaths);
