@@ -1,0 +1,142 @@
+// Rate of the FPGA transfer against a QUdpSocket stop-and-wait written plainly, both to the same boards in one run. The
+// boards are processes of their own with a bare socket, so that what is measured is the sender.
+
+#include "common/update/fwUpdater.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QUdpSocket>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <csignal>
+#include <cstdio>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int kImageBytes = 8 * 1024 * 1024;
+constexpr int kRounds = 7;
+
+QHostAddress boardAddress(int board) {
+    return QHostAddress(QStringLiteral("127.0.0.%1").arg(board + 2));
+}
+
+// Acknowledges whatever comes until the process that started it is gone.
+[[noreturn]] void serveBoard(int socket) {
+    char bytes[2048];
+    sockaddr_in from{};
+    for (;;) {
+        socklen_t length = sizeof from;
+        if (recvfrom(socket, bytes, sizeof bytes, 0, reinterpret_cast<sockaddr*>(&from), &length) < 0)
+            _exit(1);
+        sendto(socket, bytes, FpgaWire::kHeaderSize, 0, reinterpret_cast<sockaddr*>(&from), length);
+    }
+}
+
+pid_t startBoard(int board, quint16& port) {
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(boardAddress(board).toIPv4Address());
+    socklen_t length = sizeof address;
+    if (bind(fd, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
+        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        return -1;
+    port = ntohs(address.sin_port);
+    const pid_t child = fork();
+    if (child == 0)
+        serveBoard(fd);
+    close(fd);
+    return child;
+}
+
+double plainSeconds(const QByteArray& image, int boards, quint16 port) {
+    QUdpSocket socket;
+    socket.bind(QHostAddress(QHostAddress::AnyIPv4), 0);
+    QElapsedTimer timer;
+    timer.start();
+    for (int block = 1; (block - 1) * 1024 < image.size(); ++block) {
+        QByteArray datagram(22, '\0');
+        datagram[4] = static_cast<char>(block >> 8);
+        datagram[5] = static_cast<char>(block);
+        datagram += image.mid((block - 1) * 1024, 1024);
+        for (int board = 0; board < boards; ++board)
+            socket.writeDatagram(datagram, boardAddress(board), port);
+        int acks = 0;
+        while (acks < boards && socket.waitForReadyRead(5000)) {
+            while (socket.hasPendingDatagrams()) {
+                QByteArray reply(static_cast<int>(socket.pendingDatagramSize()), '\0');
+                QHostAddress from;
+                socket.readDatagram(reply.data(), reply.size(), &from);
+                acks += reply.size() >= 22 && reply.mid(4, 2) == datagram.mid(4, 2) ? 1 : 0;
+            }
+        }
+        if (acks < boards)
+            return -1;
+    }
+    return static_cast<double>(timer.nsecsElapsed()) * 1e-9;
+}
+
+double updaterSeconds(const QByteArray& image, int boards, quint16 port) {
+    FpgaUpdater updater;
+    QVector<QHostAddress> addresses;
+    for (int board = 0; board < boards; ++board)
+        addresses << boardAddress(board);
+    updater.setImage(reinterpret_cast<const unsigned char*>(image.constData()), static_cast<quint32>(image.size()));
+    updater.setTargets(addresses.constData(), boards, port);
+    QElapsedTimer timer;
+    timer.start();
+    return updater.doTransfer(5000, 10) ? static_cast<double>(timer.nsecsElapsed()) * 1e-9 : -1;
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+bool measure(int boards, quint16 port, std::vector<QByteArray>& ratios) {
+    const QByteArray image(kImageBytes, 'x');
+    std::vector<double> plain;
+    std::vector<double> ours;
+    for (int round = 0; round < kRounds; ++round) { // taking turns, so that a busy machine hits both
+        plain.push_back(plainSeconds(image, boards, port));
+        ours.push_back(updaterSeconds(image, boards, port));
+        if (plain.back() < 0 || ours.back() < 0)
+            return false;
+    }
+    const double mebibytes = kImageBytes / 1048576.0;
+    std::printf("fpga_transfer_%d_boards %.2f MiB/s\n", boards, mebibytes / median(ours));
+    std::printf("fpga_transfer_%d_boards_plain %.2f MiB/s\n", boards, mebibytes / median(plain));
+    ratios.push_back(QStringLiteral("ratio fpga_transfer_%1_boards %2 x")
+                         .arg(boards)
+                         .arg(median(plain) / median(ours), 0, 'f', 3)
+                         .toLatin1());
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::vector<pid_t> children;
+    quint16 port = 0;
+    for (int board = 0; board < 4; ++board)
+        children.push_back(startBoard(board, port));
+    bool ok = std::find(children.begin(), children.end(), -1) == children.end();
+    QCoreApplication app(argc, argv);
+    std::vector<QByteArray> ratios;
+    for (const int boards : {1, 2, 4})
+        ok = ok && measure(boards, port, ratios);
+    for (const QByteArray& ratio : ratios)
+        std::printf("%s\n", ratio.constData());
+    for (const pid_t child : children) {
+        if (child > 0) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+        }
+    }
+    return ok ? 0 : 1;
+}
