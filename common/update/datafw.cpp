@@ -59,20 +59,6 @@ void takeTexts(const QJsonObject& object, const Text<Record> (&texts)[N], Record
         record.*text.field = object.value(QLatin1String(text.key)).toString();
 }
 
-std::unique_ptr<MANIFEST_DATA> readManifest(const QString& path) {
-    const QJsonObject object = QJsonDocument::fromJson(readBounded(path)).object();
-    auto manifest = std::make_unique<MANIFEST_DATA>();
-    takeTexts(object, kManifestTexts, *manifest);
-    manifest->package_path = QFileInfo(path).absolutePath() + '/' + manifest->package;
-    const QJsonArray components = object.value(QLatin1String("components")).toArray();
-    for (const QJsonValue& element : components) {
-        auto component = std::make_unique<MANIFEST_DATA_COMPONENT>();
-        takeTexts(element.toObject(), kComponentTexts, *component);
-        manifest->components.push_back(std::move(component));
-    }
-    return manifest;
-}
-
 } // namespace
 
 PackageType packageType(const QString& name) {
@@ -87,6 +73,20 @@ PackageType packageType(const QString& name) {
     return PackageType::Unknown;
 }
 
+std::unique_ptr<MANIFEST_DATA> manifestFromJson(const QByteArray& json, const QString& folder) {
+    const QJsonObject object = QJsonDocument::fromJson(json).object();
+    auto manifest = std::make_unique<MANIFEST_DATA>();
+    takeTexts(object, kManifestTexts, *manifest);
+    manifest->package_path = folder + '/' + manifest->package;
+    const QJsonArray components = object.value(QLatin1String("components")).toArray();
+    for (const QJsonValue& element : components) {
+        auto component = std::make_unique<MANIFEST_DATA_COMPONENT>();
+        takeTexts(element.toObject(), kComponentTexts, *component);
+        manifest->components.push_back(std::move(component));
+    }
+    return manifest;
+}
+
 fwData::fwData(const QStringList& manifestPaths) {
     init_cmd_config(manifestPaths);
 }
@@ -94,7 +94,7 @@ fwData::fwData(const QStringList& manifestPaths) {
 void fwData::init_cmd_config(const QStringList& manifestPaths) {
     for (const QString& path : manifestPaths) {
         try {
-            m_manifests.push_back(readManifest(path));
+            m_manifests.push_back(manifestFromJson(readBounded(path), QFileInfo(path).absolutePath()));
         } catch (const std::exception& error) {
             throw std::runtime_error("Error reading fw file " + path.toStdString() + ": " + error.what());
         }

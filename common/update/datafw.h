@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -32,6 +33,10 @@ enum class PackageType { Unknown, Software, Fpga, Module };
 
 /// Looks for "FW", "FPGA" and "NMX" in a manifest's name, in that order and case-sensitively; the first one found wins.
 PackageType packageType(const QString& name);
+
+/// The record of one manifest, with the texts that its JSON has. `folder` is the absolute folder of the manifest. Bytes
+/// that are no JSON object give empty texts. Any thread.
+std::unique_ptr<MANIFEST_DATA> manifestFromJson(const QByteArray& json, const QString& folder);
 
 /// The packages of a medium, in the order in which their manifests were given. Owns the records: a pointer to one is
 /// good until this object goes. Any thread, one at a time.

@@ -77,6 +77,7 @@ private slots:
     void lossyLine();
     void lossOfMarkersTooNeverGivesAWrongImage();
     void progressRises();
+    void runsOnTheThreadItWasMovedTo();
     void interruptionEndsAWaitWithoutLimit();
 };
 
@@ -287,6 +288,28 @@ void TestFwUpdater::progressRises() {
     }
     QCOMPARE(run.reports.back().phase, 3);
     QCOMPARE(run.reports.back().percent, 100);
+}
+
+// Made and bound on the thread of the screens, as an update flow does it.
+void TestFwUpdater::runsOnTheThreadItWasMovedTo() {
+    FpgaRig rig;
+    QVERIFY(rig.start(2, quickBoard()));
+    const QByteArray image = testImage(2000);
+    auto* updater = new FpgaUpdater;
+    setImage(*updater, image);
+    updater->setTargets(rig.addresses.constData(), 2, rig.port);
+    QThread thread;
+    updater->moveToThread(&thread);
+    connect(&thread, &QThread::started, updater,
+            [updater] { updater->runBlocking(2000, kPollMs, kPollMs, kSilenceMs, kTotalMs); });
+    connect(&thread, &QThread::finished, updater, &QObject::deleteLater);
+    QSignalSpy finished(updater, &FpgaUpdater::finished);
+    thread.start();
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(finished.first().first().toBool(), true);
+    thread.quit();
+    QVERIFY(thread.wait(5000));
+    QCOMPARE(rig.boards[1]->sha256(), sha256(image));
 }
 
 void TestFwUpdater::interruptionEndsAWaitWithoutLimit() {
