@@ -10,6 +10,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+
 namespace {
 
 using Builder = TarFile (*)(const QByteArray& folder);
@@ -355,7 +357,7 @@ void TestPackageInstaller::cutArchive() {
 
 void TestPackageInstaller::packageThatIsNoFile_data() {
     QTest::addColumn<QString>("kind");
-    for (const char* kind : {"missing", "folder", "device", "unreadable", "no archive"})
+    for (const char* kind : {"missing", "folder", "pipe", "device", "unreadable", "no archive"})
         QTest::newRow(kind) << kind;
 }
 
@@ -364,6 +366,8 @@ void TestPackageInstaller::packageThatIsNoFile() {
     QVERIFY(QFile::remove(at("package")));
     if (kind == "folder")
         QVERIFY(QDir().mkpath(at("package")));
+    if (kind == "pipe")
+        QCOMPARE(mkfifo(QFile::encodeName(at("package")).constData(), 0600), 0);
     if (kind == "device")
         QVERIFY(QFile::link("/dev/zero", at("package")));
     if (kind == "unreadable")
