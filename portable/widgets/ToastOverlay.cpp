@@ -19,6 +19,14 @@ constexpr int DefaultShowMs = 3000;
 constexpr int CornerRadius = 25;
 constexpr int TextMarginX = 20;
 constexpr int TextMarginY = 10;
+
+/// Qt's frame-buffer platforms copy a window over those below it: neither its alpha nor its mask counts, and what is
+/// not painted stands there black. There the bubble is painted on a picture of what it covers.
+bool platformBlends() {
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("linuxfb") && platform != QLatin1String("vnc");
+}
+
 } // namespace
 
 ToastOverlay::ToastOverlay(QWidget* parent)
@@ -38,6 +46,9 @@ ToastOverlay::ToastOverlay(QWidget* parent, const QColor& background, const QCol
 
     m_effect = new QGraphicsOpacityEffect(this);
     setGraphicsEffect(m_effect);
+    m_bringsBackdrop = !platformBlends();
+    m_effect->setEnabled(!m_bringsBackdrop);
+    connect(m_effect, &QGraphicsOpacityEffect::opacityChanged, this, QOverload<>::of(&QWidget::update));
     m_timer = new QTimer(this);
     m_timer->setSingleShot(true);
     connect(m_timer, &QTimer::timeout, this, &ToastOverlay::startFadeOut);
@@ -116,6 +127,10 @@ void ToastOverlay::updateLayout(const QString& text) {
     const int y = parent->height() - height() - static_cast<int>(parent->height() * 0.15);
     move(parent->mapToGlobal(QPoint(x, y)));
 
+    if (m_bringsBackdrop) {
+        m_backdrop = parentWidget()->grab(QRect(QPoint(x, y), size()));
+        return;
+    }
     QBitmap shape(size());
     shape.fill(Qt::color0);
     QPainter painter(&shape);
@@ -129,6 +144,10 @@ void ToastOverlay::updateLayout(const QString& text) {
 void ToastOverlay::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    if (m_bringsBackdrop) {
+        painter.drawPixmap(0, 0, m_backdrop);
+        painter.setOpacity(m_effect->opacity());
+    }
     QPainterPath bubble;
     bubble.addRoundedRect(rect(), CornerRadius, CornerRadius);
     painter.fillPath(bubble, m_background);

@@ -3,6 +3,7 @@
 #include "values/messagesink.h"
 
 #include <QColor>
+#include <QPixmap>
 #include <QWidget>
 
 class QGraphicsOpacityEffect;
@@ -71,6 +72,8 @@ private:
     int m_fontSize = 16;
     bool m_persistent = false;
     bool m_telling = false;
+    bool m_bringsBackdrop = false; ///< the platform does not blend windows
+    QPixmap m_backdrop;
 };
 
 } // namespace Kavor::HandheldGui
