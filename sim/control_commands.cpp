@@ -3,6 +3,7 @@
 #include "common/instrument/scpi_words.h"
 #include "sim/factory_values.h"
 #include "sim/scpi_text.h"
+#include "sim/step_decoding.h"
 
 #include <algorithm>
 #include <array>
@@ -102,6 +103,10 @@ const ControlCommands::Row* ControlCommands::findRow(const QByteArray& header, b
         {"SIMulator:COUNt", true, 1, 1, &ControlCommands::countReceived},
         {"SIMulator:TRIGgers", true, 0, 0, &ControlCommands::triggers},
         {"SIMulator:RECeived:CLEar", false, 0, 0, &ControlCommands::clearReceived},
+        {"SIMulator:LIST", true, 0, 0, &ControlCommands::list},
+        {"SIMulator:PATTern", true, 0, 0, &ControlCommands::pattern},
+        {"SIMulator:LIST:DEFined", true, 0, 0, &ControlCommands::definedList},
+        {"SIMulator:PATTern:DEFined", true, 0, 0, &ControlCommands::definedPattern},
         {"SIMulator:BLOCk", true, 1, 1, &ControlCommands::block},
     };
     const auto* const found = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& row) {
@@ -225,6 +230,26 @@ QByteArray ControlCommands::triggers(const QByteArrayList&) {
 QByteArray ControlCommands::clearReceived(const QByteArrayList&) {
     m_log.clear();
     return ok();
+}
+
+QByteArray ControlCommands::list(const QByteArrayList&) {
+    const ModuleData data = m_state.data();
+    return decodedList(data.lists.at(data.selected)).join("; ");
+}
+
+QByteArray ControlCommands::pattern(const QByteArrayList&) {
+    const ModuleData data = m_state.data();
+    return decodedPattern(data.patterns.at(data.selected)).join("; ");
+}
+
+QByteArray ControlCommands::definedList(const QByteArrayList&) {
+    const ModuleData data = m_state.data();
+    return decodedListDefinitions(data.listSteps.at(data.selected)).join("; ");
+}
+
+QByteArray ControlCommands::definedPattern(const QByteArrayList&) {
+    const ModuleData data = m_state.data();
+    return decodedPatternDefinitions(data.patternSteps.at(data.selected)).join("; ");
 }
 
 QByteArray ControlCommands::block(const QByteArrayList& arguments) {

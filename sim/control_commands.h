@@ -28,7 +28,9 @@ namespace Sim {
 ///   SIMulator:COUNt? header               requests received with this header
 ///   SIMulator:TRIGgers?                   software triggers received
 ///   SIMulator:RECeived:CLEar
-///   SIMulator:BLOCk? bytes                a definite-length block of so many letters
+///   SIMulator:LIST?, SIMulator:PATTern?   steps of the selected channel's last upload, see step_decoding.h, between ";
+///   " SIMulator:LIST:DEFined?, SIMulator:PATTern:DEFined?     those that were defined one by one SIMulator:BLOCk?
+///   bytes                a definite-length block of so many letters
 ///
 /// Used on the service's thread.
 class ControlCommands {
@@ -61,6 +63,10 @@ private:
     QByteArray countReceived(const QByteArrayList& arguments);
     QByteArray triggers(const QByteArrayList& arguments);
     QByteArray clearReceived(const QByteArrayList& arguments);
+    QByteArray list(const QByteArrayList& arguments);
+    QByteArray pattern(const QByteArrayList& arguments);
+    QByteArray definedList(const QByteArrayList& arguments);
+    QByteArray definedPattern(const QByteArrayList& arguments);
     QByteArray block(const QByteArrayList& arguments);
 
     ModuleState& m_state;

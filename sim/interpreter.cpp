@@ -1,9 +1,11 @@
 #include "sim/interpreter.h"
 
 #include "common/instrument/scpi_words.h"
+#include "common/instrument/step_encoding.h"
 #include "sim/factory_values.h"
 #include "sim/field_access.h"
 #include "sim/modulation_conflicts.h"
+#include "sim/step_decoding.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,8 +14,6 @@ namespace Sim {
 namespace {
 
 constexpr int kErrorQueueLength = 32;
-constexpr int kListStepBytes = 16;
-constexpr int kPatternStepBytes = 20;
 constexpr int kListStepFields = 6;    // number, Hz, dBm, last, not "Run", seconds
 constexpr int kPatternStepFields = 5; // number, on, off, loops, last
 
@@ -110,14 +110,16 @@ QByteArray Interpreter::set(const Setting& setting, const QByteArray& argument) 
 }
 
 QByteArray Interpreter::upload(const Request& request) {
-    const bool isList = headerMatches(":LIST:DATA", request.header);
-    const int stepBytes = isList ? kListStepBytes : kPatternStepBytes;
+    const bool isList = headerMatches(StepWire::ListData, request.header);
+    const int stepBytes = isList ? StepWire::ListStepSize : StepWire::PatternStepSize;
     if (request.block.isEmpty() || request.block.size() % stepBytes != 0)
         return refusal(InvalidBlock, "Not a whole number of steps: " + QByteArray::number(request.block.size()));
     m_state.change([&](ModuleData& data) {
         auto& uploads = isList ? data.lists : data.patterns;
         uploads.at(data.selected) = request.block;
     });
+    if (m_state.options().onUpload)
+        m_state.options().onUpload(request.header, isList ? decodedList(request.block) : decodedPattern(request.block));
     return ok();
 }
 

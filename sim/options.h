@@ -6,6 +6,7 @@
 #include <QByteArrayList>
 #include <QString>
 
+#include <functional>
 #include <string>
 
 namespace Sim {
@@ -19,6 +20,9 @@ struct Options {
     BatteryCurve battery = BatteryCurve::steady(80, -420); ///< runs from the moment of start
     QString configurationFolder;  ///< of the stored configurations; empty: they are kept in memory
     QByteArrayList startCommands; ///< carried out before anybody can see the module; not counted
+
+    /// Called on the service's thread with the header (no colon before it) and the decoded steps of each list or pattern that came.
+    std::function<void(const QByteArray& header, const QByteArrayList& steps)> onUpload;
 };
 
 } // namespace Sim

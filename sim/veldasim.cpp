@@ -81,6 +81,12 @@ int main(int argc, char** argv) {
     QString error = readOptions(parser, options);
     if (!error.isEmpty())
         return fail(error);
+    options.onUpload = [](const QByteArray& header, const QByteArrayList& steps) {
+        std::printf("veldasim: :%s, %d steps\n", header.constData(), steps.size());
+        for (const QByteArray& step : steps)
+            std::printf("  %s\n", step.constData());
+        std::fflush(stdout);
+    };
     Sim::ModuleSimulator simulator(options);
     if (!simulator.start(&error))
         return fail(error);

@@ -66,6 +66,7 @@ private slots:
     void configurations_data();
     void configurations();
     void stepsDefinedOneByOne();
+    void uploadedStepsAreDecoded();
     void triggersAreCounted();
     void requestsInAnyPieces_data();
     void requestsInAnyPieces();
@@ -411,6 +412,31 @@ void TestSimCommands::stepsDefinedOneByOne() {
         QCOMPARE(bench.ask(command), QByteArray("+OK"));
     QCOMPARE(bench.simulator.data().listSteps.at(0), QByteArray("1,1e+08,5,0,0,0.0005\n2,2e+08,5,1,0,0.0005"));
     QCOMPARE(bench.simulator.data().patternSteps.at(0), QByteArray("1,8e-07,1e-06,1,1"));
+    QCOMPARE(
+        bench.ask("SIMulator:LIST:DEFined?"),
+        QByteArray("1: 100000000.000 Hz, 5.00 dBm, 500 us, Run; 2: 200000000.000 Hz, 5.00 dBm, 500 us, Run, last"));
+    QCOMPARE(bench.ask("SIMulator:PATTern:DEFined?"), QByteArray("1: on 800 ns, off 1000 ns, 1 times, last"));
+}
+
+/// The bytes of the manual, read back as words.
+void TestSimCommands::uploadedStepsAreDecoded() {
+    Sim::Options options = optionsOf(1);
+    QByteArrayList shown;
+    options.onUpload = [&shown](const QByteArray& header, const QByteArrayList& steps) {
+        shown << header << steps;
+    };
+    Bench bench(options);
+    QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray());
+    QCOMPARE(bench.ask(":LIST:DATA #232" + QByteArray::fromHex("010000E876481700E6FB02F401000000"
+                                                               "020000E876481700F40101E803000000")),
+             QByteArray("+OK"));
+    QCOMPARE(bench.ask(":PATT:DATA #220" + QByteArray::fromHex("01000500E8030000000000002003000000000000")),
+             QByteArray("+OK"));
+    QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray("1: 100000000.000 Hz, -10.50 dBm, 500 us, Wait; "
+                                                      "2: 100000000.000 Hz, 5.00 dBm, 1000 us, Run, last"));
+    QCOMPARE(bench.ask("SIMulator:PATTern?"), QByteArray("1: on 800 ns, off 1000 ns, 5 times, last"));
+    QCOMPARE(shown.size(), 5);
+    QCOMPARE(shown.at(3), QByteArray("PATT:DATA"));
 }
 
 void TestSimCommands::triggersAreCounted() {
