@@ -49,7 +49,8 @@ DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& 
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return Result::CannotOpen;
-    if (file.write(content) != content.size() || !file.commit())
+    // Flushed on its own: commit() does so as well, but takes a flush that wrote a part for a success.
+    if (file.write(content) != content.size() || !file.flush() || !file.commit())
         return Result::CannotWrite;
     return syncFolder(QFileInfo(path).path()) ? Result::Ok : Result::CannotWrite;
 }

@@ -344,16 +344,19 @@ void TestListsOps::fullDisk() {
     FrequencySteps large(2000);
     rlimit previous{};
     getrlimit(RLIMIT_FSIZE, &previous);
-    for (const rlim_t room : {0, 1, 4096, 100000}) {
+    for (const rlim_t room : {0, 1, 100, 4096, 100000}) {
         const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{room, previous.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
         const QString sentence = save("x", large.config);
         const QString newSentence = save("new", large.config);
+        FrequencySteps other(2); // so small that it goes to the disk in one piece
+        const QString smallSentence = room < 300 ? save("x", other.config) : sentence;
         setrlimit(RLIMIT_FSIZE, &previous);
         std::signal(SIGXFSZ, previousHandler);
         QCOMPARE(sentence, QString("Failed to write list file"));
         QCOMPARE(newSentence, QString("Failed to write list file"));
+        QCOMPARE(smallSentence, QString("Failed to write list file"));
         QCOMPARE(content("x"), before);
         QCOMPARE(everything(), QStringList("x.json"));
     }
