@@ -7,7 +7,7 @@
 namespace {
 
 constexpr int kMargin = 16;
-constexpr int kSmallestText = 18;
+constexpr int kSmallestText = 22;
 constexpr int kAccentWidth = 3;
 constexpr int kRadius = 6;
 

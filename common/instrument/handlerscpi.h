@@ -133,6 +133,10 @@ public:
     void setCachedTriggerEdge(const char* word);
     void setCachedTriggerAdvance(const char* word);
 
+    /// Put the name of the current list or pattern into the snapshot: UTF-8, what is beyond 31 bytes is cut off.
+    void setCachedListName(const char* name);
+    void setCachedPatternName(const char* name);
+
     // Modulations
 
     /// Asks the module for the combination that switching `bits` on or off makes. 0 also when it has it already;

@@ -112,6 +112,12 @@ void EventHandler::setCachedTriggerEdge(const char* word) {
 void EventHandler::setCachedTriggerAdvance(const char* word) {
     writeText(cachedRecord().triggerAdvance, word);
 }
+void EventHandler::setCachedListName(const char* name) {
+    writeText(cachedRecord().listName, name);
+}
+void EventHandler::setCachedPatternName(const char* name) {
+    writeText(cachedRecord().patternName, name);
+}
 
 int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
     // A mask that is on its way already is what this change builds on.

@@ -1,15 +1,50 @@
 #pragma once
 
-#include "portable/screens/readoutscreen.h"
+#include "lists/frequency_list_config.h"
+#include "portable/screens/list_store.h"
+#include "portable/screens/steplistscreen.h"
+#include "portable/screens/valuefield.h"
 
 namespace Kavor::HandheldGui {
 
-/// The frequency list.
-class listScreen : public ReadoutScreen {
+class ChoiceGroup;
+
+/// The frequency list. It runs by the window's list on/off signal.
+class listScreen : public StepListScreen {
     Q_OBJECT
 
 public:
+    enum RunType { List, Selection };
+    enum DwellMode { Step, Fixed };
+
     listScreen(QWidget* parent, std::vector<STATE> states);
+
+public slots:
+    /// 1 runs the list if it is enabled and does not run yet, 0 stops it.
+    void onRunButton(int on);
+
+    /// Whether each step has a dwell of its own, or all have the one of the fixed dwell entry.
+    void setDwellMode(DwellMode mode);
+
+    /// Gives every step the dwell that stands in the fixed dwell entry.
+    void setFixedTime();
+
+protected:
+    IListConfig& list() override { return frequencies(); }
+    int upload() override;
+    void onLoaded() override { setDwellMode(Step); } // so that the file's dwells stand
+
+private:
+    FrequencyListConfig& frequencies();
+    void buildRunType();
+    void buildDwell();
+    EntryResult applyFixedDwell(double ns);
+
+    ListStore<FrequencyListConfig, FrequencyListLimits, list_point> m_lists;
+    ChoiceGroup* m_runType = nullptr;
+    ChoiceGroup* m_dwellMode = nullptr;
+    BoundField m_fixed;
+    double m_fixedDwell = 0; ///< ns; the last one accepted
 };
 
 } // namespace Kavor::HandheldGui

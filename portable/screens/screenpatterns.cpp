@@ -1,16 +1,21 @@
 #include "portable/screens/screenpatterns.h"
 
+#include "common/instrument/handlerscpi.h"
+#include "portable/screens/list_limits.h"
+
 namespace Kavor::HandheldGui {
 
 patternScreen::patternScreen(QWidget* parent, std::vector<STATE> states)
-    : ReadoutScreen(parent, std::move(states), QStringLiteral("pagePattern"),
-                    QStringLiteral("   Pattern Mode - Create an on/off timing pattern"),
-                    QStringLiteral("Pattern Settings"),
-                    {
-                        {QStringLiteral("Pattern in the module"),
-                         [](const ChannelRecord& r) {
-                             return recordQText(r.patternName);
-                         }},
-                    }) {}
+    : StepListScreen(parent, std::move(states), TimingPattern) {
+    showList();
+}
+
+PatternListConfig& patternScreen::pattern() {
+    return m_patterns.at(handler().currentChannel(), patternLimitsOf(handler().snapshot()));
+}
+
+int patternScreen::upload() {
+    return handler().sendPatternListDATAX(pattern().points());
+}
 
 } // namespace Kavor::HandheldGui

@@ -1,15 +1,26 @@
 #pragma once
 
-#include "portable/screens/readoutscreen.h"
+#include "lists/pattern_list_config.h"
+#include "portable/screens/list_store.h"
+#include "portable/screens/steplistscreen.h"
 
 namespace Kavor::HandheldGui {
 
-/// The on/off timing pattern.
-class patternScreen : public ReadoutScreen {
+/// The on/off timing pattern. It runs as the modulations do, by MOD on and off.
+class patternScreen : public StepListScreen {
     Q_OBJECT
 
 public:
     patternScreen(QWidget* parent, std::vector<STATE> states);
+
+protected:
+    IListConfig& list() override { return pattern(); }
+    int upload() override;
+
+private:
+    PatternListConfig& pattern();
+
+    ListStore<PatternListConfig, PatternListLimits, pattern_point> m_patterns;
 };
 
 } // namespace Kavor::HandheldGui

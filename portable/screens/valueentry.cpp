@@ -130,7 +130,7 @@ bool ValueEntry::normalise(double value, double& canonical) {
     const ValueLimits limits = m_field.model.limits();
     const double minimum = limits.known() ? limits.minimum : -Unlimited;
     const double maximum = limits.known() ? limits.maximum : Unlimited;
-    const QString name = m_field.edit->title();
+    const QString name = m_field.namedInRange ? m_field.edit->title() : QString();
     MessageSink* toast = m_host.toast();
     switch (m_field.kind) {
     case ValueField::Kind::Frequency:

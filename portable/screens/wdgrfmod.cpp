@@ -178,6 +178,7 @@ void rfModulationsWidget::toggleEnable(std::size_t tab, int state) {
 
 void rfModulationsWidget::onModOnButton() {
     const unsigned offBefore = m_host.switchPresses().off;
+    setChecksFromConfig(); // the pattern has a second box, on its own screen
     updateEnableSatus(true);
     for (std::size_t i = 0; i < ModulationTabs.size(); ++i) {
         const ModulationTab& tab = ModulationTabs[i];
@@ -210,6 +211,7 @@ void rfModulationsWidget::onModOffButton() {
 
 void rfModulationsWidget::onModsOff() {
     const unsigned onBefore = m_host.switchPresses().on;
+    setChecksFromConfig();
     for (std::size_t i = 0; i < ModulationTabs.size() && m_host.switchPresses().on == onBefore; ++i) {
         if (m_enables[i]->isChecked() && isRunning(ModulationTabs[i]))
             switchState(ModulationTabs[i], false);

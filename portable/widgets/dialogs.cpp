@@ -95,9 +95,22 @@ void dressBox(QMessageBox& box) {
     }
 }
 
+void showInformation(QWidget* parent, const QString& title, const QString& text) {
+    QMessageBox box(parent);
+    box.setObjectName(QStringLiteral("information"));
+    box.setWindowTitle(title);
+    box.setText(title);
+    box.setInformativeText(text);
+    box.setStandardButtons(QMessageBox::Ok);
+    box.setDefaultButton(QMessageBox::Ok);
+    dressBox(box);
+    DialogRunner::current().run(box, DialogKind::Information, title + QLatin1Char('\n') + text);
+}
+
 bool confirmAction(QWidget* parent, const QString& question, const QString& note) {
     QMessageBox box(parent);
     box.setObjectName(QStringLiteral("question"));
+    box.setTextFormat(Qt::PlainText); // a question may name a file, and a file may be named anything
     box.setText(question);
     box.setInformativeText(note);
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);

@@ -38,6 +38,9 @@ protected:
 /// icons. After its text and buttons are set.
 void dressBox(QMessageBox& box);
 
+/// Tells something that went well, with a button to go on.
+void showInformation(QWidget* parent, const QString& title, const QString& text);
+
 /// Asks a yes/no question with an optional smaller note below it; true for yes. The default is no.
 bool confirmAction(QWidget* parent, const QString& question, const QString& note = QString());
 

@@ -1,11 +1,13 @@
 #include "tests/gui/panelfixture.h"
 
+#include "platform/devicepaths.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
@@ -38,6 +40,11 @@ PanelFixture::PanelFixture(const Setup& setup) {
         return true;
     }();
     Q_UNUSED(styled)
+
+    if (qEnvironmentVariableIsEmpty("VELDA_HOME")) {
+        m_home = std::make_unique<QTemporaryDir>();
+        qputenv("VELDA_HOME", QFile::encodeName(m_home->path()));
+    }
 
     Sim::Options options;
     options.channels = setup.channels;
@@ -74,6 +81,12 @@ PanelFixture::PanelFixture(const Setup& setup) {
 PanelFixture::~PanelFixture() {
     m_window.reset();
     m_handler.reset();
+    if (m_home)
+        qunsetenv("VELDA_HOME");
+}
+
+QString PanelFixture::home() const {
+    return DevicePaths::dataRoot();
 }
 
 ChannelRecord PanelFixture::record() const {

@@ -5,6 +5,7 @@
 #include "sim/module_simulator.h"
 #include "tests/gui/scripteddialogs.h"
 
+#include <QTemporaryDir>
 #include <memory>
 
 /// The real window, 1280 x 800 and offscreen, on a simulated module of its own: a free port and a region name that no
@@ -56,7 +57,11 @@ public:
     /// The lines that the module received since the last call.
     QStringList sent();
 
+    /// The data root: the one that the environment names, otherwise a folder that lasts as long as the panel.
+    QString home() const;
+
 private:
+    std::unique_ptr<QTemporaryDir> m_home;
     std::unique_ptr<Sim::ModuleSimulator> m_module;
     std::unique_ptr<EventHandler> m_handler;
     ScriptedDialogs m_dialogs;

@@ -1,0 +1,26 @@
+#include "portable/screens/list_edit.h"
+
+#include "portable/widgets/vkeyboard.h"
+
+namespace Kavor::HandheldGui {
+
+bool askForCellValue(QWidget& window, const ListEditRequest& request, ListEditValue& value) {
+    if (request.kind == ListColumnKind::Choice) {
+        const bool runs = request.unit == QLatin1String("Run");
+        value.text = runs ? QStringLiteral("Wait") : QStringLiteral("Run");
+        return true;
+    }
+    VirtKeyboard keyboard(&window, request.title, request.unit, request.text);
+    for (int i = 0; i < request.options.size(); ++i)
+        keyboard.setUnitsButtons(i, request.options.at(i));
+    keyboard.setHighliteButton(request.options.indexOf(request.unit));
+    keyboard.setSignEnabled(request.powerRange);
+    keyboard.setPointEnabled(request.enabled);
+    if (!keyboard.ask())
+        return false;
+    value.text = keyboard.text();
+    value.unit = keyboard.chosenUnit();
+    return true;
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,32 @@
+#include "portable/screens/list_look.h"
+
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+namespace Kavor::HandheldGui {
+
+namespace {
+constexpr int HeaderHeight = 40;
+constexpr QRgb CurrentRow = 0xFF1B252E;
+} // namespace
+
+int listLookHeight(int rows) {
+    return HeaderHeight + rows * Style::TableRowHeight;
+}
+
+ListTableViewConfig listLook(int x, int y, int width, int rows, int firstColumnWidth) {
+    ListTableViewConfig config;
+    config.geometry = QRect(x, y, width, listLookHeight(rows));
+    config.rows = rows;
+    config.firstColumnWidth = firstColumnWidth;
+    config.headerHeight = HeaderHeight;
+    config.tableStyle = LIST_STYLE;
+    config.text = QColor(Style::Text);
+    config.quietText = QColor(Style::Label);
+    config.line = QColor(Style::PanelEdge);
+    config.row = QColor(CurrentRow);
+    config.accent = QColor(Style::Active);
+    return config;
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,256 @@
+#include "portable/screens/steplistscreen.h"
+
+#include "common/instrument/handlerscpi.h"
+#include "portable/panelhost.h"
+#include "portable/screens/enablebox.h"
+#include "portable/screens/list_edit.h"
+#include "portable/screens/list_look.h"
+#include "portable/screens/screentexts.h"
+#include "portable/widgets/checkrow.h"
+#include "portable/widgets/dialogs.h"
+#include "portable/widgets/pagegroup.h"
+#include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int GroupHeight = Style::PageHeight - 8;
+constexpr int ButtonsWidth = 240;
+constexpr int MainWidth = Style::WindowWidth - 2 * Style::PageMargin - Style::Gap - ButtonsWidth;
+constexpr int SettingsHeight = 108;
+constexpr int TableRows = 5;
+constexpr int TableTop = 46;
+constexpr int TableInset = 16;
+constexpr int StepColumnWidth = 96;
+constexpr int NameX = 260;
+constexpr int CaptionHeight = 32;
+
+QRect mainPlace(int y, int height) {
+    return {Style::PageMargin, y, MainWidth, height};
+}
+
+} // namespace
+
+StepListScreen::StepListScreen(QWidget* parent, std::vector<STATE> states, const StepListKind& kind)
+    : IGuiScreen(parent, std::move(states)), m_kind(kind), m_page(makePage(QString::fromLatin1(kind.pageName))) {
+    buildTable();
+    buildSettings();
+    m_filesGroup = new PageGroup(m_page, QString::fromLatin1(kind.filesCaption), mainPlace(0, GroupHeight));
+    m_files = new ListFilesView(host(), kind, *m_filesGroup, [this]() -> IListConfig& { return list(); });
+    connect(m_files, &ListFilesView::cancelled, this, &StepListScreen::onCancel);
+    connect(m_files, &ListFilesView::saved, this, [this](const QString& name) {
+        takeName(name);
+        update_static_controls(m_kind.tableState);
+    });
+    connect(m_files, &ListFilesView::loaded, this, [this](const QString& name) {
+        takeName(name);
+        onLoaded();
+        m_table->refresh();
+        update_static_controls(m_kind.tableState);
+    });
+    buildButtons();
+    connect(&host(), &PanelHost::modulationLookChanged, this, &StepListScreen::showEnable);
+    update_static_controls(kind.tableState);
+}
+
+QString StepListScreen::named(const char* part) const {
+    return QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(part);
+}
+
+void StepListScreen::buildTable() {
+    // Below the settings, so that a toast about an entry does not cover it.
+    constexpr int Top = SettingsHeight + Style::Gap;
+    m_tableGroup = new PageGroup(m_page, QString::fromLatin1(m_kind.editCaption), mainPlace(Top, GroupHeight - Top));
+    m_name = m_tableGroup->addLabel(NameX, 10, MainWidth - NameX - 24, 40, QString());
+    m_name->setObjectName(named("Name"));
+    m_name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_name->setTextFormat(Qt::PlainText);
+    m_table = new ListTable(m_tableGroup);
+    m_table->setObjectName(named("Table"));
+    m_table->applyViewConfig(listLook(TableInset, TableTop, MainWidth - 2 * TableInset, TableRows, StepColumnWidth));
+    connect(m_table, &ListTable::editRequested, this, &StepListScreen::onEditRequested);
+}
+
+void StepListScreen::buildSettings() {
+    m_settings = new PageGroup(m_page, QString(), mainPlace(0, SettingsHeight));
+    addCaption(16, QString::fromLatin1(m_kind.settingsCaption));
+    auto* box = new CheckRow(m_settings, QString::fromLatin1(m_kind.enableLabel), m_kind.enableBoxX);
+    box->setObjectName(named("Enable"));
+    box->setGeometry(16, SettingsRow, m_kind.enableBoxX + 52, Style::ButtonHeight);
+    m_enable = new EnableBox(host(), box, m_kind.bit, QString::fromLatin1(m_kind.logPrefix), QString());
+}
+
+void StepListScreen::addCaption(int x, const QString& text) {
+    QLabel* caption = m_settings->addLabel(x, 4, 10, CaptionHeight, text);
+    applySheet(caption, WIDGET_LBL_BOLD_STYLE);
+    caption->resize(caption->sizeHint().width(), CaptionHeight);
+}
+
+void StepListScreen::buildButtons() {
+    auto* group = new PageGroup(
+        m_page, QString(), QRect(Style::WindowWidth - Style::PageMargin - ButtonsWidth, 0, ButtonsWidth, GroupHeight));
+    const auto add = [&](const char* text, const char* name, int place, const auto& pressed) {
+        auto* button = new QPushButton(QString::fromLatin1(text), group);
+        button->setObjectName(named(name));
+        button->setGeometry(16, 16 + place * (Style::ButtonHeight + Style::Gap), ButtonsWidth - 32,
+                            Style::ButtonHeight);
+        button->setFocusPolicy(Qt::NoFocus);
+        button->setStyleSheet(PUSH_BN_STYLE);
+        connect(button, &QPushButton::clicked, this, pressed);
+        return button;
+    };
+    const auto files = [this](ListFileMode mode) {
+        return [this, mode] {
+            onFiles(mode);
+        };
+    };
+    m_tableButtons = {add("Add Step", "Add", 0, [this] { onAddStep(); }),
+                      add("Delete Step", "DeleteStep", 1, [this] { onDeleteStep(); }),
+                      add(m_kind.newLabel, "New", 2, [this] { onNew(); }),
+                      add("Upload", "Upload", 3, [this] { onUpload(); }),
+                      add(m_kind.loadLabel, "Load", 4, files(ListFileMode::Load)),
+                      add(m_kind.saveLabel, "Save", 5, files(ListFileMode::Save)),
+                      add(m_kind.deleteLabel, "Delete", 6, files(ListFileMode::Delete))};
+    m_tableButtons[3]->setStyleSheet(PUSH_BN_SEL_STYLE);
+    m_cancel = add("Cancel", "Cancel", 0, [this] { onCancel(); });
+}
+
+void StepListScreen::update_static_controls(STATE state) {
+    if (state != m_kind.tableState && state != m_kind.filesState)
+        return;
+    m_subState = state;
+    const bool files = state == m_kind.filesState;
+    m_tableGroup->setVisible(!files);
+    m_settings->setVisible(!files);
+    for (QPushButton* button : m_tableButtons)
+        button->setVisible(!files);
+    m_filesGroup->setVisible(files);
+    m_cancel->setVisible(files);
+}
+
+void StepListScreen::update_from_config(STATE) {
+    showEnable();
+    showList();
+}
+
+void StepListScreen::show() {
+    host().setHeaderBar(QString::fromLatin1(m_kind.header));
+    handler().isModulationsOn();
+    update_from_config(m_kind.tableState);
+    update_static_controls(m_kind.tableState);
+    m_page->show();
+}
+
+void StepListScreen::hide() {
+    m_page->hide();
+}
+
+bool StepListScreen::isRunning() const {
+    return handler().snapshot().*m_kind.running == 1;
+}
+
+void StepListScreen::showEnable() {
+    m_enable->setFromConfig();
+    m_enable->box()->setEnabled(!isRunning());
+}
+
+void StepListScreen::showList() {
+    IListConfig& current = list();
+    if (m_table->listConfig() == &current)
+        return;
+    m_table->setListConfig(&current);
+    m_table->setCurrentCell(0, 1);
+    showName();
+}
+
+void StepListScreen::showName() {
+    const QString name = m_names[handler().currentChannel()];
+    m_name->setText(m_name->fontMetrics().elidedText(name, Qt::ElideMiddle, m_name->width()));
+}
+
+void StepListScreen::takeName(const QString& name) {
+    m_names[handler().currentChannel()] = name;
+    showName();
+    // The record's field is counted in bytes: what does not fit goes, but no half of a character stays.
+    const QByteArray bytes = name.toUtf8();
+    int size = qMin(bytes.size(), static_cast<int>(sizeof(ChannelRecord::listName)) - 1);
+    const auto insideCharacter = [&bytes](int at) {
+        return at < bytes.size() && (static_cast<unsigned char>(bytes.at(at)) & 0xC0U) == 0x80U;
+    };
+    while (insideCharacter(size))
+        --size;
+    (handler().*m_kind.setCachedName)(bytes.left(size).constData());
+}
+
+void StepListScreen::report(bool done, const QString& error) {
+    if (!done)
+        showToast(host(), error);
+}
+
+void StepListScreen::onAddStep() {
+    update_static_controls(m_kind.tableState);
+    QString error;
+    showList(); // with the limits that hold now
+    report(m_table->addStep(error), error);
+}
+
+void StepListScreen::onDeleteStep() {
+    update_static_controls(m_kind.tableState);
+    QString error;
+    report(m_table->deleteCurrentStep(error), error);
+}
+
+void StepListScreen::onNew() {
+    if (m_kind.newQuestion &&
+        !confirmAction(&host(), QString::fromLatin1(m_kind.newQuestion), QString::fromLatin1(m_kind.newNote)))
+        return;
+    update_static_controls(m_kind.tableState);
+    QString error;
+    const bool done = m_table->newList(error);
+    report(done, error);
+    if (done) {
+        m_names.erase(handler().currentChannel());
+        showName();
+    }
+}
+
+void StepListScreen::onUpload() {
+    // The wait for the module lets taps in; a second upload while the first is on its way would only queue behind it.
+    if (m_uploading)
+        return;
+    update_static_controls(m_kind.tableState);
+    m_uploading = true;
+    const bool done = upload() == 0;
+    m_uploading = false;
+    showEnable();
+    host().UpdateStatusBar();
+    if (done)
+        showInformation(&host(), QString::fromLatin1(m_kind.uploadTitle), QStringLiteral("Succeeded!"));
+    else
+        showCommandFailure(host());
+}
+
+void StepListScreen::onFiles(ListFileMode mode) {
+    if (m_files->open(mode))
+        update_static_controls(m_kind.filesState);
+}
+
+void StepListScreen::onCancel() {
+    update_static_controls(m_kind.tableState);
+}
+
+void StepListScreen::onEditRequested(const ListEditRequest& request) {
+    ListEditValue value;
+    if (!askForCellValue(host(), request, value))
+        return;
+    QString error;
+    showList(); // with the limits that hold now
+    report(m_table->applyEdit(request, value, error), error);
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "lists/list_table.h"
+#include "portable/screens/iguiscreen.h"
+#include "portable/screens/list_filesview.h"
+#include "portable/screens/steplistkind.h"
+
+#include <map>
+
+class QLabel;
+class QPushButton;
+
+namespace Kavor::HandheldGui {
+
+class EnableBox;
+class PageGroup;
+
+/// What the list screen and the pattern screen are: a page with the table of steps, the settings and the buttons, and
+/// a page with the saved files. Each channel has a list of its own. GUI thread.
+class StepListScreen : public IGuiScreen {
+    Q_OBJECT
+
+public:
+    void update_from_config(STATE state) override;
+    void show() override;
+    void hide() override;
+
+    /// Shows the page of the table or of the files; any other state leaves the page as it is.
+    void update_static_controls(STATE state);
+
+public slots:
+    void onAddStep();
+    void onDeleteStep();
+    void onNew();
+    void onUpload();
+    void onFiles(ListFileMode mode);
+    void onCancel();
+    void onEditRequested(const ListEditRequest& request);
+
+protected:
+    StepListScreen(QWidget* parent, std::vector<STATE> states, const StepListKind& kind);
+
+    /// The current channel's list with the module's limits.
+    virtual IListConfig& list() = 0;
+    virtual int upload() = 0;
+    /// The list on screen came from a file.
+    virtual void onLoaded() {}
+
+    /// Shows the current channel's list; to be called once the derived screen is built.
+    void showList();
+
+    /// The enable box follows the cached mask, and is locked while the list runs.
+    void showEnable();
+
+    ListTable& table() const { return *m_table; }
+    EnableBox& enable() const { return *m_enable; }
+    PageGroup& settingsGroup() const { return *m_settings; }
+    void addCaption(int x, const QString& text);
+    bool isRunning() const;
+    QString named(const char* part) const;
+
+    static constexpr int SettingsRow = 38; ///< top of the controls of the settings group
+
+private:
+    void buildTable();
+    void buildSettings();
+    void buildButtons();
+    void showName();
+    void report(bool done, const QString& error);
+    void takeName(const QString& name);
+
+    const StepListKind& m_kind;
+    QWidget* m_page;
+    PageGroup* m_tableGroup = nullptr;
+    PageGroup* m_settings = nullptr;
+    PageGroup* m_filesGroup = nullptr;
+    ListTable* m_table = nullptr;
+    ListFilesView* m_files = nullptr;
+    EnableBox* m_enable = nullptr;
+    QLabel* m_name = nullptr;
+    std::vector<QPushButton*> m_tableButtons;
+    QPushButton* m_cancel = nullptr;
+    std::map<unsigned, QString> m_names; ///< by channel, the file that the list was last loaded from or saved to
+    bool m_uploading = false;
+};
+
+} // namespace Kavor::HandheldGui
