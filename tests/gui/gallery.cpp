@@ -1,3 +1,5 @@
+#include "lists/list_files.h"
+#include "lists/list_table.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/msgbox.h"
 #include "portable/widgets/vkeyboard.h"
@@ -8,6 +10,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QGraphicsEffect>
 #include <QMovie>
 #include <QPainter>
 #include <QTemporaryDir>
@@ -53,7 +56,7 @@ public:
         if (toast->isTelling()) {
             QPixmap bubble(toast->size());
             bubble.fill(Qt::transparent);
-            toast->setGraphicsEffect(nullptr);
+            toast->graphicsEffect()->setEnabled(false);
             toast->render(&bubble, QPoint(), QRegion(), QWidget::DrawChildren);
             painter.setClipRegion(toast->mask().translated(toast->pos() - window.pos()));
             painter.drawPixmap(toast->pos() - window.pos(), bubble);
@@ -216,6 +219,92 @@ void systemPictures(Gallery& g) {
     qunsetenv("VELDA_HOME");
 }
 
+/// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list
+/// screens.
+void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way) {
+    g.start();
+    PanelFixture& panel = g.panel();
+    for (const QString& button : way)
+        panel.press(button);
+    const auto name = [&prefix](const char* part) {
+        return prefix + QLatin1Char('-') + QLatin1String(part);
+    };
+    g.shot(name("new"));
+    const bool list = prefix == QLatin1String("list");
+    const QStringList first{"2.4", "100", "433.92", "915", "5.8", "1.57542", "88.1"};
+    const QStringList second{"5", "-10", "0", "-3.5", "2.25", "-40", "-12.75"};
+    const QStringList third{"500", "1", "500", "250", "500", "10", "75"};
+    auto* table = panel.widget<ListTable>(prefix + "Table");
+    for (int row = 0; row < first.size(); ++row) {
+        if (row > 0)
+            panel.press(prefix + "Add");
+        const auto edit = [&](int column, const QString& number, const QString& key) {
+            panel.dialogs().expectNumber(QString(), number, key);
+            table->requestEdit(row, column);
+        };
+        if (list) {
+            edit(1, first.at(row), row == 0 || row == 4 || row == 5 ? "keyUnit0" : "keyUnit1");
+            edit(2, second.at(row), "keyUnit0");
+            edit(3, third.at(row), row == 1 || row == 5 ? "keyUnit2" : "keyUnit1");
+            if (row % 3 == 1)
+                table->requestEdit(row, 4);
+        } else {
+            edit(1, third.at(row), "keyUnit1");
+            edit(2, first.at(row), "keyUnit1");
+            edit(3, QString::number(row + 1), row == 2 ? "keyUnit1" : "keyUnit0");
+        }
+    }
+    table->setCurrentCell(1, 1);
+    table->scrollToTop();
+    g.shot(name("edited"));
+    g.dialogShot(name("keyboard"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 3 : 1); });
+    g.dialogShot(name("keyboard-second"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 2 : 3); });
+    panel.dialogs().expectNumber(QString(), "9999999", "keyUnit0");
+    table->requestEdit(1, 1);
+    g.shot(name("out-of-range"));
+    panel.window().toast()->hideImmediate();
+    if (list) {
+        panel.press("listDwellFixed");
+        g.shot(name("fixed-dwell"));
+        panel.enter("listFixedDwell", "1", "keyUnit3");
+        g.shot(name("fixed-dwell-second"));
+        panel.enter("listFixedDwell", "200", "keyUnit3");
+        g.shot(name("fixed-dwell-out-of-range"));
+        panel.window().toast()->hideImmediate();
+        g.dialogShot(name("question-new"), DialogKind::Question, [&] { panel.press("listNew"); });
+    }
+    g.dialogShot(name("uploaded"), DialogKind::Information, [&] { panel.press(prefix + "Upload"); });
+    for (const char* file : {"hop", "Band III-2", "scan_long"}) {
+        panel.press(prefix + "Save");
+        panel.dialogs().expect(DialogKind::Keyboard, QString(), [file](QDialog& dialog) {
+            for (const QChar c : QString(file))
+                QTest::keyClick(&dialog, c.toLatin1());
+            pressButton(dialog, "keyEnter");
+        });
+        panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1);
+    }
+    g.shot(name("saved"));
+    panel.press(prefix + "Save");
+    g.shot(name("files-save"));
+    g.dialogShot(name("keyboard-filename"), DialogKind::Keyboard,
+                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1); });
+    g.dialogShot(name("question-overwrite"), DialogKind::Question,
+                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(1, 1); });
+    panel.press(prefix + "Cancel");
+    const QString folder = panel.home() + "/kavor/" + prefix + "/1/";
+    for (int i = 0; i < 12; ++i)
+        QFile::copy(folder + "hop.json", folder + QString("scan %1.json").arg(i + 1));
+    QFile::copy(folder + "hop.json", folder + "a " + QString(180, 'n') + ".json");
+    panel.press(prefix + "Load");
+    panel.widget<ListFiles>(prefix + "Files")->setCurrentCell(4, 1);
+    g.shot(name("files-load"));
+    panel.press(prefix + "Cancel");
+    panel.press("rfOn");
+    panel.press(prefix + "Enable");
+    panel.press("modOn");
+    g.shot(name("running"));
+}
+
 void headerPictures(Gallery& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
@@ -269,6 +358,9 @@ int main(int argc, char** argv) {
     keyboardPictures(gallery);
     pagePictures(gallery);
     systemPictures(gallery);
+
+    stepListPictures(gallery, "list", {"funcList"});
+    stepListPictures(gallery, "pattern", {"funcCw", "tabPattern"});
     headerPictures(gallery);
     boxPictures(gallery);
     gallery.writeIndex();

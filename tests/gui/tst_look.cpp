@@ -41,6 +41,9 @@ private slots:
         QTest::newRow("pattern") << QStringList{"funcCw", "tabPattern"};
         QTest::newRow("sweep") << QStringList{"funcSweep"};
         QTest::newRow("list") << QStringList{"funcList"};
+        QTest::newRow("list, fixed dwell") << QStringList{"funcList", "listDwellFixed"};
+        QTest::newRow("list, files") << QStringList{"funcList", "listSave"};
+        QTest::newRow("pattern, files") << QStringList{"funcCw", "tabPattern", "patternLoad"};
         QTest::newRow("run mode") << QStringList{"funcRunMode"};
         QTest::newRow("system") << QStringList{"funcSystem"};
         QTest::newRow("system, store") << QStringList{"funcSystem", "sysStore"};
