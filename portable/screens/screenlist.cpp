@@ -38,6 +38,10 @@ listScreen::listScreen(QWidget* parent, std::vector<STATE> states)
     connect(&host(), &PanelHost::ListOnOffSignal, this, &listScreen::onRunButton);
 }
 
+listScreen::~listScreen() {
+    table().setListConfig(nullptr); // the widgets outlive the screen and its lists
+}
+
 void listScreen::buildRunType() {
     addCaption(RunTypeX, QStringLiteral("Run Type"));
     m_runType = new ChoiceGroup(&settingsGroup(), PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,

@@ -18,6 +18,7 @@ public:
     enum DwellMode { Step, Fixed };
 
     listScreen(QWidget* parent, std::vector<STATE> states);
+    ~listScreen() override;
 
 public slots:
     /// 1 runs the list if it is enabled and does not run yet, 0 stops it.

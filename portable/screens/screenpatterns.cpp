@@ -10,6 +10,10 @@ patternScreen::patternScreen(QWidget* parent, std::vector<STATE> states)
     showList();
 }
 
+patternScreen::~patternScreen() {
+    table().setListConfig(nullptr); // the widgets outlive the screen and its patterns
+}
+
 PatternListConfig& patternScreen::pattern() {
     return m_patterns.at(handler().currentChannel(), patternLimitsOf(handler().snapshot()));
 }

@@ -12,6 +12,7 @@ class patternScreen : public StepListScreen {
 
 public:
     patternScreen(QWidget* parent, std::vector<STATE> states);
+    ~patternScreen() override;
 
 protected:
     IListConfig& list() override { return pattern(); }
