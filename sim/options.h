@@ -21,7 +21,8 @@ struct Options {
     QString configurationFolder;  ///< of the stored configurations; empty: they are kept in memory
     QByteArrayList startCommands; ///< carried out before anybody can see the module; not counted
 
-    /// Called on the service's thread with the header (no colon before it) and the decoded steps of each list or pattern that came.
+    /// Called on the service's thread with the header (no colon before it) and the decoded steps of each list or
+    /// pattern that came.
     std::function<void(const QByteArray& header, const QByteArrayList& steps)> onUpload;
 };
 
