@@ -1,3 +1,4 @@
+#include "sim/fpga_boards.h"
 #include "sim/module_simulator.h"
 
 #include <QCommandLineParser>
@@ -48,6 +49,37 @@ QString readOptions(const QCommandLineParser& parser, Sim::Options& options) {
     return {};
 }
 
+// The boards' part of the same.
+QString readBoards(const QCommandLineParser& parser, Sim::FpgaBoardsOptions& options) {
+    unsigned count = 0;
+    if (!readNumber(parser.value("boards"), 0, Sim::FpgaBoardsOptions::kMostBoards, count))
+        return "--boards takes 0 to 4";
+    for (const QString& text : parser.value("board-address").split(',', Qt::SkipEmptyParts)) {
+        const QHostAddress address(text);
+        if (address.protocol() != QAbstractSocket::IPv4Protocol)
+            return "--board-address takes IPv4 addresses, separated by commas";
+        options.addresses << address;
+    }
+    if (static_cast<unsigned>(options.addresses.size()) < count)
+        return "--board-address names fewer addresses than there are boards";
+    options.addresses.resize(static_cast<int>(count));
+    struct Row {
+        const char* option;
+        unsigned most;
+        unsigned value;
+    };
+    Row rows[] = {{"board-port", 65535, 0}, {"board-loss", 99, 0}, {"board-silent", count, 0}, {"burn-ms", 3600000, 0}};
+    for (Row& row : rows) {
+        if (!readNumber(parser.value(row.option), 0, row.most, row.value))
+            return QStringLiteral("--%1 takes 0 to %2").arg(row.option).arg(row.most);
+    }
+    options.board.port = static_cast<quint16>(rows[0].value);
+    options.lossPercent = static_cast<int>(rows[1].value);
+    options.silentBoard = static_cast<int>(rows[2].value);
+    options.board.burnMs = static_cast<int>(rows[3].value);
+    return {};
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -73,6 +105,13 @@ int main(int argc, char** argv) {
         {"disconnected", "Channels, from 0, whose module does not answer.", "numbers"},
         {"battery", "Battery over time: seconds:percent:mA points, separated by commas.", "points", "0:80:-420"},
         {"configurations", "Folder of the stored configurations; without it they are kept in memory.", "folder"},
+        {"boards", "Number of FPGA boards, 0 to 4.", "number", "0"},
+        {"board-address", "Their addresses, separated by commas.", "addresses",
+         "127.0.0.2,127.0.0.3,127.0.0.4,127.0.0.5"},
+        {"board-port", "Their UDP port.", "number", "7502"},
+        {"board-loss", "Percent of the datagrams of each direction that are lost.", "percent", "0"},
+        {"board-silent", "Number, from 1, of a board that does not answer.", "number", "0"},
+        {"burn-ms", "Milliseconds that burning and verifying take.", "number", "8000"},
         {"command", "A command to carry out before the start, such as \":FREQ 2e9\". May be given again.", "text"},
     });
     parser.process(app);
@@ -87,6 +126,13 @@ int main(int argc, char** argv) {
             std::printf("  %s\n", step.constData());
         std::fflush(stdout);
     };
+    Sim::FpgaBoardsOptions boardOptions;
+    error = readBoards(parser, boardOptions);
+    if (!error.isEmpty())
+        return fail(error);
+    Sim::FpgaBoards boards;
+    if (!boards.start(boardOptions, error))
+        return fail(error);
     Sim::ModuleSimulator simulator(options);
     if (!simulator.start(&error))
         return fail(error);

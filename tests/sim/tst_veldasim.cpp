@@ -66,6 +66,15 @@ void TestVeldasim::badArguments_data() {
     QTest::newRow("nested region") << QStringList{"--region", "/a/b"} << "--region takes one name behind a slash";
     QTest::newRow("disconnected") << QStringList{"--disconnected", "4"} << "--disconnected takes channels from 0";
     QTest::newRow("battery") << QStringList{"--battery", "full"} << "\"full\" is no battery point";
+    QTest::newRow("boards") << QStringList{"--boards", "5"} << "--boards takes 0 to 4";
+    QTest::newRow("board address") << QStringList{"--board-address", "::1"} << "--board-address takes IPv4 addresses";
+    QTest::newRow("too few addresses") << QStringList{"--boards", "2", "--board-address", "127.0.0.2"}
+                                       << "--board-address names fewer addresses";
+    QTest::newRow("loss of all") << QStringList{"--board-loss", "100"} << "--board-loss takes 0 to 99";
+    QTest::newRow("silent board") << QStringList{"--boards", "1", "--board-silent", "2"}
+                                  << "--board-silent takes 0 to 1";
+    QTest::newRow("address of nobody here")
+        << QStringList{"--boards", "1", "--board-address", "192.0.2.1"} << "192.0.2.1:7502: ";
     QTest::newRow("command") << QStringList{"--command", ":POW 99"} << "\":POW 99\": -ERR -222,";
 }
 
