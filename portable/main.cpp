@@ -3,6 +3,7 @@
 #include "platform/logger.h"
 #include "portable/focustrace.h"
 #include "portable/mainwindow.h"
+#include "portable/screens/update_packages.h"
 #include "portable/splash.h"
 #include "portable/widgets/styles/styles.h"
 
@@ -35,7 +36,9 @@ int main(int argc, char** argv) {
     auto* splash = new Splash(QStringLiteral(":/logo.gif"));
     auto* handler = new EventHandler;
     handler->InitChannels();
-    auto* window = new MainWindow(nullptr, handler);
+    PanelSettings settings;
+    settings.updateEntry = new UpdatePackages;
+    auto* window = new MainWindow(nullptr, handler, settings);
     window->postInit();
     QObject::connect(splash, &Splash::ended, window, [window] {
         window->show();

@@ -161,6 +161,8 @@ void systemScreen::buildSubPages() {
     m_packagePage = new ListPage(makePage(QStringLiteral("pagePackages")), QStringLiteral("Update Packages"),
                                  QStringLiteral("No update package found"), QStringLiteral("packagesBack"));
     m_packagePage->setTable(update->makeList(m_packagePage->group(), host()));
+    connect(update, &UpdateEntry::chosen, this, &systemScreen::onMsgLoadFWList);
+    connect(update, &UpdateEntry::noteChanged, m_packagePage, &ListPage::setNote);
     connect(m_packagePage, &ListPage::back, this, [this] { showSubPage(Main); });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/update/datafw.h"
 #include "portable/screens/iguiscreen.h"
 
 class QLabel;
@@ -45,6 +46,7 @@ public slots:
     void onMsgLoadCfgList(const QString& file);
     void onMsgSaveCfgList(const QString& file);
     void onMsgDeleteCfgList(const QString& file);
+    void onMsgLoadFWList(MANIFEST_DATA* package);
 
 private:
     enum SubPage { None = -1, Main, Configurations, Lan, Packages };

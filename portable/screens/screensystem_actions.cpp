@@ -44,6 +44,18 @@ void systemScreen::onUpdButton() {
     showSubPage(Packages);
 }
 
+void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
+    if (m_operating)
+        return;
+    const QScopedValueRollback<bool> operating(m_operating, true);
+    UpdateEntry* update = host().settings().updateEntry;
+    if (package && update)
+        update->install(*package, host());
+    else
+        host().reportError(QStringLiteral("Upgrade failed to start"));
+    host().change_state(STATE_SYSTEM);
+}
+
 void systemScreen::onPresetButton() {
     if (m_operating || !confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
         return;

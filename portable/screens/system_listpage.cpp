@@ -83,10 +83,21 @@ void ListPage::setTable(QTableWidget* table) {
     m_table = table;
     m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, TableHeight);
     m_note->raise();
+    // Rows may come while the page is shown.
+    connect(m_table->model(), &QAbstractItemModel::rowsInserted, this, &ListPage::showNote);
+    connect(m_table->model(), &QAbstractItemModel::rowsRemoved, this, &ListPage::showNote);
+}
+
+void ListPage::setNote(const QString& note) {
+    m_note->setText(note);
+}
+
+void ListPage::showNote() {
+    m_note->setVisible(m_table->rowCount() == 0);
 }
 
 void ListPage::show() {
-    m_note->setVisible(m_table->rowCount() == 0);
+    showNote();
     m_page->show();
 }
 

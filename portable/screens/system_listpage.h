@@ -23,6 +23,9 @@ public:
     /// Puts the table in its place. Once.
     void setTable(QTableWidget* table);
 
+    /// What the table says while it is empty.
+    void setNote(const QString& note);
+
     void show();
     void hide();
 
@@ -30,6 +33,8 @@ signals:
     void back();
 
 private:
+    void showNote();
+
     QWidget* m_page;
     QWidget* m_group;
     QLabel* m_note;

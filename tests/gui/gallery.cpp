@@ -1,9 +1,14 @@
+#include "common/update/update_texts.h"
 #include "lists/list_files.h"
 #include "lists/list_table.h"
+#include "portable/screens/update_boxes.h"
+#include "portable/screens/update_dialog.h"
+#include "portable/screens/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/msgbox.h"
 #include "portable/widgets/vkeyboard.h"
 #include "tests/gui/panelfixture.h"
+#include "tests/gui/updatestick.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -11,12 +16,17 @@
 #include <QDir>
 #include <QFile>
 #include <QGraphicsEffect>
+#include <QLabel>
 #include <QMovie>
 #include <QPainter>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
+#include <QTimer>
+#include <algorithm>
 #include <cstdio>
+#include <tuple>
 
 using namespace Kavor::HandheldGui;
 
@@ -305,6 +315,75 @@ void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way)
     g.shot(name("running"));
 }
 
+/// A stick with a package of each kind, what is asked about them, and how their installation shows and ends.
+void updatePictures(Gallery& g) {
+    UpdateStick stick;
+    UpdatePackages updates;
+    PanelFixture::Setup setup;
+    setup.updateEntry = &updates;
+    const auto openList = [&g](int packages) {
+        g.panel().press("funcSystem");
+        g.panel().press("sysUpdate");
+        const auto* list = g.panel().widget<QTableWidget>("fwList");
+        if (!QTest::qWaitFor([&] { return list->rowCount() == packages; }, 5000))
+            qFatal("The packages are not found.");
+    };
+    const auto choose = [&g](int row) {
+        auto* list = g.panel().widget<QTableWidget>("fwList");
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          list->visualItemRect(list->item(row, 1)).center());
+    };
+    g.start(setup);
+    openList(0);
+    const QList<QLabel*> labels = g.panel().widget<QWidget>("pagePackages")->findChildren<QLabel*>();
+    const auto saysSo = [&labels] {
+        return std::any_of(labels.begin(), labels.end(),
+                           [](const QLabel* label) { return label->text() == "No update package found"; });
+    };
+    if (!QTest::qWaitFor(saysSo, 5000))
+        qFatal("The look for packages does not end.");
+    g.shot("update-list-empty");
+    stick.addFpga("1-fpga", "1.4", QByteArray(5000, 'x'));
+    stick.addModule("2-module", "5.0", "module software");
+    stick.addSoftware("3-software", "2.1.0", {});
+    openList(3);
+    g.shot("update-list");
+    for (const auto& row : {"fpga", "module", "software"}) {
+        openList(3);
+        const int index = QStringList{"fpga", "module", "software"}.indexOf(row);
+        g.dialogShot(QString("update-question-") + row, DialogKind::Question, [&] { choose(index); });
+    }
+    QWidget* window = &g.panel().window();
+    g.dialogShot("update-installing", DialogKind::Progress, [&] {
+        UpdateDialog dialog(window, "installProgress", "Wait until upgrade process finished");
+        QTimer::singleShot(1500, &dialog, &UpdateDialog::end);
+        DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
+    });
+    for (const auto& [name, phase, percent] :
+         {std::make_tuple("begin", -1, 0), std::make_tuple("transfer", 0, 37), std::make_tuple("programming", 1, 29),
+          std::make_tuple("verifying", 1, 83)}) {
+        g.dialogShot(QString("update-fpga-") + name, DialogKind::Progress, [&, phase = phase, percent = percent] {
+            FpgaProgressDialog dialog(window);
+            const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
+            if (phase >= 0) {
+                dialog.setInfoText(display.text);
+                dialog.setProgress(display.percent);
+            }
+            QTimer::singleShot(1500, &dialog, &UpdateDialog::end);
+            DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
+        });
+    }
+    const UpdateBoxes boxes(window, "FPGA Update", 1000);
+    g.dialogShot("update-fpga-done", DialogKind::Information, [&] { boxes.information(UpdateTexts::fpgaDone()); });
+    const QString path = stick.package("a-folder-with-quite-a-long-name/and-another-one-in-it") + "/image.fpga";
+    int number = 0;
+    for (const QString& text :
+         {UpdateTexts::imageRefused(), UpdateTexts::fpgaFailed(), UpdateTexts::cannotOpenImage(path),
+          QString("Upgrade failed. Error code: -4"),
+          QString("Failed to copy %1 to %2").arg(path, "/home/velda/kavor/upgrade/veldax/module-software-5.0.bin")})
+        g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical, [&] { boxes.failure(text); });
+}
+
 void headerPictures(Gallery& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
@@ -361,6 +440,7 @@ int main(int argc, char** argv) {
 
     stepListPictures(gallery, "list", {"funcList"});
     stepListPictures(gallery, "pattern", {"funcCw", "tabPattern"});
+    updatePictures(gallery);
     headerPictures(gallery);
     boxPictures(gallery);
     gallery.writeIndex();

@@ -34,6 +34,7 @@ public:
         return m_table;
     }
     void refresh() override { m_table->setRowCount(m_packages); }
+    void install(MANIFEST_DATA&, PanelHost&) override {}
     int m_packages = 0;
 
 private:

@@ -1,0 +1,99 @@
+#include "portable/screens/listfirmware.h"
+
+#include "common/update/datafw.h"
+#include "common/update/package_scan.h"
+#include "portable/screens/system_listpage.h"
+#include "portable/screens/update_scan.h"
+
+#include <QHeaderView>
+#include <QTimer>
+
+#include <array>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+enum Column { Number, Version, Device, Path, ColumnCount };
+constexpr std::array<int, Path> ColumnWidths{96, 240, 176};
+constexpr int MostCharacters = 120; ///< of a cell: a manifest may hold a text of any length
+constexpr int QuietSeconds = 3;     ///< a look shorter than this is not counted
+
+} // namespace
+
+fwList::fwList(QWidget* parent)
+    : QTableWidget(parent), m_scan(std::make_unique<PackageScan>()), m_second(new QTimer(this)) {
+    setObjectName(QStringLiteral("fwList"));
+    dressTable(*this);
+    setColumnCount(ColumnCount);
+    for (int column = 0; column < Path; ++column)
+        setColumnWidth(column, ColumnWidths[static_cast<std::size_t>(column)]);
+    horizontalHeader()->setSectionResizeMode(Path, QHeaderView::Stretch);
+    m_second->setInterval(1000);
+    connect(m_second, &QTimer::timeout, this, &fwList::onSecond);
+    connect(m_scan.get(), &QThread::finished, this, &fwList::onScanned);
+    connect(this, &QTableWidget::cellClicked, this, &fwList::onClick);
+}
+
+fwList::~fwList() = default;
+
+void fwList::update_view(unsigned, const QString& mode) {
+    setRowCount(0);
+    setHorizontalHeaderLabels(
+        {QStringLiteral("#"), QStringLiteral("VERSION"), QStringLiteral("DEVICE"), QStringLiteral("PATH")});
+    for (int column = 0; column < ColumnCount; ++column)
+        horizontalHeaderItem(column)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    if (mode == QLatin1String("load"))
+        load_list(packageSearchRoot());
+}
+
+void fwList::load_list(const QString& root) {
+    m_seconds = 0;
+    m_second->start();
+    emit noteChanged(QStringLiteral("Looking for update packages..."));
+    m_scan->lookBelow(root);
+}
+
+void fwList::onSecond() {
+    if (++m_seconds >= QuietSeconds)
+        emit noteChanged(QStringLiteral("Looking for update packages... %1 s").arg(m_seconds));
+}
+
+void fwList::onScanned() {
+    if (m_scan->looksAgain())
+        return;
+    m_second->stop();
+    const PackageScan::Result result = m_scan->result();
+    m_packages = result.packages;
+    fill();
+    emit noteChanged(QStringLiteral("No update package found"));
+    if (!result.error.isEmpty())
+        emit failed(result.error);
+}
+
+void fwList::fill() {
+    setRowCount(0);
+    if (!m_packages)
+        return;
+    for (const auto& package : m_packages->manifests()) {
+        const int row = rowCount();
+        insertRow(row);
+        const std::array<QString, ColumnCount> texts{QString::number(row + 1), package->version,
+                                                     QStringLiteral("usb/SD"), package->package};
+        for (int column = 0; column < ColumnCount; ++column) {
+            const QString text = texts[static_cast<std::size_t>(column)].left(MostCharacters).simplified();
+            setItem(row, column, new QTableWidgetItem(text));
+        }
+    }
+    scrollToTop();
+    if (rowCount() > 0)
+        selectRow(0);
+}
+
+void fwList::onClick(int row, int) {
+    const std::shared_ptr<fwData> kept = m_packages;
+    if (kept && row >= 0 && row < static_cast<int>(kept->manifests().size()))
+        emit loadList(kept->manifests()[static_cast<std::size_t>(row)].get());
+}
+
+} // namespace Kavor::HandheldGui

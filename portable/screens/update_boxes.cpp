@@ -1,0 +1,83 @@
+#include "portable/screens/update_boxes.h"
+
+#include "portable/screens/update_dialog.h"
+#include "portable/widgets/dialogs.h"
+
+#include <QMessageBox>
+#include <QThread>
+#include <QTimer>
+
+#include <memory>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int LongestWord = 40;
+constexpr int LongestText = 40;
+
+/// A path has no blanks to wrap at: a long one may be broken anywhere.
+QString breakable(const QString& text) {
+    QString broken;
+    int run = 0;
+    for (const QChar c : text) {
+        run = c.isSpace() ? 0 : run + 1;
+        broken += c;
+        if (run >= LongestWord || c == QLatin1Char('/'))
+            broken += QChar(0x200B);
+    }
+    return broken;
+}
+
+void show(QWidget* parent, DialogKind kind, const QString& title, const QString& text) {
+    QMessageBox box(parent);
+    box.setObjectName(QStringLiteral("updateBox"));
+    box.setWindowTitle(title);
+    box.setTextFormat(Qt::PlainText); // a path is what it is
+    box.setText(breakable(text));
+    box.setStandardButtons(QMessageBox::Ok);
+    box.setDefaultButton(QMessageBox::Ok);
+    dressBox(box);
+    DialogRunner::current().run(box, kind, text);
+}
+
+} // namespace
+
+void ShortWait::run() {
+    if (m_ended)
+        return;
+    QTimer::singleShot(m_longestMs, &m_loop, &QEventLoop::quit);
+    m_loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ShortWait::end() {
+    m_ended = true;
+    m_loop.quit();
+}
+
+void UpdateBoxes::failure(const QString& text) const {
+    show(m_parent, DialogKind::Critical, m_title, text);
+}
+
+void UpdateBoxes::information(const QString& text) const {
+    show(m_parent, DialogKind::Information, m_title, text);
+}
+
+void UpdateBoxes::runAside(const QString& text, const std::function<void()>& work) const {
+    UpdateDialog dialog(m_parent, QStringLiteral("asideProgress"), text);
+    ShortWait wait(m_patienceMs);
+    const std::unique_ptr<QThread> thread(QThread::create(work));
+    QObject::connect(thread.get(), &QThread::finished, &wait, &ShortWait::end);
+    QObject::connect(thread.get(), &QThread::finished, &dialog, &UpdateDialog::end);
+    thread->start();
+    wait.run();
+    dialog.run();
+    thread->wait();
+}
+
+QString shortened(const QString& text) {
+    const QString line = text.left(10 * LongestText).simplified();
+    return line.size() <= LongestText ? line : line.left(LongestText - 3) + QStringLiteral("...");
+}
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QDialog>
+#include <QElapsedTimer>
+
+class QLabel;
+class QTimer;
+
+namespace Kavor::HandheldGui {
+
+class cProgressBar;
+
+/// What is on the screen while an update runs. It has no button and ignores Esc and closing: only the work's own end
+/// ends it. Shows for how long it has run and, when nothing has changed for a while, for how long that is. GUI thread.
+class UpdateDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    /// The bar is busy: how much has been done is not known.
+    UpdateDialog(QWidget* parent, const QString& name, const QString& text);
+
+    /// Runs modally until end(); returns at once when that has been called already.
+    void run();
+
+    QString text() const;
+
+public slots:
+    void end();
+    void reject() override {}
+
+protected:
+    void showText(const QString& text);
+
+    /// Shows how much has been done, 0 to 100.
+    void showPercent(int percent);
+
+private:
+    void showTimes();
+
+    QLabel* m_text;
+    cProgressBar* m_progress;
+    QLabel* m_times;
+    QTimer* m_second;
+    QElapsedTimer m_started;
+    QElapsedTimer m_changed; ///< when the text or the bar changed last
+    bool m_ended = false;
+};
+
+/// The progress of an FPGA image on its way to the boards and into them.
+class FpgaProgressDialog : public UpdateDialog {
+    Q_OBJECT
+
+public:
+    explicit FpgaProgressDialog(QWidget* parent);
+
+    struct Display {
+        QString text;
+        int percent;
+    };
+
+    /// How a report of the updater is shown: burning and verifying come as one range of 0 to 100 and are split at 50.
+    static Display displayOf(int phase, int percent);
+
+public slots:
+    void setProgress(int percent) { showPercent(percent); }
+    void setInfoText(const QString& text) { showText(text); }
+};
+
+} // namespace Kavor::HandheldGui

@@ -1,0 +1,97 @@
+#include "tests/gui/updatestick.h"
+
+#include "common/update/fpga_image.h"
+#include "common/update/fpga_trailer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+// Everything but the reboot is carried out, as the user of the test.
+const QByteArray Sudo = "#!/bin/sh\necho \"$@\" >>\"$VELDA_TEST_SUDO_LOG\"\n[ \"$1\" = reboot ] || exec \"$@\"\n";
+
+} // namespace
+
+UpdateStick::UpdateStick() {
+    if (!m_dir.isValid())
+        qFatal("No folder for the packages.");
+    put("bin/sudo", Sudo);
+    if (!QFile::setPermissions(at("bin/sudo"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        qFatal("The sudo of the test cannot be made executable.");
+    QDir().mkpath(at("media/tester"));
+    set("PATH", QFile::encodeName(at("bin")) + ':' + qgetenv("PATH"));
+    set("VELDA_TEST_SUDO_LOG", QFile::encodeName(at("sudo.log")));
+    set("VELDA_HOME", QFile::encodeName(at("home")));
+    set("VELDA_MEDIA", QFile::encodeName(at("media")));
+    set("VELDA_USER", "tester");
+}
+
+UpdateStick::~UpdateStick() {
+    for (auto it = m_before.constBegin(); it != m_before.constEnd(); ++it) {
+        if (it.value().isNull())
+            qunsetenv(it.key().constData());
+        else
+            qputenv(it.key().constData(), it.value());
+    }
+}
+
+void UpdateStick::set(const char* variable, const QByteArray& value) {
+    m_before.insert(variable, qgetenv(variable));
+    qputenv(variable, value);
+}
+
+void UpdateStick::put(const QString& name, const QByteArray& bytes) const {
+    QFile file(at(name));
+    QDir().mkpath(QFileInfo(file).path());
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("%s cannot be written.", qPrintable(name));
+}
+
+QByteArray UpdateStick::contentOf(const QString& name) const {
+    QFile file(at(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void UpdateStick::build(PackageRequest request, PackageType type, const QString& name, const QString& version) const {
+    request.type = type;
+    request.version = version;
+    request.output = package(name);
+    const QStringList problems = buildPackage(request);
+    if (!problems.isEmpty())
+        qFatal("%s", qPrintable(problems.join("; ")));
+}
+
+void UpdateStick::addSoftware(const QString& name, const QString& version, const QStringList& components,
+                              const QString& manifestName) {
+    put("source/" + name + "/app", "the application");
+    PackageRequest request;
+    request.name = manifestName;
+    request.source = at("source/" + name);
+    for (QString component : components) {
+        const QStringList words = component.replace("%D", m_dir.path()).split('|');
+        request.components << MANIFEST_DATA_COMPONENT{words.value(0), words.value(1), words.value(2), words.value(3)};
+    }
+    build(request, PackageType::Software, name, version);
+}
+
+void UpdateStick::addFpga(const QString& name, const QString& version, const QByteArray& image) {
+    FpgaTrailer trailer;
+    trailer.design = kFpgaDesign;
+    put("source/" + name + ".img", withFpgaTrailer(image, trailer));
+    PackageRequest request;
+    request.source = at("source/" + name + ".img");
+    build(request, PackageType::Fpga, name, version);
+}
+
+void UpdateStick::addModule(const QString& name, const QString& version, const QByteArray& bytes) {
+    put("source/" + name + ".bin", bytes);
+    PackageRequest request;
+    request.source = at("source/" + name + ".bin");
+    build(request, PackageType::Module, name, version);
+}
+
+QStringList UpdateStick::sudoed() const {
+    return QString::fromUtf8(contentOf("sudo.log")).replace(m_dir.path(), "%D").split('\n', Qt::SkipEmptyParts);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tools/package_build.h"
+
+#include <QMap>
+#include <QTemporaryDir>
+
+/// A removable medium with update packages, an instrument's folders, and a `sudo` that records, first on PATH; all in a
+/// folder of its own. What it changes of the environment is as it was when it goes.
+class UpdateStick {
+public:
+    UpdateStick();
+    ~UpdateStick();
+
+    /// A path in the folder.
+    QString at(const QString& name) const { return m_dir.filePath(name); }
+
+    /// Writes a file with its folders.
+    void put(const QString& name, const QByteArray& bytes) const;
+    QByteArray contentOf(const QString& name) const;
+
+    /// Where the package of that name lies: a folder with the manifest and the package.
+    QString package(const QString& name) const { return at("media/tester/" + name); }
+
+    /// Each component as "type|name|action|destination"; %D in it stands for the folder. manifestName: what decides the
+    /// kind; empty takes the usual one.
+    void addSoftware(const QString& name, const QString& version, const QStringList& components,
+                     const QString& manifestName = QString());
+    void addFpga(const QString& name, const QString& version, const QByteArray& image);
+    void addModule(const QString& name, const QString& version, const QByteArray& bytes);
+
+    /// What sudo was asked for, the folder written as %D.
+    QStringList sudoed() const;
+
+private:
+    void set(const char* variable, const QByteArray& value);
+    void build(PackageRequest request, PackageType type, const QString& name, const QString& version) const;
+
+    QTemporaryDir m_dir;
+    QMap<QByteArray, QByteArray> m_before;
+};
