@@ -23,7 +23,7 @@ QString breakable(const QString& text) {
     for (const QChar c : text) {
         run = c.isSpace() ? 0 : run + 1;
         broken += c;
-        if (run >= LongestWord || c == QLatin1Char('/'))
+        if (run >= LongestWord || (c == QLatin1Char('/') && run > 1))
             broken += QChar(0x200B);
     }
     return broken;

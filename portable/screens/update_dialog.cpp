@@ -1,5 +1,6 @@
 #include "portable/screens/update_dialog.h"
 
+#include "portable/screens/update_busybar.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/msgbox.h"
 #include "portable/widgets/styles/styles.h"
@@ -15,7 +16,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr QSize DialogSize(720, 288);
+constexpr QSize DialogSize(720, 256);
 constexpr int Margin = 40;
 constexpr int TextHeight = 72;
 constexpr int BarHeight = 64;
@@ -27,6 +28,7 @@ constexpr int StillSeconds = 10; ///< without a change, from which on the dialog
 UpdateDialog::UpdateDialog(QWidget* parent, const QString& name, const QString& text)
     : QDialog(parent),
       m_text(new QLabel(this)),
+      m_busy(new BusyBar(this)),
       m_progress(new cProgressBar(this)),
       m_times(new QLabel(this)),
       m_second(new QTimer(this)) {
@@ -43,7 +45,9 @@ UpdateDialog::UpdateDialog(QWidget* parent, const QString& name, const QString& 
     m_progress->setObjectName(QStringLiteral("updateProgress"));
     m_progress->setStyleSheet(PROGRESS_BAR_STYLE);
     m_progress->setGeometry(Margin, Margin / 2 + TextHeight + Style::Gap, width, BarHeight);
-    m_progress->bar()->setRange(0, 0);
+    m_progress->hide();
+    m_busy->setObjectName(QStringLiteral("updateBusy"));
+    m_busy->setGeometry(m_progress->geometry());
     m_times->setObjectName(QStringLiteral("updateTimes"));
     m_times->setAlignment(Qt::AlignCenter);
     m_times->setStyleSheet(QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Label)));
@@ -78,7 +82,8 @@ void UpdateDialog::showText(const QString& text) {
 
 void UpdateDialog::showPercent(int percent) {
     QProgressBar* bar = m_progress->bar();
-    bar->setRange(0, 100);
+    m_busy->hide();
+    m_progress->show();
     if (percent != bar->value())
         m_changed.start();
     bar->setValue(percent);
@@ -88,8 +93,8 @@ void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
     QString times = QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
-    // A busy bar makes no steps that could fail to come.
-    if (m_progress->bar()->maximum() > 0 && still >= StillSeconds)
+    // Where there are no steps, none can fail to come.
+    if (!m_progress->isHidden() && still >= StillSeconds)
         times += QStringLiteral("    No progress for %1 s").arg(still);
     m_times->setText(times);
 }

@@ -8,6 +8,7 @@ class QTimer;
 
 namespace Kavor::HandheldGui {
 
+class BusyBar;
 class cProgressBar;
 
 /// What is on the screen while an update runs. It has no button and ignores Esc and closing: only the work's own end
@@ -38,7 +39,8 @@ private:
     void showTimes();
 
     QLabel* m_text;
-    cProgressBar* m_progress;
+    BusyBar* m_busy;          ///< until the first percentage
+    cProgressBar* m_progress; ///< from then on
     QLabel* m_times;
     QTimer* m_second;
     QElapsedTimer m_started;

@@ -12,7 +12,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QLabel>
-#include <QProgressBar>
 #include <QTimer>
 
 using namespace Kavor::HandheldGui;
@@ -197,8 +196,9 @@ private slots:
             dialog.close();
             dialog.reject();
             stayed = dialog.isVisible() && dialog.findChildren<QAbstractButton*>().isEmpty();
-            const auto* bar = dialog.findChild<QProgressBar*>();
-            busy = bar->minimum() == 0 && bar->maximum() == 0 && dialog.findChild<QLabel*>("updateTimes")->isVisible();
+            auto* bar = dialog.findChild<QWidget*>("updateBusy");
+            const QImage first = bar->grab().toImage();
+            busy = bar->isVisible() && QTest::qWaitFor([&] { return bar->grab().toImage() != first; }, 5000);
             stick().put("go", QByteArray());
         });
         QVERIFY(choose(0));
@@ -208,6 +208,26 @@ private slots:
         QCOMPARE(stick().sudoed(), (QStringList{"cp %D/home/tmpfw/patch/app %D/installed", "reboot"}));
         QCOMPARE(stick().contentOf("installed"), QByteArray("the application"));
         QVERIFY(mainPageIsShown());
+    }
+
+    /// What goes slowly or stands still looks different from what goes on.
+    void standingProgressIsTold() {
+        FpgaProgressDialog dialog(&panel().window());
+        const auto shown = [&dialog](const QString& name) {
+            return dialog.findChild<QWidget*>(name)->isVisible();
+        };
+        dialog.show();
+        QVERIFY(shown("updateBusy") && !shown("updateProgress"));
+        const auto times = [&dialog] {
+            return dialog.findChild<QLabel*>("updateTimes")->text();
+        };
+        QTRY_COMPARE(times(), QString("0:01"));
+        dialog.setProgress(3);
+        QVERIFY(!shown("updateBusy") && shown("updateProgress"));
+        QTRY_VERIFY_WITH_TIMEOUT(times().contains("No progress for 10 s"), 20000);
+        m_looks << LookRules::violations(dialog);
+        dialog.setProgress(4);
+        QTRY_VERIFY(!times().contains("No progress"));
     }
 
     void failedInstallationNamesItsCode() {
