@@ -10,16 +10,6 @@
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
 
-/// A panel that is killed while it saves. What is on the disk changes with system calls alone, so it is killed at the
-/// entry to and at the exit from each one that a save makes.
-class TestSaveKilled : public TestBase {
-    Q_OBJECT
-
-private slots:
-    void atEverySystemCall_data();
-    void atEverySystemCall();
-};
-
 namespace {
 
 enum class End { Killed, Saved, Failed, NotTraced };
@@ -52,53 +42,60 @@ End saveAndKill(const ListsOps& ops, const IListConfig& list, int stop) {
 
 } // namespace
 
-void TestSaveKilled::atEverySystemCall_data() {
-    QTest::addColumn<bool>("overOld");
-    QTest::newRow("over an old file") << true;
-    QTest::newRow("a first file") << false;
-}
+/// A panel that is killed while it saves. What is on the disk changes with system calls alone, so it is killed at the
+/// entry to and at the exit from each one that a save makes.
+class TestSaveKilled : public TestBase {
+    Q_OBJECT
 
-void TestSaveKilled::atEverySystemCall() {
-    QFETCH(bool, overOld);
-    QTemporaryDir folder;
-    const ListsOps ops(folder.filePath("list"));
-    FrequencySteps oldList(3);
-    FrequencySteps newList(40);
-    QString error;
-    int oldFound = 0;
-    int newFound = 0;
-    for (int stop = 1;; ++stop) {
-        QVERIFY(QDir(ops.baseDirectory()).removeRecursively());
-        if (overOld)
-            QVERIFY(ops.save("x", 0, oldList.config, error));
-        const End end = saveAndKill(ops, newList.config, stop);
-        if (end == End::NotTraced)
-            QSKIP("Processes may not be traced here.");
-        QVERIFY(end != End::Failed);
-
-        FrequencySteps found;
-        if (ops.exists("x", 0)) {
-            QVERIFY2(ops.load("x", 0, found.config, error), qPrintable(error));
-            const bool isNew = found.text() == newList.text();
-            QVERIFY(isNew || (overOld && found.text() == oldList.text()));
-            ++(isNew ? newFound : oldFound);
-        } else {
-            QVERIFY(!overOld);
-            ++oldFound;
-        }
-        QStringList names;
-        QVERIFY(ops.enumerate(0, names, error));
-        QVERIFY(names == QStringList("x.json") || (!overOld && names.isEmpty()));
-
-        QVERIFY(ops.save("x", 0, newList.config, error));
-        QCOMPARE(QDir(ops.channelDirectory(0)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList("x.json"));
-        if (end == End::Saved)
-            break;
+private slots:
+    void atEverySystemCall_data() {
+        QTest::addColumn<bool>("overOld");
+        QTest::newRow("over an old file") << true;
+        QTest::newRow("a first file") << false;
     }
-    // Both sides of the moment of replacement were met.
-    QVERIFY2(oldFound > 10 && newFound > 2, qPrintable(QString("%1 old, %2 new").arg(oldFound).arg(newFound)));
-}
+
+    void atEverySystemCall() {
+        QFETCH(bool, overOld);
+        QTemporaryDir folder;
+        const ListsOps ops(folder.filePath("list"));
+        FrequencySteps oldList(3);
+        FrequencySteps newList(40);
+        QString error;
+        int oldFound = 0;
+        int newFound = 0;
+        for (int stop = 1;; ++stop) {
+            QVERIFY(QDir(ops.baseDirectory()).removeRecursively());
+            if (overOld)
+                QVERIFY(ops.save("x", 0, oldList.config, error));
+            const End end = saveAndKill(ops, newList.config, stop);
+            if (end == End::NotTraced)
+                QSKIP("Processes may not be traced here.");
+            QVERIFY(end != End::Failed);
+
+            FrequencySteps found;
+            if (ops.exists("x", 0)) {
+                QVERIFY2(ops.load("x", 0, found.config, error), qPrintable(error));
+                const bool isNew = found.text() == newList.text();
+                QVERIFY(isNew || (overOld && found.text() == oldList.text()));
+                ++(isNew ? newFound : oldFound);
+            } else {
+                QVERIFY(!overOld);
+                ++oldFound;
+            }
+            QStringList names;
+            QVERIFY(ops.enumerate(0, names, error));
+            QVERIFY(names == QStringList("x.json") || (!overOld && names.isEmpty()));
+
+            QVERIFY(ops.save("x", 0, newList.config, error));
+            QCOMPARE(QDir(ops.channelDirectory(0)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                     QStringList("x.json"));
+            if (end == End::Saved)
+                break;
+        }
+        // Both sides of the moment of replacement were met.
+        QVERIFY2(oldFound > 10 && newFound > 2, qPrintable(QString("%1 old, %2 new").arg(oldFound).arg(newFound)));
+    }
+};
 
 VELDA_TEST_MAIN(QCoreApplication, TestSaveKilled)
 

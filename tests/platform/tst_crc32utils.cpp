@@ -7,48 +7,44 @@ class TestCrc32Utils : public TestBase {
     Q_OBJECT
 
 private slots:
-    void sameValueInAnyPieces_data();
-    void sameValueInAnyPieces();
-    void nothingToReadLeavesTheRegister_data();
-    void nothingToReadLeavesTheRegister();
+    void sameValueInAnyPieces_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("piece");
+        QTest::addColumn<quint32>("crc");
+        QTest::newRow("check value at once") << QByteArray("123456789") << 9 << quint32{0xCBF43926};
+        QTest::newRow("check value byte by byte") << QByteArray("123456789") << 1 << quint32{0xCBF43926};
+        QTest::newRow("check value, uneven pieces") << QByteArray("123456789") << 4 << quint32{0xCBF43926};
+        QTest::newRow("no bytes") << QByteArray() << 1 << quint32{0};
+        QTest::newRow("one zero byte") << QByteArray(1, '\0') << 1 << quint32{0xD202EF8D};
+        QTest::newRow("four 0xFF") << QByteArray(4, '\xFF') << 3 << quint32{0xFFFFFFFF};
+    }
+
+    void sameValueInAnyPieces() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, piece);
+        const Crc32Utils* utils = Crc32Utils::getInstance();
+        std::uint32_t crc = utils->crc32_init();
+        for (int at = 0; at < bytes.size(); at += piece)
+            crc = utils->calculate_crc32(crc, bytes.constData() + at, std::min(piece, bytes.size() - at));
+        QTEST(utils->crc32_signoff(crc), "crc");
+    }
+
+    void nothingToReadLeavesTheRegister_data() {
+        QTest::addColumn<bool>("haveData");
+        QTest::addColumn<int>("length");
+        QTest::newRow("negative length") << true << -1;
+        QTest::newRow("lowest length") << true << std::numeric_limits<int>::min();
+        QTest::newRow("zero length") << true << 0;
+        QTest::newRow("no data") << false << 5;
+    }
+
+    void nothingToReadLeavesTheRegister() {
+        QFETCH(bool, haveData);
+        QFETCH(int, length);
+        QCOMPARE(Crc32Utils::getInstance()->calculate_crc32(0x12345678U, haveData ? "abc" : nullptr, length),
+                 0x12345678U);
+    }
 };
-
-void TestCrc32Utils::sameValueInAnyPieces_data() {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("piece");
-    QTest::addColumn<quint32>("crc");
-    QTest::newRow("check value at once") << QByteArray("123456789") << 9 << quint32{0xCBF43926};
-    QTest::newRow("check value byte by byte") << QByteArray("123456789") << 1 << quint32{0xCBF43926};
-    QTest::newRow("check value, uneven pieces") << QByteArray("123456789") << 4 << quint32{0xCBF43926};
-    QTest::newRow("no bytes") << QByteArray() << 1 << quint32{0};
-    QTest::newRow("one zero byte") << QByteArray(1, '\0') << 1 << quint32{0xD202EF8D};
-    QTest::newRow("four 0xFF") << QByteArray(4, '\xFF') << 3 << quint32{0xFFFFFFFF};
-}
-
-void TestCrc32Utils::sameValueInAnyPieces() {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, piece);
-    const Crc32Utils* utils = Crc32Utils::getInstance();
-    std::uint32_t crc = utils->crc32_init();
-    for (int at = 0; at < bytes.size(); at += piece)
-        crc = utils->calculate_crc32(crc, bytes.constData() + at, std::min(piece, bytes.size() - at));
-    QTEST(utils->crc32_signoff(crc), "crc");
-}
-
-void TestCrc32Utils::nothingToReadLeavesTheRegister_data() {
-    QTest::addColumn<bool>("haveData");
-    QTest::addColumn<int>("length");
-    QTest::newRow("negative length") << true << -1;
-    QTest::newRow("lowest length") << true << std::numeric_limits<int>::min();
-    QTest::newRow("zero length") << true << 0;
-    QTest::newRow("no data") << false << 5;
-}
-
-void TestCrc32Utils::nothingToReadLeavesTheRegister() {
-    QFETCH(bool, haveData);
-    QFETCH(int, length);
-    QCOMPARE(Crc32Utils::getInstance()->calculate_crc32(0x12345678U, haveData ? "abc" : nullptr, length), 0x12345678U);
-}
 
 VELDA_TEST_MAIN(QCoreApplication, TestCrc32Utils)
 #include "tst_crc32utils.moc"

@@ -69,12 +69,10 @@ private slots:
             QTest::newRow(tag) << mode << value << keys << text << cursor << selected;
         };
         row("opens with the value", "1.5", "", "1.5", 3);
-        row("opens with one character", "5", "", "5", 1);
         row("first digit replaces", "1.5", "7", "7", 1);
         row("first zero replaces", "0.5", "0", "0", 1);
         row("first point replaces", "1.5", "Dot", "0.", 2);
         row("first sign replaces", "1.5", "Sign", "-", 1);
-        row("second digit is appended", "1.5", "7 8", "78", 2);
         row("back keeps the value", "1.5", "Back 7", "1.7", 3);
         row("left keeps the value", "1.5", "Left 7", "175", 3, "5");
         row("right keeps the value", "1.5", "Right 7", "1.57", 4);
@@ -89,7 +87,6 @@ private slots:
         row("point at the end while overwriting", "1.2", "Left Right Dot", "12.", 3);
 
         row("digits are overwritten", "12.34", "Left Left Left Left 9", "92.34", 2, "2");
-        row("digits one by one", "123", "Left Left 7 8 9", "789", 3);
         row("append after the last", "12", "Left 7 8 9", "789", 3);
         row("digit over minus", "-12", "Left Left 5", "512", 2, "1");
         row("digit over point", "1.2", "Left 5", "152", 3, "2");
@@ -100,7 +97,6 @@ private slots:
 
         row("sign on and off", "", "5 Sign Sign", "5", 1);
         row("sign appended digits", "", "5 Sign 6", "-56", 3);
-        row("sign while overwriting", "12", "Left Sign", "-12", 2, "1");
         row("sign off while overwriting", "-12", "Left Sign", "12", 1, "1");
         row("sign off on the sign", "-12", "Left Left Sign", "12", 1, "1");
 
@@ -109,7 +105,6 @@ private slots:
         row("back on the first", "1234", "Left Left Left Back", "234", 1, "2");
         row("back on the only one", "5", "Left Back", "", 0);
         row("clear", "12.5", "Clear", "", 0);
-        row("clear on empty", "", "Clear 4", "4", 1);
         row("clear while overwriting", "12.5", "Left Left Clear 4 5", "45", 2);
 
         row("left stays at the first", "12", "Left Left Left Left", "12", 1, "1");
@@ -135,7 +130,6 @@ private slots:
         row("nothing that makes a part too large", "10.20.0.17", "IP IP 9 Dot 8", "9.20.0.17", 2);
         row("part replaced, next one too", "10.20.0.17", "IP IP 9 IP IP 8", "9.8.0.17", 3);
         row("back removes the selected part", "10.0.0.17", "IP Back", "10.0.0.", 7);
-        row("one character of an address", "10.0.0.17", "Left 2", "10.0.0.27", 8);
 
         mode = Mode::Text;
         row("text", "", "Shift L I", "Li", 2);
@@ -181,20 +175,17 @@ private slots:
     }
 
     void ends_data() {
+        // clang-format off
         QTest::addColumn<QString>("keys");
         QTest::addColumn<int>("result");
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("unit");
-        QTest::newRow("enter") << "7 Enter" << int(QDialog::Accepted) << "7"
-                               << "MHz";
-        QTest::newRow("enter at once") << "Enter" << int(QDialog::Accepted) << "1.5"
-                                       << "MHz";
-        QTest::newRow("unit") << "7 Unit1" << int(QDialog::Accepted) << "7"
-                              << "KHz";
-        QTest::newRow("blank unit") << "7 Unit2" << int(QDialog::Accepted) << "7"
-                                    << "MHz";
-        QTest::newRow("esc") << "7 Esc" << int(QDialog::Rejected) << "before"
-                             << "MHz";
+        QTest::newRow("enter") << "7 Enter" << int(QDialog::Accepted) << "7" << "MHz";
+        QTest::newRow("enter at once") << "Enter" << int(QDialog::Accepted) << "1.5" << "MHz";
+        QTest::newRow("unit") << "7 Unit1" << int(QDialog::Accepted) << "7" << "KHz";
+        QTest::newRow("blank unit") << "7 Unit2" << int(QDialog::Accepted) << "7" << "MHz";
+        QTest::newRow("esc") << "7 Esc" << int(QDialog::Rejected) << "before" << "MHz";
+        // clang-format on
     }
 
     void ends() {
@@ -268,25 +259,20 @@ private slots:
         QVERIFY(board.dialog->isCancelled());
     }
 
-    void pressThatSlidesOffDoesNothing_data() {
-        QTest::addColumn<bool>("touch");
-        QTest::newRow("mouse") << false;
-        QTest::newRow("touch") << true;
-    }
-
     void pressThatSlidesOffDoesNothing() {
-        QFETCH(bool, touch);
-        const Board board("");
-        VKButton* key = board.key("5");
-        const QPoint inside = key->rect().center();
-        const QPoint outside(-20, inside.y());
-        down(key, touch, inside);
-        QVERIFY(key->isPressedLook());
-        drag(key, touch, outside);
-        QVERIFY(!key->isPressedLook());
-        up(key, touch, outside);
-        QCOMPARE(board.entry()->text(), QString());
-        QVERIFY(!key->isPressedLook());
+        for (const bool touch : {false, true}) {
+            const Board board("");
+            VKButton* key = board.key("5");
+            const QPoint inside = key->rect().center();
+            const QPoint outside(-20, inside.y());
+            down(key, touch, inside);
+            QVERIFY(key->isPressedLook());
+            drag(key, touch, outside);
+            QVERIFY(!key->isPressedLook());
+            up(key, touch, outside);
+            QCOMPARE(board.entry()->text(), QString());
+            QVERIFY(!key->isPressedLook());
+        }
     }
 
     void actsOnceWhereTouchAndMouseReportTheSamePress_data() {

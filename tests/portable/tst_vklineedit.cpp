@@ -89,18 +89,14 @@ struct Page {
 };
 
 ValueEdit* make(Page& page, const QString& kind, const QString& text) {
-    if (kind == "frequency")
-        return page.add<vkFreqEdit>(text);
-    if (kind == "time")
-        return page.add<vkTimeEdit>(text);
-    if (kind == "power")
-        return page.add<vkPowerEdit>(text);
-    if (kind == "percent")
-        return page.add<vkPercentEdit>(text);
-    if (kind == "phase")
-        return page.add<vkPhaseEdit>(text);
-    if (kind == "address")
-        return page.add<vkIPEdit>(text);
+    // clang-format off
+    if (kind == "frequency") return page.add<vkFreqEdit>(text);
+    if (kind == "time")      return page.add<vkTimeEdit>(text);
+    if (kind == "power")     return page.add<vkPowerEdit>(text);
+    if (kind == "percent")   return page.add<vkPercentEdit>(text);
+    if (kind == "phase")     return page.add<vkPhaseEdit>(text);
+    if (kind == "address")   return page.add<vkIPEdit>(text);
+    // clang-format on
     return page.add<vkNoUnitsEdit>(text);
 }
 
@@ -190,18 +186,16 @@ private slots:
     }
 
     void keyboardShowsTheField_data() {
+        // clang-format off
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("unit");
         QTest::addColumn<QStringList>("keys");
-        QTest::newRow("frequency") << "frequency"
-                                   << "KHz" << QStringList{"MHz", "*KHz", "Hz"};
-        QTest::newRow("power") << "power"
-                               << "dBm" << QStringList{"*dBm", QString("dB%1").arg(kMicroVolt), kMicroVolt, "mV"};
-        QTest::newRow("percent") << "percent"
-                                 << "%" << QStringList();
+        QTest::newRow("frequency") << "frequency" << "KHz" << QStringList{"MHz", "*KHz", "Hz"};
+        QTest::newRow("power") << "power" << "dBm" << QStringList{"*dBm", QString("dB%1").arg(kMicroVolt), kMicroVolt, "mV"};
+        QTest::newRow("percent") << "percent" << "%" << QStringList();
         QTest::newRow("phase") << "phase" << QString(QChar(0xB0)) << QStringList();
-        QTest::newRow("number") << "number"
-                                << "" << QStringList();
+        QTest::newRow("number") << "number" << "" << QStringList();
+        // clang-format on
     }
 
     void keyboardShowsTheField() {

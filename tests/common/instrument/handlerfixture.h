@@ -48,6 +48,14 @@ public:
         publishPort(service.port(), channel);
     }
 
+    /// An answer that acknowledges, of a module that then holds what `change` says.
+    std::function<QByteArray(const QByteArray&)> taking(std::function<void(ChannelRecord&)> change) {
+        return [this, change = std::move(change)](const QByteArray&) {
+            change(region.record());
+            return QByteArray("+OK\r\n");
+        };
+    }
+
     int timeoutMs = 5000;
     TestRegion region;
     ScriptedService service;

@@ -36,6 +36,13 @@ public:
     /// "1" to a query.
     std::function<QByteArray(const QByteArray& line)> answer;
 
+    /// Answers this to every line; empty: never.
+    void answerWith(const QByteArray& bytes) {
+        answer = [bytes](const QByteArray&) {
+            return bytes;
+        };
+    }
+
     QList<QByteArray> lines;
     int connections = 0;
 

@@ -22,7 +22,7 @@ struct End {
 /// A client on a thread of its own, and how its requests ended. A request that ends twice fails the program.
 class ClientOnThread : public QObject {
 public:
-    explicit ClientOnThread(quint16 port, int retryFirstMs = 20, int retryMs = 100)
+    explicit ClientOnThread(quint16 port, int retryFirstMs, int retryMs)
         : client(new ScpiClient(QHostAddress(QHostAddress::LocalHost), port, nullptr)) {
         client->setRetryDelays(retryFirstMs, retryMs);
         client->moveToThread(&thread);
@@ -45,6 +45,14 @@ public:
     }
     bool hasEnded(int id) const { return ends.count(id) != 0; }
 
+    /// How it ended: "reply " or "error " and its text, nothing when it has not in time.
+    QString endOf(int id) {
+        if (!QTest::qWaitFor([&] { return hasEnded(id); }, kLong))
+            return {};
+        const End& end = ends.at(id);
+        return (end.status == 0 ? "reply " : "error ") + end.reply + end.error;
+    }
+
     /// Without the polling of QTRY_VERIFY, for the tests that wait hundreds of times.
     bool waitFor(int id) {
         QElapsedTimer waited;
@@ -65,6 +73,17 @@ private:
             qFatal("Request %d ended twice", id);
         order.push_back(id);
     }
+};
+
+/// A service that answers as usual, or with this (with nothing: never), and a running client of it.
+struct Pair {
+    Pair() { c.start(); }
+    explicit Pair(const QByteArray& answer) : Pair() { service.answerWith(answer); }
+    int query(const char* text) const { return c.client->sendQuery(text, kLong); }
+    int write(const char* text) const { return c.client->sendWrite(text, kLong); }
+
+    ScriptedService service;
+    ClientOnThread c{service.port(), 20, 100};
 };
 
 /// While it lives, counts the connection attempts of clients by their log lines.
@@ -100,422 +119,285 @@ private:
 
 } // namespace
 
-#define VERIFY_SUCCEEDS(c, id)                                                                                         \
-    QTRY_VERIFY_WITH_TIMEOUT((c).hasEnded(id), kLong);                                                                 \
-    QCOMPARE((c).ends.at(id).error, QString());                                                                        \
-    QCOMPARE((c).ends.at(id).status, 0)
-
-#define VERIFY_FAILS(c, id, text)                                                                                      \
-    QTRY_VERIFY_WITH_TIMEOUT((c).hasEnded(id), kLong);                                                                 \
-    QCOMPARE((c).ends.at(id).error, QString(text));                                                                    \
-    QCOMPARE((c).ends.at(id).status, -1)
-
 class TestScpiClient : public TestBase {
     Q_OBJECT
 
 private slots:
-    void exchanges_data();
-    void exchanges();
-    void addsLineEndOnlyWhereMissing();
-    void servesInOrderOneAtATime();
-    void replyArrivesInPieces();
-    void largeBlock();
-    void silentService();
-    void lateAcknowledgementGoesToTheNext();
-    void surplusBehindAnAnswerIsDropped();
-    void connectionEndsMidReply();
-    void refusedConnection();
-    void failsAsOftenAsItIsRefused();
-    void serviceThatReturnsIsFoundByItself();
-    void connectionClosedWhileIdleIsRenewed();
-    void requestDuringAFailingAttemptGetsItsOwn();
-    void nextRequestAfterRestartSucceeds();
-    void idleAttemptsAreRare_data();
-    void idleAttemptsAreRare();
-    void withdraw();
-    void closeEndsAll();
-    void destructionEndsAll();
-};
-
-void TestScpiClient::exchanges_data() {
-    QTest::addColumn<bool>("isQuery");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("replyOrError");
-    QTest::newRow("acknowledged") << false << QByteArray("+OK\r\n") << 0 << "";
-    QTest::newRow("refused") << false << QByteArray("-ERR 1, no\r\n") << -1 << "-ERR 1, no";
-    QTest::newRow("line") << true << QByteArray("1.5;2\r\n") << 0 << "1.5;2";
-    QTest::newRow("not Latin") << true << QByteArray("\xC2\xB5s\r\n") << 0 << QString::fromUtf8("\xC2\xB5s");
-    QTest::newRow("up to the first NUL") << true << QByteArray("#15he\0lo\n", 9) << 0 << "he";
-    QTest::newRow("query refused") << true << QByteArray("-ERR\r\n") << -1 << "-ERR";
-    QTest::newRow("malformed block") << true << QByteArray("#x\r\n") << -1 << "invalid-block-format(nd)";
-}
-
-void TestScpiClient::exchanges() {
-    QFETCH(bool, isQuery);
-    QFETCH(QByteArray, answer);
-    QFETCH(int, status);
-    QFETCH(QString, replyOrError);
-    ScriptedService service;
-    service.answer = [&](const QByteArray&) {
-        return answer;
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int id = isQuery ? c.client->sendQuery("A?") : c.client->sendWrite("A 1");
-    QTRY_VERIFY(c.hasEnded(id));
-    const End& end = c.ends.at(id);
-    QCOMPARE(end.isQuery, isQuery);
-    QCOMPARE(end.status, status);
-    QCOMPARE(end.reply, status == 0 ? replyOrError : QString());
-    QCOMPARE(end.error, status == 0 ? QString() : replyOrError);
-    // Nothing of a failed exchange is left over for the next one.
-    service.answer = [](const QByteArray&) {
-        return QByteArray("next\r\n");
-    };
-    const int next = c.client->sendQuery("B?");
-    VERIFY_SUCCEEDS(c, next);
-    QCOMPARE(c.ends.at(next).reply, QString("next"));
-}
-
-void TestScpiClient::addsLineEndOnlyWhereMissing() {
-    ScriptedService service;
-    ClientOnThread c(service.port());
-    c.start();
-    c.client->sendWrite("A");
-    c.client->sendWrite("B\r\n");
-    const int last = c.client->sendWrite("C\n");
-    VERIFY_SUCCEEDS(c, last);
-    QCOMPARE(service.lines, (QList<QByteArray>{"A", "B", "C\n"}));
-}
-
-void TestScpiClient::servesInOrderOneAtATime() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    // Queued before there is a connection: each has its own time-out, from its own writing.
-    const int first = c.client->sendWrite("A 1", 100);
-    const int second = c.client->sendQuery("B?", kLong);
-    c.start();
-    QTRY_COMPARE(service.lines.size(), 1);
-    VERIFY_FAILS(c, first, "timeout");
-    QTRY_COMPARE(service.lines, (QList<QByteArray>{"A 1", "B?"}));
-    service.send("7\r\n");
-    VERIFY_SUCCEEDS(c, second);
-    QCOMPARE(c.ends.at(second).reply, QString("7"));
-    QCOMPARE(c.order, (std::vector<int>{first, second}));
-    QCOMPARE(service.connections, 1);
-}
-
-void TestScpiClient::replyArrivesInPieces() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray("#");
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int id = c.client->sendQuery("A?", kLong);
-    QTRY_COMPARE(service.lines.size(), 1);
-    for (const char* piece : {"1", "5h", "ell"}) {
-        service.send(piece);
-        QCoreApplication::processEvents();
-        QVERIFY(!c.hasEnded(id));
+    void exchanges_data() {
+        // clang-format off
+        QTest::addColumn<bool>("isQuery");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("replyOrError");
+        QTest::newRow("acknowledged")        << false << QByteArray("+OK\r\n")              << 0  << "";
+        QTest::newRow("refused")             << false << QByteArray("-ERR 1, no\r\n")       << -1 << "-ERR 1, no";
+        QTest::newRow("line")                << true  << QByteArray("1.5;2\r\n")            << 0  << "1.5;2";
+        QTest::newRow("not Latin")           << true  << QByteArray("\xC2\xB5s\r\n")        << 0  << QString::fromUtf8("\xC2\xB5s");
+        QTest::newRow("up to the first NUL") << true  << QByteArray("#15he\0lo\n", 9)      << 0  << "he";
+        QTest::newRow("query refused")       << true  << QByteArray("-ERR\r\n")             << -1 << "-ERR";
+        QTest::newRow("malformed block")     << true  << QByteArray("#x\r\n")               << -1 << "invalid-block-format(nd)";
+        QTest::newRow("surplus behind it")   << true  << QByteArray("1\r\nsurplus\r\n#19")  << 0  << "1";
+        // clang-format on
     }
-    service.send("o\n");
-    VERIFY_SUCCEEDS(c, id);
-    QCOMPARE(c.ends.at(id).reply, QString("hello"));
-}
 
-void TestScpiClient::largeBlock() {
-    QByteArray content(ScpiReply::kMaximumSize, ' ');
-    for (int i = 0; i < content.size(); ++i)
-        content[i] = static_cast<char>('!' + i % 89);
-    ScriptedService service;
-    service.answer = [&](const QByteArray&) {
-        return "#8" + QByteArray::number(content.size()) + content + '\n';
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int id = c.client->sendQuery("DATA?", 20000);
-    QTRY_VERIFY_WITH_TIMEOUT(c.hasEnded(id), 20000);
-    QCOMPARE(c.ends.at(id).error, QString());
-    QVERIFY(c.ends.at(id).reply == QString::fromLatin1(content));
-    service.answer = [](const QByteArray&) {
-        return QByteArray("1\r\n");
-    };
-    const int next = c.client->sendQuery("NEXT?");
-    VERIFY_SUCCEEDS(c, next);
-    QCOMPARE(c.ends.at(next).reply, QString("1"));
-}
-
-void TestScpiClient::silentService() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    QElapsedTimer took;
-    took.start();
-    const int id = c.client->sendQuery("A?", 150);
-    VERIFY_FAILS(c, id, "timeout");
-    QVERIFY2(took.elapsed() >= 150, qPrintable(QString::number(took.elapsed())));
-    QVERIFY(c.client->isConnected());
-}
-
-void TestScpiClient::lateAcknowledgementGoesToTheNext() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int late = c.client->sendWrite("A 1", 50);
-    const int next = c.client->sendWrite("B 1", kLong);
-    VERIFY_FAILS(c, late, "timeout");
-    QTRY_COMPARE(service.lines.size(), 2);
-    service.send("+OK\r\n");
-    VERIFY_SUCCEEDS(c, next);
-}
-
-void TestScpiClient::surplusBehindAnAnswerIsDropped() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray("1\r\nsurplus\r\n#19");
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int first = c.client->sendQuery("A?");
-    VERIFY_SUCCEEDS(c, first);
-    service.answer = [](const QByteArray&) {
-        return QByteArray("2\r\n");
-    };
-    const int next = c.client->sendQuery("B?");
-    VERIFY_SUCCEEDS(c, next);
-    QCOMPARE(c.ends.at(first).reply, QString("1"));
-    QCOMPARE(c.ends.at(next).reply, QString("2"));
-}
-
-void TestScpiClient::connectionEndsMidReply() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray("#15he");
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int cut = c.client->sendQuery("A?", kLong);
-    const int queued = c.client->sendQuery("B?", kLong);
-    QTRY_COMPARE(service.lines.size(), 1);
-    service.answer = [](const QByteArray&) {
-        return QByteArray("b\r\n");
-    };
-    service.dropConnection();
-    VERIFY_FAILS(c, cut, "The remote host closed the connection");
-    VERIFY_SUCCEEDS(c, queued);
-    QCOMPARE(c.ends.at(queued).reply, QString("b"));
-    // A whole answer counts, even when the connection ends right behind it.
-    service.answer = [&](const QByteArray&) {
-        service.send("whole\r\n");
-        service.dropConnection();
-        return QByteArray();
-    };
-    const int whole = c.client->sendQuery("C?", kLong);
-    VERIFY_SUCCEEDS(c, whole);
-    QCOMPARE(c.ends.at(whole).reply, QString("whole"));
-}
-
-void TestScpiClient::refusedConnection() {
-    ScriptedService service;
-    service.stop();
-    ClientOnThread c(service.port(), 60000, 60000);
-    c.start();
-    const int id = c.client->sendWrite("A 1", kLong);
-    VERIFY_FAILS(c, id, "Connection refused");
-    QVERIFY(!c.client->isConnected());
-    // A request makes it try at once, whatever the pause between idle attempts.
-    service.start();
-    const int next = c.client->sendWrite("B 1", kLong);
-    VERIFY_SUCCEEDS(c, next);
-    QVERIFY(c.client->isConnected());
-}
-
-void TestScpiClient::failsAsOftenAsItIsRefused() {
-    ScriptedService service;
-    service.stop();
-    ClientOnThread c(service.port(), 60000, 60000);
-    c.start();
-    std::vector<int> ids;
-    for (int i = 0; i < 20; ++i)
-        ids.push_back(c.client->sendQuery("A?", kLong));
-    for (int id : ids) {
-        VERIFY_FAILS(c, id, "Connection refused");
+    void exchanges() {
+        QFETCH(bool, isQuery);
+        QFETCH(QByteArray, answer);
+        QFETCH(int, status);
+        QFETCH(QString, replyOrError);
+        Pair p(answer);
+        const int id = isQuery ? p.query("A?") : p.write("A 1");
+        QTRY_VERIFY(p.c.hasEnded(id));
+        const End& end = p.c.ends.at(id);
+        QCOMPARE(end.isQuery, isQuery);
+        QCOMPARE(end.status, status);
+        QCOMPARE(end.reply, status == 0 ? replyOrError : QString());
+        QCOMPARE(end.error, status == 0 ? QString() : replyOrError);
+        // Nothing of an exchange is left over for the next one.
+        p.service.answerWith("next\r\n");
+        QCOMPARE(p.c.endOf(p.query("B?")), QString("reply next"));
     }
-    QCOMPARE(c.order, ids);
-}
 
-void TestScpiClient::serviceThatReturnsIsFoundByItself() {
-    ScriptedService service;
-    ClientOnThread c(service.port());
-    c.start();
-    QTRY_VERIFY(c.client->isConnected());
-    service.stop();
-    QTRY_VERIFY(!c.client->isConnected());
-    service.start();
-    QTRY_VERIFY(c.client->isConnected());
-    QVERIFY(service.lines.isEmpty());
-}
+    void addsLineEndOnlyWhereMissing() {
+        Pair p("+OK\r\n");
+        p.write("A");
+        p.write("B\r\n");
+        QCOMPARE(p.c.endOf(p.write("C\n")), QString("reply "));
+        QCOMPARE(p.service.lines, (QList<QByteArray>{"A", "B", "C\n"}));
+    }
 
-// The client runs on this thread here, so the end of the connection cannot reach it before the request does.
-void TestScpiClient::connectionClosedWhileIdleIsRenewed() {
-    ScriptedService service;
-    ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
-    client.start();
-    QSignalSpy ends(&client, &ScpiClient::queryFinished);
-    client.sendQuery("A?", kLong);
-    QTRY_COMPARE(ends.size(), 1);
-    service.send("unread\r\n"); // does not hide what comes behind it
-    service.dropConnection();
-    client.sendQuery("B?", kLong);
-    QTRY_COMPARE(ends.size(), 2);
-    QCOMPARE(ends[1][2].toInt(), 0);
-    QCOMPARE(service.connections, 2);
-    QCOMPARE(service.lines, (QList<QByteArray>{"A?", "B?"}));
-}
+    void servesInOrderOneAtATime() {
+        ScriptedService service;
+        service.answerWith({});
+        ClientOnThread c(service.port(), 20, 100);
+        // Queued before there is a connection: each has its own time-out, from its own writing.
+        const int first = c.client->sendWrite("A 1", 100);
+        const int second = c.client->sendQuery("B?", kLong);
+        c.start();
+        QCOMPARE(c.endOf(first), QString("error timeout"));
+        QTRY_COMPARE(service.lines, (QList<QByteArray>{"A 1", "B?"}));
+        service.send("7\r\n");
+        QCOMPARE(c.endOf(second), QString("reply 7"));
+        QCOMPARE(c.order, (std::vector<int>{first, second}));
+        QCOMPARE(service.connections, 1);
+    }
 
-// As when a service returns between an idle attempt and the tap that follows it. The client runs on this thread.
-void TestScpiClient::requestDuringAFailingAttemptGetsItsOwn() {
-    ScriptedService service;
-    service.stop();
-    ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
-    client.setRetryDelays(60000, 60000);
-    QSignalSpy ends(&client, &ScpiClient::writeFinished);
-    AttemptCounter attempts;
-    attempts.setOnAttempt([&](int attempt) {
-        if (attempt == 1)
-            client.sendWrite("A 1", kLong);
-        else
-            service.start();
-    });
-    client.start();
-    QTRY_COMPARE(ends.size(), 1);
-    QCOMPARE(ends[0][2].toString(), QString());
-    QCOMPARE(attempts.count(), 2);
-    QCOMPARE(service.lines, QList<QByteArray>{"A 1"});
-}
-
-void TestScpiClient::nextRequestAfterRestartSucceeds() {
-    ScriptedService service;
-    ClientOnThread c(service.port());
-    c.start();
-    for (int round = 0; round < 200; ++round) {
-        // Some are answered, some cut, some refused, depending on the round.
-        int underLoad = 0;
-        for (int i = 0; i < 1 + round % 7; ++i)
-            underLoad = c.client->sendQuery("LOAD?", kLong);
-        if (round % 3 == 0)
-            QVERIFY(c.waitFor(underLoad));
-        else
+    void replyArrivesInPieces() {
+        Pair p("#");
+        const int id = p.query("A?");
+        QTRY_COMPARE(p.service.lines.size(), 1);
+        for (const char* piece : {"1", "5h", "ell"}) {
+            p.service.send(piece);
             QCoreApplication::processEvents();
-        service.stop();
-        if (round % 2 == 0)
-            c.client->sendWrite("DOWN 1", kLong);
-        if (round % 20 == 0)
-            QTRY_VERIFY(!c.client->isConnected());
-        service.start();
-        const int next = c.client->sendQuery("NEXT?", kLong);
-        QVERIFY(c.waitFor(next));
-        QVERIFY2(c.ends.at(next).status == 0,
-                 qPrintable(QString("round %1: %2").arg(round).arg(c.ends.at(next).error)));
+            QVERIFY(!p.c.hasEnded(id));
+        }
+        p.service.send("o\n");
+        QCOMPARE(p.c.endOf(id), QString("reply hello"));
     }
-}
 
-void TestScpiClient::idleAttemptsAreRare_data() {
-    QTest::addColumn<bool>("refused");
-    QTest::newRow("nobody listens") << true;
-    QTest::newRow("somebody accepts and hangs up") << false;
-}
+    void largeBlock() {
+        QByteArray content(ScpiReply::kMaximumSize, ' ');
+        for (int i = 0; i < content.size(); ++i)
+            content[i] = static_cast<char>('!' + i % 89);
+        Pair p("#8" + QByteArray::number(content.size()) + content + '\n');
+        const int id = p.c.client->sendQuery("DATA?", 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(p.c.hasEnded(id), 20000);
+        QVERIFY(p.c.ends.at(id).reply == QString::fromLatin1(content));
+        p.service.answerWith("1\r\n");
+        QCOMPARE(p.c.endOf(p.query("NEXT?")), QString("reply 1"));
+    }
 
-void TestScpiClient::idleAttemptsAreRare() {
-    QFETCH(bool, refused);
-    ScriptedService service;
-    service.setDroppingAll(true);
-    if (refused)
+    // Its late answer goes to the next, as nothing tells whose it is.
+    void silentService() {
+        Pair p("");
+        QElapsedTimer took;
+        took.start();
+        QCOMPARE(p.c.endOf(p.c.client->sendWrite("A 1", 150)), QString("error timeout"));
+        QVERIFY2(took.elapsed() >= 150, qPrintable(QString::number(took.elapsed())));
+        QVERIFY(p.c.client->isConnected());
+        const int next = p.write("B 1");
+        QTRY_COMPARE(p.service.lines.size(), 2);
+        p.service.send("+OK\r\n");
+        QCOMPARE(p.c.endOf(next), QString("reply "));
+    }
+
+    void connectionEndsMidReply() {
+        Pair p("#15he");
+        const int cut = p.query("A?");
+        const int queued = p.query("B?");
+        QTRY_COMPARE(p.service.lines.size(), 1);
+        p.service.answerWith("b\r\n");
+        p.service.dropConnection();
+        QCOMPARE(p.c.endOf(cut), QString("error The remote host closed the connection"));
+        QCOMPARE(p.c.endOf(queued), QString("reply b"));
+        // A whole answer counts, even when the connection ends right behind it.
+        p.service.answer = [&](const QByteArray&) {
+            p.service.send("whole\r\n");
+            p.service.dropConnection();
+            return QByteArray();
+        };
+        QCOMPARE(p.c.endOf(p.query("C?")), QString("reply whole"));
+    }
+
+    void refusedConnection() {
+        ScriptedService service;
         service.stop();
-    AttemptCounter attempts;
-    ClientOnThread c(service.port(), 100, 200);
-    QElapsedTimer watched;
-    watched.start();
-    c.start();
-    // At 0, 100, 300, 500, ... ms: the sixth not before 900 ms.
-    QTRY_VERIFY_WITH_TIMEOUT(attempts.count() >= 6, kLong);
-    QVERIFY2(watched.elapsed() >= 800, qPrintable(QString::number(watched.elapsed())));
-    // One that has something to send is not spun for either.
-    const int before = attempts.count();
-    const int id = c.client->sendWrite("A 1", kLong);
-    QTRY_VERIFY(c.hasEnded(id));
-    QCOMPARE(c.ends.at(id).status, -1);
-    QVERIFY(attempts.count() <= before + 4);
-}
+        ClientOnThread c(service.port(), 60000, 60000);
+        c.start();
+        std::vector<int> ids;
+        for (int i = 0; i < 20; ++i)
+            ids.push_back(c.client->sendQuery("A?", kLong));
+        for (int id : ids)
+            QCOMPARE(c.endOf(id), QString("error Connection refused"));
 
-void TestScpiClient::withdraw() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int written = c.client->sendWrite("A 1", kLong);
-    const int queued = c.client->sendWrite("B 1", kLong);
-    QTRY_COMPARE(service.lines.size(), 1);
-    QVERIFY(!c.client->withdraw(written));
-    QVERIFY(c.client->withdraw(queued));
-    QVERIFY(!c.client->withdraw(queued));
-    VERIFY_FAILS(c, queued, "timeout");
-    service.send("+OK\r\n");
-    VERIFY_SUCCEEDS(c, written);
-    QVERIFY(!c.client->withdraw(written));
-    service.answer = [](const QByteArray&) {
-        return QByteArray("+OK\r\n");
-    };
-    const int next = c.client->sendWrite("C 1");
-    VERIFY_SUCCEEDS(c, next);
-    QCOMPARE(service.lines, (QList<QByteArray>{"A 1", "C 1"}));
-}
+        QCOMPARE(c.order, ids);
+        QVERIFY(!c.client->isConnected());
+        // A request makes it try at once, whatever the pause between idle attempts.
+        service.start();
+        QCOMPARE(c.endOf(c.client->sendWrite("B 1", kLong)), QString("reply "));
+        QVERIFY(c.client->isConnected());
+    }
 
-void TestScpiClient::closeEndsAll() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int written = c.client->sendWrite("A 1", kLong);
-    const int queued = c.client->sendQuery("B?", kLong);
-    QTRY_COMPARE(service.lines.size(), 1);
-    expectMessage("\\[SCPI\\] wrong-thread; self-posting");
-    c.client->close();
-    VERIFY_FAILS(c, written, "shutdown");
-    VERIFY_FAILS(c, queued, "shutdown");
-    QCOMPARE(c.order, (std::vector<int>{written, queued}));
-    QVERIFY(!c.client->isConnected());
-}
+    void serviceThatReturnsIsFoundByItself() {
+        Pair p("");
+        QTRY_VERIFY(p.c.client->isConnected());
+        p.service.stop();
+        QTRY_VERIFY(!p.c.client->isConnected());
+        p.service.start();
+        QTRY_VERIFY(p.c.client->isConnected());
+        QVERIFY(p.service.lines.isEmpty());
+    }
 
-void TestScpiClient::destructionEndsAll() {
-    ScriptedService service;
-    service.answer = [](const QByteArray&) {
-        return QByteArray();
-    };
-    ClientOnThread c(service.port());
-    c.start();
-    const int written = c.client->sendWrite("A 1", kLong);
-    const int queued = c.client->sendQuery("B?", kLong);
-    QTRY_COMPARE(service.lines.size(), 1);
-    c.end();
-    VERIFY_FAILS(c, written, "shutdown");
-    VERIFY_FAILS(c, queued, "shutdown");
-}
+    // The client runs on this thread here, so the end of the connection cannot reach it before the request does.
+    void connectionClosedWhileIdleIsRenewed() {
+        ScriptedService service;
+        ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
+        client.start();
+        QSignalSpy ends(&client, &ScpiClient::queryFinished);
+        client.sendQuery("A?", kLong);
+        QTRY_COMPARE(ends.size(), 1);
+        service.send("unread\r\n"); // does not hide what comes behind it
+        service.dropConnection();
+        client.sendQuery("B?", kLong);
+        QTRY_COMPARE(ends.size(), 2);
+        QCOMPARE(ends[1][2].toInt(), 0);
+        QCOMPARE(service.connections, 2);
+        QCOMPARE(service.lines, (QList<QByteArray>{"A?", "B?"}));
+    }
+
+    // As when a service returns between an idle attempt and the tap that follows it. The client runs on this thread.
+    void requestDuringAFailingAttemptGetsItsOwn() {
+        ScriptedService service;
+        service.stop();
+        ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
+        client.setRetryDelays(60000, 60000);
+        QSignalSpy ends(&client, &ScpiClient::writeFinished);
+        AttemptCounter attempts;
+        attempts.setOnAttempt([&](int attempt) {
+            if (attempt == 1)
+                client.sendWrite("A 1", kLong);
+            else
+                service.start();
+        });
+        client.start();
+        QTRY_COMPARE(ends.size(), 1);
+        QCOMPARE(ends[0][2].toString(), QString());
+        QCOMPARE(attempts.count(), 2);
+        QCOMPARE(service.lines, QList<QByteArray>{"A 1"});
+    }
+
+    void nextRequestAfterRestartSucceeds() {
+        Pair p;
+        for (int round = 0; round < 200; ++round) {
+            // Some are answered, some cut, some refused, depending on the round.
+            int underLoad = 0;
+            for (int i = 0; i < 1 + round % 7; ++i)
+                underLoad = p.query("LOAD?");
+            if (round % 3 == 0)
+                QVERIFY(p.c.waitFor(underLoad));
+            else
+                QCoreApplication::processEvents();
+            p.service.stop();
+            if (round % 2 == 0)
+                p.write("DOWN 1");
+            if (round % 20 == 0)
+                QTRY_VERIFY(!p.c.client->isConnected());
+            p.service.start();
+            const int next = p.query("NEXT?");
+            QVERIFY(p.c.waitFor(next));
+            QVERIFY2(p.c.ends.at(next).status == 0,
+                     qPrintable(QString("round %1: %2").arg(round).arg(p.c.ends.at(next).error)));
+        }
+    }
+
+    void idleAttemptsAreRare_data() {
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("nobody listens") << true;
+        QTest::newRow("somebody accepts and hangs up") << false;
+    }
+
+    void idleAttemptsAreRare() {
+        QFETCH(bool, refused);
+        ScriptedService service;
+        service.setDroppingAll(true);
+        if (refused)
+            service.stop();
+        AttemptCounter attempts;
+        ClientOnThread c(service.port(), 100, 200);
+        QElapsedTimer watched;
+        watched.start();
+        c.start();
+        // At 0, 100, 300, 500, ... ms: the sixth not before 900 ms.
+        QTRY_VERIFY_WITH_TIMEOUT(attempts.count() >= 6, kLong);
+        QVERIFY2(watched.elapsed() >= 800, qPrintable(QString::number(watched.elapsed())));
+        // One that has something to send is not spun for either.
+        const int before = attempts.count();
+        const int id = c.client->sendWrite("A 1", kLong);
+        QTRY_VERIFY(c.hasEnded(id));
+        QCOMPARE(c.ends.at(id).status, -1);
+        QVERIFY(attempts.count() <= before + 4);
+    }
+
+    void withdraw() {
+        Pair p("");
+        const int written = p.write("A 1");
+        const int queued = p.write("B 1");
+        QTRY_COMPARE(p.service.lines.size(), 1);
+        QVERIFY(!p.c.client->withdraw(written));
+        QVERIFY(p.c.client->withdraw(queued));
+        QVERIFY(!p.c.client->withdraw(queued));
+        QCOMPARE(p.c.endOf(queued), QString("error timeout"));
+        p.service.send("+OK\r\n");
+        QCOMPARE(p.c.endOf(written), QString("reply "));
+        p.service.answerWith("+OK\r\n");
+        QCOMPARE(p.c.endOf(p.write("C 1")), QString("reply "));
+        QCOMPARE(p.service.lines, (QList<QByteArray>{"A 1", "C 1"}));
+    }
+
+    void endsAll_data() {
+        QTest::addColumn<bool>("byClose");
+        QTest::newRow("closed by another thread") << true;
+        QTest::newRow("destroyed") << false;
+    }
+
+    void endsAll() {
+        QFETCH(bool, byClose);
+        Pair p("");
+        const int written = p.write("A 1");
+        const int queued = p.query("B?");
+        QTRY_COMPARE(p.service.lines.size(), 1);
+        if (byClose) {
+            expectMessage("\\[SCPI\\] wrong-thread; self-posting");
+            p.c.client->close();
+        } else {
+            p.c.end();
+        }
+        QCOMPARE(p.c.endOf(written), QString("error shutdown"));
+        QCOMPARE(p.c.endOf(queued), QString("error shutdown"));
+        QCOMPARE(p.c.order, (std::vector<int>{written, queued}));
+        QVERIFY(!byClose || !p.c.client->isConnected());
+    }
+};
 
 VELDA_TEST_MAIN(QCoreApplication, TestScpiClient)
 #include "tst_scpiclient.moc"

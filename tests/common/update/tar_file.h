@@ -33,6 +33,8 @@ public:
         return *this;
     }
 
+    TarFile& link(const QByteArray& name, const QByteArray& target) { return add(name, {}, SymLink, target); }
+
     QByteArray gzip() const {
         const QByteArray plain = m_bytes + QByteArray(1024, '\0');
         QByteArray packed(plain.size() + 1024, '\0');

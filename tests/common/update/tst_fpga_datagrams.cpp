@@ -33,15 +33,157 @@ class TestFpgaDatagrams : public TestBase {
     Q_OBJECT
 
 private slots:
-    void sentBytes_data();
-    void sentBytes();
-    void oversizedPayloadIsCutToABlock();
-    void acknowledgement_data();
-    void acknowledgement();
-    void strangerDoesNotAcknowledge();
-    void burnStatus_data();
-    void burnStatus();
-    void anyDatagramKeepsTheBurnAlive();
+    void sentBytes_data() {
+        // clang-format off
+        QTest::addColumn<QByteArray>("image");
+        QTest::addColumn<Datagrams>("expected");
+        const auto row = [](const char* name, int size, const char* counter, const Datagrams& blocks, const char* eof) {
+            QTest::newRow(name) << testImage(size)
+                                << (Datagrams{hostDatagram("0000", "ffff", counter)} + blocks +
+                                    Datagrams{hostDatagram(eof, "ffff", "00000000")});
+        };
+        const auto data = [](const char* block, const char* length, int size, int from, int count) {
+            return hostDatagram(block, length, "00000000", testImage(size).mid(from, count));
+        };
+        row("one byte", 1, "01000000", {data("0001", "0001", 1, 0, 1)}, "0002");
+        row("33 bytes", 33, "21000000", {data("0001", "0021", 33, 0, 33)}, "0002");
+        row("a block less one", 1023, "ff030000", {data("0001", "03ff", 1023, 0, 1023)}, "0002");
+        row("a block", 1024, "00040000", {data("0001", "0400", 1024, 0, 1024)}, "0002");
+        row("a block and one", 1025, "01040000", {data("0001", "0400", 1025, 0, 1024), data("0002", "0001", 1025, 1024, 1)}, "0003");
+        row("two blocks", 2048, "00080000", {data("0001", "0400", 2048, 0, 1024), data("0002", "0400", 2048, 1024, 1024)}, "0003");
+        // clang-format on
+    }
+
+    void sentBytes() {
+        QFETCH(QByteArray, image);
+        QFETCH(Datagrams, expected);
+        Datagrams got;
+        connect(m_peer.get(), &QUdpSocket::readyRead, this, [&] {
+            while (m_peer->hasPendingDatagrams()) {
+                got << received();
+                answerAll({QByteArray::fromHex("4b565044") + got.last().mid(4, 2) + QByteArray(16, '\0')});
+            }
+        });
+        bool ok = false;
+        onWorker([&] {
+            FpgaUpdater updater;
+            setImage(updater, image);
+            updater.setTargets(&kPeer, 1, m_peer->localPort());
+            ok = updater.doTransfer(2000, 10);
+        });
+        QVERIFY(ok);
+        QCOMPARE(got, expected);
+    }
+
+    void oversizedPayloadIsCutToABlock() {
+        const QByteArray bytes = testImage(1025);
+        QVERIFY(m_updater->sendBlockToAll(7, reinterpret_cast<const unsigned char*>(bytes.constData()), 1025, false));
+        QCOMPARE(received(), hostDatagram("0007", "0400", "00000000", bytes.left(1024)));
+    }
+
+    void acknowledgement_data() {
+        // clang-format off
+        QTest::addColumn<Datagrams>("answers");
+        QTest::addColumn<bool>("satisfied");
+        QTest::addColumn<int>("lastAcked");
+        QTest::newRow("the block") << Datagrams{ack("0104")} << true << 0x104;
+        QTest::newRow("a later one") << Datagrams{ack("0105")} << true << 0x105;
+        QTest::newRow("the highest") << Datagrams{ack("ffff")} << true << 0xFFFF;
+        QTest::newRow("an earlier one") << Datagrams{ack("0103")} << false << 0;
+        QTest::newRow("the other byte order") << Datagrams{ack("0401").replace(4, 2, QByteArray::fromHex("0004"))} << false << 0;
+        QTest::newRow("late one, then the block") << Datagrams{ack("0103"), ack("0104")} << true << 0x104;
+        QTest::newRow("doubled") << Datagrams{ack("0104"), ack("0104")} << true << 0x104;
+        QTest::newRow("21 bytes") << Datagrams{ack("0104").left(21)} << false << 0;
+        QTest::newRow("magic only") << Datagrams{"KVPD"} << false << 0;
+        QTest::newRow("empty") << Datagrams{QByteArray()} << false << 0;
+        QTest::newRow("empty, then the block") << Datagrams{QByteArray(), ack("0104")} << true << 0x104;
+        QTest::newRow("another magic") << Datagrams{ack("0104").replace(0, 4, "KVPE")} << false << 0;
+        QTest::newRow("longer than any") << Datagrams{ack("0104") + QByteArray(3000, 'x')} << true << 0x104;
+        QTest::newRow("other fields are not read") << Datagrams{QByteArray::fromHex("4b5650440104ffffffffffffffffffffffffffffffff")} << true << 0x104;
+        // clang-format on
+    }
+
+    void acknowledgement() {
+        QFETCH(Datagrams, answers);
+        m_updater->sendBlockToAll(0x104, nullptr, 0, false);
+        received();
+        answerAll(answers);
+        QTEST(m_updater->waitForAllAcks(0x104, 60, 5), "satisfied");
+        QTEST(int{m_updater->targets().first().lastAckedBlock}, "lastAcked");
+    }
+
+    void strangerDoesNotAcknowledge() {
+        QUdpSocket stranger;
+        QVERIFY(stranger.bind(QHostAddress("127.0.0.9"), 0));
+        m_updater->sendBlockToAll(4, nullptr, 0, false);
+        received();
+        stranger.writeDatagram(ack("0004"), QHostAddress(QHostAddress::LocalHost), m_port);
+        QVERIFY(!m_updater->waitForAllAcks(4, 60, 5));
+        // The same board from another port of its own is the board.
+        QUdpSocket otherPort;
+        QVERIFY(otherPort.bind(kPeer, 0));
+        otherPort.writeDatagram(ack("0004"), QHostAddress(QHostAddress::LocalHost), m_port);
+        QVERIFY(m_updater->waitForAllAcks(4, 2000, 5));
+    }
+
+    void burnStatus_data() {
+        // clang-format off
+        QTest::addColumn<Datagrams>("statuses");
+        QTest::addColumn<bool>("done");
+        QTest::addColumn<int>("percent");
+        // Of an image of 1000 bytes.
+        QTest::newRow("nothing yet") << Datagrams{status("0000", "0000", "00000000")} << false << 0;
+        QTest::newRow("truncated") << Datagrams{status("0000", "0000", "e7030000")} << false << 99;
+        QTest::newRow("half") << Datagrams{status("0000", "0000", "f4010000")} << false << 50;
+        QTest::newRow("all, not ended") << Datagrams{status("0000", "0000", "e8030000")} << false << 100;
+        QTest::newRow("past the size") << Datagrams{status("0000", "0000", "ffffffff")} << false << 100;
+        QTest::newRow("backwards") << Datagrams{status("0000", "0000", "f4010000"), status("0000", "0000", "64000000")} << false << 10;
+        QTest::newRow("end in the length") << Datagrams{status("ffff", "0000", "00000000")} << true << 100;
+        QTest::newRow("end in the state") << Datagrams{status("0000", "ffff", "00000000")} << true << 100;
+        QTest::newRow("nearly an end") << Datagrams{status("fffe", "feff", "00000000")} << false << 0;
+        QTest::newRow("end cut short") << Datagrams{status("ffff", "0000", "00000000").left(21)} << false << 0;
+        QTest::newRow("end of another magic") << Datagrams{status("ffff", "0000", "00000000").replace(0, 1, "k")} << false << 0;
+        // clang-format on
+    }
+
+    void burnStatus() {
+        QFETCH(Datagrams, statuses);
+        QFETCH(bool, done);
+        const QByteArray image = testImage(1000);
+        setImage(*m_updater, image);
+        QVector<QPair<int, int>> reports;
+        m_updater->setProgressCallback(
+            [](int first, int phase, int percent, void* context) {
+                QCOMPARE(first, 0);
+                *static_cast<QVector<QPair<int, int>>*>(context) << qMakePair(phase, percent);
+            },
+            &reports);
+        m_updater->sendBlockToAll(1, nullptr, 0, false);
+        received();
+        answerAll(statuses);
+        QCOMPARE(m_updater->doBurnVerify(20, 10000, 80), done);
+        QTEST(m_updater->targets().first().burnPercent, "percent");
+        QCOMPARE(m_updater->targets().first().burnDone, done);
+        QCOMPARE(reports.last().first, done ? 3 : 1);
+        QTEST(reports.last().second, "percent");
+    }
+
+    void anyDatagramKeepsTheBurnAlive() {
+        QTimer invalid;
+        connect(&invalid, &QTimer::timeout, this, [this] { answerAll({ack("0001").left(21)}); });
+        connect(m_peer.get(), &QUdpSocket::readyRead, this, [&] {
+            received();
+            invalid.start(20);
+        });
+        bool ok = true;
+        onWorker([&] {
+            FpgaUpdater updater;
+            updater.setTargets(&kPeer, 1, m_peer->localPort());
+            updater.sendBlockToAll(1, nullptr, 0, false);
+            ok = updater.doBurnVerify(5, 500, 1000); // ends by its total, which has no message, and not by the silence
+        });
+        QVERIFY(!ok);
+    }
 
 protected:
     void setUp() override {
@@ -70,158 +212,6 @@ private:
     QHostAddress m_host;
     quint16 m_port = 0;
 };
-
-void TestFpgaDatagrams::sentBytes_data() {
-    QTest::addColumn<QByteArray>("image");
-    QTest::addColumn<Datagrams>("expected");
-    const auto row = [](const char* name, int size, const char* counter, const Datagrams& blocks, const char* eof) {
-        QTest::newRow(name) << testImage(size)
-                            << (Datagrams{hostDatagram("0000", "ffff", counter)} + blocks +
-                                Datagrams{hostDatagram(eof, "ffff", "00000000")});
-    };
-    const auto data = [](const char* block, const char* length, int size, int from, int count) {
-        return hostDatagram(block, length, "00000000", testImage(size).mid(from, count));
-    };
-    row("one byte", 1, "01000000", {data("0001", "0001", 1, 0, 1)}, "0002");
-    row("33 bytes", 33, "21000000", {data("0001", "0021", 33, 0, 33)}, "0002");
-    row("a block less one", 1023, "ff030000", {data("0001", "03ff", 1023, 0, 1023)}, "0002");
-    row("a block", 1024, "00040000", {data("0001", "0400", 1024, 0, 1024)}, "0002");
-    row("a block and one", 1025, "01040000", {data("0001", "0400", 1025, 0, 1024), data("0002", "0001", 1025, 1024, 1)},
-        "0003");
-    row("two blocks", 2048, "00080000", {data("0001", "0400", 2048, 0, 1024), data("0002", "0400", 2048, 1024, 1024)},
-        "0003");
-}
-
-void TestFpgaDatagrams::sentBytes() {
-    QFETCH(QByteArray, image);
-    QFETCH(Datagrams, expected);
-    Datagrams got;
-    connect(m_peer.get(), &QUdpSocket::readyRead, this, [&] {
-        while (m_peer->hasPendingDatagrams()) {
-            got << received();
-            answerAll({QByteArray::fromHex("4b565044") + got.last().mid(4, 2) + QByteArray(16, '\0')});
-        }
-    });
-    bool ok = false;
-    onWorker([&] {
-        FpgaUpdater updater;
-        setImage(updater, image);
-        updater.setTargets(&kPeer, 1, m_peer->localPort());
-        ok = updater.doTransfer(2000, 10);
-    });
-    QVERIFY(ok);
-    QCOMPARE(got, expected);
-}
-
-void TestFpgaDatagrams::oversizedPayloadIsCutToABlock() {
-    const QByteArray bytes = testImage(1025);
-    QVERIFY(m_updater->sendBlockToAll(7, reinterpret_cast<const unsigned char*>(bytes.constData()), 1025, false));
-    QCOMPARE(received(), hostDatagram("0007", "0400", "00000000", bytes.left(1024)));
-}
-
-void TestFpgaDatagrams::acknowledgement_data() {
-    QTest::addColumn<Datagrams>("answers");
-    QTest::addColumn<bool>("satisfied");
-    QTest::addColumn<int>("lastAcked");
-    QTest::newRow("the block") << Datagrams{ack("0104")} << true << 0x104;
-    QTest::newRow("a later one") << Datagrams{ack("0105")} << true << 0x105;
-    QTest::newRow("the highest") << Datagrams{ack("ffff")} << true << 0xFFFF;
-    QTest::newRow("an earlier one") << Datagrams{ack("0103")} << false << 0;
-    QTest::newRow("the other byte order")
-        << Datagrams{ack("0401").replace(4, 2, QByteArray::fromHex("0004"))} << false << 0;
-    QTest::newRow("late one, then the block") << Datagrams{ack("0103"), ack("0104")} << true << 0x104;
-    QTest::newRow("doubled") << Datagrams{ack("0104"), ack("0104")} << true << 0x104;
-    QTest::newRow("21 bytes") << Datagrams{ack("0104").left(21)} << false << 0;
-    QTest::newRow("magic only") << Datagrams{"KVPD"} << false << 0;
-    QTest::newRow("empty") << Datagrams{QByteArray()} << false << 0;
-    QTest::newRow("empty, then the block") << Datagrams{QByteArray(), ack("0104")} << true << 0x104;
-    QTest::newRow("another magic") << Datagrams{ack("0104").replace(0, 4, "KVPE")} << false << 0;
-    QTest::newRow("longer than any") << Datagrams{ack("0104") + QByteArray(3000, 'x')} << true << 0x104;
-    QTest::newRow("other fields are not read")
-        << Datagrams{QByteArray::fromHex("4b5650440104ffffffffffffffffffffffffffffffff")} << true << 0x104;
-}
-
-void TestFpgaDatagrams::acknowledgement() {
-    QFETCH(Datagrams, answers);
-    m_updater->sendBlockToAll(0x104, nullptr, 0, false);
-    received();
-    answerAll(answers);
-    QTEST(m_updater->waitForAllAcks(0x104, 60, 5), "satisfied");
-    QTEST(int{m_updater->targets().first().lastAckedBlock}, "lastAcked");
-}
-
-void TestFpgaDatagrams::strangerDoesNotAcknowledge() {
-    QUdpSocket stranger;
-    QVERIFY(stranger.bind(QHostAddress("127.0.0.9"), 0));
-    m_updater->sendBlockToAll(4, nullptr, 0, false);
-    received();
-    stranger.writeDatagram(ack("0004"), QHostAddress(QHostAddress::LocalHost), m_port);
-    QVERIFY(!m_updater->waitForAllAcks(4, 60, 5));
-    // The same board from another port of its own is the board.
-    QUdpSocket otherPort;
-    QVERIFY(otherPort.bind(kPeer, 0));
-    otherPort.writeDatagram(ack("0004"), QHostAddress(QHostAddress::LocalHost), m_port);
-    QVERIFY(m_updater->waitForAllAcks(4, 2000, 5));
-}
-
-void TestFpgaDatagrams::burnStatus_data() {
-    QTest::addColumn<Datagrams>("statuses");
-    QTest::addColumn<bool>("done");
-    QTest::addColumn<int>("percent");
-    // Of an image of 1000 bytes.
-    QTest::newRow("nothing yet") << Datagrams{status("0000", "0000", "00000000")} << false << 0;
-    QTest::newRow("truncated") << Datagrams{status("0000", "0000", "e7030000")} << false << 99;
-    QTest::newRow("half") << Datagrams{status("0000", "0000", "f4010000")} << false << 50;
-    QTest::newRow("all, not ended") << Datagrams{status("0000", "0000", "e8030000")} << false << 100;
-    QTest::newRow("past the size") << Datagrams{status("0000", "0000", "ffffffff")} << false << 100;
-    QTest::newRow("backwards") << Datagrams{status("0000", "0000", "f4010000"), status("0000", "0000", "64000000")}
-                               << false << 10;
-    QTest::newRow("end in the length") << Datagrams{status("ffff", "0000", "00000000")} << true << 100;
-    QTest::newRow("end in the state") << Datagrams{status("0000", "ffff", "00000000")} << true << 100;
-    QTest::newRow("nearly an end") << Datagrams{status("fffe", "feff", "00000000")} << false << 0;
-    QTest::newRow("end cut short") << Datagrams{status("ffff", "0000", "00000000").left(21)} << false << 0;
-    QTest::newRow("end of another magic")
-        << Datagrams{status("ffff", "0000", "00000000").replace(0, 1, "k")} << false << 0;
-}
-
-void TestFpgaDatagrams::burnStatus() {
-    QFETCH(Datagrams, statuses);
-    QFETCH(bool, done);
-    const QByteArray image = testImage(1000);
-    setImage(*m_updater, image);
-    QVector<QPair<int, int>> reports;
-    m_updater->setProgressCallback(
-        [](int first, int phase, int percent, void* context) {
-            QCOMPARE(first, 0);
-            *static_cast<QVector<QPair<int, int>>*>(context) << qMakePair(phase, percent);
-        },
-        &reports);
-    m_updater->sendBlockToAll(1, nullptr, 0, false);
-    received();
-    answerAll(statuses);
-    QCOMPARE(m_updater->doBurnVerify(20, 10000, 80), done);
-    QTEST(m_updater->targets().first().burnPercent, "percent");
-    QCOMPARE(m_updater->targets().first().burnDone, done);
-    QCOMPARE(reports.last().first, done ? 3 : 1);
-    QTEST(reports.last().second, "percent");
-}
-
-void TestFpgaDatagrams::anyDatagramKeepsTheBurnAlive() {
-    QTimer invalid;
-    connect(&invalid, &QTimer::timeout, this, [this] { answerAll({ack("0001").left(21)}); });
-    connect(m_peer.get(), &QUdpSocket::readyRead, this, [&] {
-        received();
-        invalid.start(20);
-    });
-    bool ok = true;
-    onWorker([&] {
-        FpgaUpdater updater;
-        updater.setTargets(&kPeer, 1, m_peer->localPort());
-        updater.sendBlockToAll(1, nullptr, 0, false);
-        ok = updater.doBurnVerify(5, 500, 1000); // ends by its total, which has no message, and not by the silence
-    });
-    QVERIFY(!ok);
-}
 
 VELDA_TEST_MAIN(QCoreApplication, TestFpgaDatagrams)
 #include "tst_fpga_datagrams.moc"

@@ -12,12 +12,91 @@ class TestFpgaUpdateJob : public TestBase {
     Q_OBJECT
 
 private slots:
-    void imageReachesTheBoards();
-    void refusedImageSendsNothing();
-    void silentBoardEndsInAMessage();
-    void removedWhileItWaits();
-    void boardsOfTheChannels_data();
-    void boardsOfTheChannels();
+    void imageReachesTheBoards() {
+        FpgaUpdateJob job(m_settings);
+        QVector<QPair<int, int>> reports;
+        QThread* reportedOn = nullptr;
+        connect(&job, &FpgaUpdateJob::progress, this, [&](int phase, int percent) {
+            reports << qMakePair(phase, percent);
+            reportedOn = QThread::currentThread();
+        });
+        QSignalSpy accepted(&job, &FpgaUpdateJob::imageAccepted);
+        QSignalSpy ended(&job, &FpgaUpdateJob::ended);
+        job.start(m_path);
+        QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, 30000);
+        QCOMPARE(ended.first().at(0).toBool(), true);
+        QCOMPARE(ended.first().at(1).toString(), QString("FPGA update completed.\nPlease power OFF/ON the device."));
+        QCOMPARE(accepted.size(), 1);
+        QCOMPARE(reportedOn, thread());
+        QCOMPARE(reports.last(), qMakePair(3, 100));
+        for (int i = 1; i < reports.size(); ++i)
+            QVERIFY(reports.at(i) != reports.at(i - 1)); // 301 blocks, but a report only where the percentage changed
+        for (const auto& board : m_rig->boards)
+            QVERIFY(board->image() == m_image);
+    }
+
+    void refusedImageSendsNothing() {
+        writeFile(m_image);
+        FpgaUpdateJob job(m_settings);
+        QSignalSpy accepted(&job, &FpgaUpdateJob::imageAccepted);
+        QSignalSpy ended(&job, &FpgaUpdateJob::ended);
+        job.start(m_path);
+        QTRY_COMPARE(ended.size(), 1);
+        QCOMPARE(ended.first().at(0).toBool(), false);
+        QVERIFY(ended.first().at(1).toString().startsWith("FPGA image authentication failed.\n\n"));
+        QCOMPARE(accepted.size(), 0);
+        QCOMPARE(m_rig->boards[0]->counts().inits, 0);
+    }
+
+    void silentBoardEndsInAMessage() {
+        Sim::FpgaFaults silent;
+        silent.ignoredInits = Sim::FpgaFaults::kAlways;
+        m_rig->boards[1]->setFaults(silent);
+        expectMessage("Failed to initialize");
+        expectMessage("Transfer Phase Failed");
+        FpgaUpdateJob job(m_settings);
+        QSignalSpy ended(&job, &FpgaUpdateJob::ended);
+        job.start(m_path);
+        QTRY_COMPARE(ended.size(), 1);
+        QCOMPARE(ended.first().at(0).toBool(), false);
+        QCOMPARE(ended.first().at(1).toString(), QString("FPGA update failed (timeout/communication error)."));
+    }
+
+    void removedWhileItWaits() {
+        Sim::FpgaFaults silent;
+        silent.ignoredData = Sim::FpgaFaults::kAlways; // the wait for a data block has no limit
+        m_rig->boards[1]->setFaults(silent);
+        m_settings.ackTimeoutMs = 60000;
+        expectMessage("Transfer Phase Failed");
+        auto job = std::make_unique<FpgaUpdateJob>(m_settings);
+        QSignalSpy ended(job.get(), &FpgaUpdateJob::ended);
+        job->start(m_path);
+        QTRY_VERIFY(m_rig->boards[1]->counts().data > 0);
+        QElapsedTimer timer;
+        timer.start();
+        job.reset();
+        QVERIFY(timer.elapsed() < 5000);
+        QCOMPARE(ended.size(), 0);
+    }
+
+    void boardsOfTheChannels_data() {
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("boards");
+        QTest::newRow("none") << 0 << 0;
+        QTest::newRow("negative") << -3 << 0;
+        QTest::newRow("one") << 1 << 1;
+        QTest::newRow("four") << 4 << 4;
+        QTest::newRow("more than there are") << 9 << 4;
+    }
+
+    void boardsOfTheChannels() {
+        QFETCH(int, channels);
+        const FpgaUpdateSettings settings = FpgaUpdateSettings::forChannels(channels);
+        QTEST(settings.boards.size(), "boards");
+        QCOMPARE(settings.port, quint16{7502});
+        if (channels > 0)
+            QCOMPARE(settings.boards.first(), QHostAddress("192.168.7.1"));
+    }
 
 protected:
     void setUp() override {
@@ -52,92 +131,6 @@ private:
     std::unique_ptr<FpgaRig> m_rig;
     FpgaUpdateSettings m_settings;
 };
-
-void TestFpgaUpdateJob::imageReachesTheBoards() {
-    FpgaUpdateJob job(m_settings);
-    QVector<QPair<int, int>> reports;
-    QThread* reportedOn = nullptr;
-    connect(&job, &FpgaUpdateJob::progress, this, [&](int phase, int percent) {
-        reports << qMakePair(phase, percent);
-        reportedOn = QThread::currentThread();
-    });
-    QSignalSpy accepted(&job, &FpgaUpdateJob::imageAccepted);
-    QSignalSpy ended(&job, &FpgaUpdateJob::ended);
-    job.start(m_path);
-    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, 30000);
-    QCOMPARE(ended.first().at(0).toBool(), true);
-    QCOMPARE(ended.first().at(1).toString(), QString("FPGA update completed.\nPlease power OFF/ON the device."));
-    QCOMPARE(accepted.size(), 1);
-    QCOMPARE(reportedOn, thread());
-    QCOMPARE(reports.last(), qMakePair(3, 100));
-    for (int i = 1; i < reports.size(); ++i)
-        QVERIFY(reports.at(i) != reports.at(i - 1)); // 301 blocks, but a report only where the percentage changed
-    for (const auto& board : m_rig->boards)
-        QVERIFY(board->image() == m_image);
-}
-
-void TestFpgaUpdateJob::refusedImageSendsNothing() {
-    writeFile(m_image);
-    FpgaUpdateJob job(m_settings);
-    QSignalSpy accepted(&job, &FpgaUpdateJob::imageAccepted);
-    QSignalSpy ended(&job, &FpgaUpdateJob::ended);
-    job.start(m_path);
-    QTRY_COMPARE(ended.size(), 1);
-    QCOMPARE(ended.first().at(0).toBool(), false);
-    QVERIFY(ended.first().at(1).toString().startsWith("FPGA image authentication failed.\n\n"));
-    QCOMPARE(accepted.size(), 0);
-    QCOMPARE(m_rig->boards[0]->counts().inits, 0);
-}
-
-void TestFpgaUpdateJob::silentBoardEndsInAMessage() {
-    Sim::FpgaFaults silent;
-    silent.ignoredInits = Sim::FpgaFaults::kAlways;
-    m_rig->boards[1]->setFaults(silent);
-    expectMessage("Failed to initialize");
-    expectMessage("Transfer Phase Failed");
-    FpgaUpdateJob job(m_settings);
-    QSignalSpy ended(&job, &FpgaUpdateJob::ended);
-    job.start(m_path);
-    QTRY_COMPARE(ended.size(), 1);
-    QCOMPARE(ended.first().at(0).toBool(), false);
-    QCOMPARE(ended.first().at(1).toString(), QString("FPGA update failed (timeout/communication error)."));
-}
-
-void TestFpgaUpdateJob::removedWhileItWaits() {
-    Sim::FpgaFaults silent;
-    silent.ignoredData = Sim::FpgaFaults::kAlways; // the wait for a data block has no limit
-    m_rig->boards[1]->setFaults(silent);
-    m_settings.ackTimeoutMs = 60000;
-    expectMessage("Transfer Phase Failed");
-    auto job = std::make_unique<FpgaUpdateJob>(m_settings);
-    QSignalSpy ended(job.get(), &FpgaUpdateJob::ended);
-    job->start(m_path);
-    QTRY_VERIFY(m_rig->boards[1]->counts().data > 0);
-    QElapsedTimer timer;
-    timer.start();
-    job.reset();
-    QVERIFY(timer.elapsed() < 5000);
-    QCOMPARE(ended.size(), 0);
-}
-
-void TestFpgaUpdateJob::boardsOfTheChannels_data() {
-    QTest::addColumn<int>("channels");
-    QTest::addColumn<int>("boards");
-    QTest::newRow("none") << 0 << 0;
-    QTest::newRow("negative") << -3 << 0;
-    QTest::newRow("one") << 1 << 1;
-    QTest::newRow("four") << 4 << 4;
-    QTest::newRow("more than there are") << 9 << 4;
-}
-
-void TestFpgaUpdateJob::boardsOfTheChannels() {
-    QFETCH(int, channels);
-    const FpgaUpdateSettings settings = FpgaUpdateSettings::forChannels(channels);
-    QTEST(settings.boards.size(), "boards");
-    QCOMPARE(settings.port, quint16{7502});
-    if (channels > 0)
-        QCOMPARE(settings.boards.first(), QHostAddress("192.168.7.1"));
-}
 
 VELDA_TEST_MAIN(QCoreApplication, TestFpgaUpdateJob)
 #include "tst_fpga_update_job.moc"
