@@ -1,44 +1,55 @@
 #include "sim/fpga_boards.h"
 
 #include <cstdio>
+#include <memory>
+#include <vector>
 
 namespace Sim {
 
-FpgaBoards::FpgaBoards() : m_home(std::make_unique<QObject>()) {
-    m_home->moveToThread(&m_thread);
-    m_thread.setObjectName(QStringLiteral("fpga boards"));
-    m_thread.start();
-}
-
 FpgaBoards::~FpgaBoards() {
-    // Sockets are closed on the thread that made them.
-    QMetaObject::invokeMethod(
-        m_home.get(), [this] { m_boards.clear(); }, Qt::BlockingQueuedConnection);
-    m_thread.quit();
-    m_thread.wait();
+    quit();
+    wait();
 }
 
 bool FpgaBoards::start(const FpgaBoardsOptions& options, QString& error) {
-    bool ok = true;
-    const auto listen = [&] {
-        for (const QHostAddress& address : options.addresses) {
-            FpgaBoardSettings settings = options.board;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_options = options;
+    }
+    setObjectName(QStringLiteral("fpga boards"));
+    QThread::start();
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_opened; });
+    error = m_error;
+    return error.isEmpty();
+}
+
+// The boards live and die on the thread that made their sockets.
+void FpgaBoards::run() {
+    std::vector<std::unique_ptr<FpgaBoard>> boards;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        for (const QHostAddress& address : m_options.addresses) {
+            FpgaBoardSettings settings = m_options.board;
             settings.address = address;
-            m_boards.push_back(std::make_unique<FpgaBoard>(settings));
-            FpgaBoard& board = *m_boards.back();
-            const int number = static_cast<int>(m_boards.size());
+            boards.push_back(std::make_unique<FpgaBoard>(settings));
+            FpgaBoard& board = *boards.back();
+            const int number = static_cast<int>(boards.size());
             FpgaFaults faults;
-            faults.lossPercent = options.lossPercent;
+            faults.lossPercent = m_options.lossPercent;
             faults.seed = static_cast<quint32>(number);
-            if (number == options.silentBoard)
+            if (number == m_options.silentBoard)
                 faults.ignoredInits = FpgaFaults::kAlways;
             board.setFaults(faults);
             QObject::connect(&board, &FpgaBoard::burnt, &board, [&board, address] { tell(board, address); });
-            ok = ok && board.listen(error);
+            QString refusal;
+            if (!board.listen(refusal) && m_error.isEmpty())
+                m_error = refusal;
         }
-    };
-    QMetaObject::invokeMethod(m_home.get(), listen, Qt::BlockingQueuedConnection);
-    return ok;
+        m_opened = true;
+    }
+    m_changed.notify_all();
+    exec();
 }
 
 void FpgaBoards::tell(const FpgaBoard& board, const QHostAddress& address) {

@@ -4,8 +4,8 @@
 
 #include <QThread>
 
-#include <memory>
-#include <vector>
+#include <condition_variable>
+#include <mutex>
 
 namespace Sim {
 
@@ -20,20 +20,25 @@ struct FpgaBoardsOptions {
 
 /// The FPGA boards of a module, on a thread of their own. Says on standard output what each holds when it has burnt an
 /// image. Created and destroyed on one thread, which needs no event loop.
-class FpgaBoards {
+class FpgaBoards : private QThread {
 public:
-    FpgaBoards();
-    ~FpgaBoards(); ///< ends the thread and closes the sockets
+    FpgaBoards() = default;
+    ~FpgaBoards() override; ///< ends the thread, and with it the sockets
 
     /// False, with a sentence, when an address cannot be had. Once.
     [[nodiscard]] bool start(const FpgaBoardsOptions& options, QString& error);
 
+protected:
+    void run() override;
+
 private:
     static void tell(const FpgaBoard& board, const QHostAddress& address);
 
-    QThread m_thread;
-    std::unique_ptr<QObject> m_home; ///< lives on the thread, which carries out what is sent to it
-    std::vector<std::unique_ptr<FpgaBoard>> m_boards;
+    std::mutex m_mutex; ///< what is below goes from thread to thread under it
+    std::condition_variable m_changed;
+    FpgaBoardsOptions m_options;
+    QString m_error;
+    bool m_opened = false;
 };
 
 } // namespace Sim
