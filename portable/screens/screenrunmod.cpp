@@ -32,8 +32,8 @@ enum SlopeButton { Positive, Negative };
 enum RunModeButton { Continuous, Triggered };
 
 constexpr PageGroup::Column EntryColumn{660, 836, 236, 128};
-constexpr int ChoiceX = 216;
-constexpr int ChoiceWidth = 134;
+constexpr int ChoiceX = 228;
+constexpr int ChoiceWidth = 130;
 constexpr int FirstRow = 60;
 constexpr int RowPitch = 88;
 
@@ -80,7 +80,7 @@ void runmodeScreen::buildRunMode() {
     m_runMode = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                 {{QStringLiteral("Continous"), QStringLiteral("runContinuous"), QString()},
                                  {QStringLiteral("Trigger"), QStringLiteral("runTrigger"), QString()}});
-    m_runMode->place(ChoiceX, 52, 207, Style::ButtonHeight);
+    m_runMode->place(ChoiceX, 52, 201, Style::ButtonHeight);
     connect(m_runMode, &ChoiceGroup::clicked, this, [this](int index) {
         if (index == Continuous)
             onContButton();

@@ -66,7 +66,7 @@ void StepListScreen::buildTable() {
     // Below the settings, so that a toast about an entry does not cover it.
     constexpr int Top = SettingsHeight + Style::Gap;
     m_tableGroup = new PageGroup(m_page, QString::fromLatin1(m_kind.editCaption), mainPlace(Top, GroupHeight - Top));
-    m_name = m_tableGroup->addLabel(NameX, 10, MainWidth - NameX - 24, 40, QString());
+    m_name = m_tableGroup->addLabel(NameX, 8, MainWidth - NameX - 24, 36, QString());
     m_name->setObjectName(named("Name"));
     m_name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_name->setTextFormat(Qt::PlainText);

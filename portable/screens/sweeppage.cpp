@@ -58,7 +58,7 @@ const SweepKind PowerSweep{"prsw",
 namespace {
 
 constexpr PageGroup::Column LeftColumn{24, 176, 260, 128};
-constexpr PageGroup::Column RightColumn{676, 820, 248, 128};
+constexpr PageGroup::Column RightColumn{668, 808, 260, 128};
 constexpr int FirstRow = 24;
 constexpr int RowPitch = 88;
 constexpr int LockX = 588;
@@ -185,13 +185,13 @@ void SweepPage::buildDirection() {
     m_direction = new ChoiceGroup(m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                   {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString()},
                                    {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString()}});
-    m_direction->place(RightColumn.valueX, rowTop(0), 188, Style::ButtonHeight);
+    m_direction->place(RightColumn.valueX, rowTop(0), 194, Style::ButtonHeight);
     connect(m_direction, &ChoiceGroup::clicked, this, &SweepPage::chooseDirection);
 
     // Marks a planned function; nothing listens to it yet.
     auto* exportButton = new QPushButton(QStringLiteral("Export to List"), m_group);
     exportButton->setObjectName(prefix + QStringLiteral("Export"));
-    exportButton->setGeometry(RightColumn.valueX, rowTop(4), 388, Style::ButtonHeight);
+    exportButton->setGeometry(RightColumn.valueX, rowTop(4), 400, Style::ButtonHeight);
     exportButton->setFocusPolicy(Qt::NoFocus);
     exportButton->setStyleSheet(PUSH_BN_STYLE);
     connect(exportButton, &QPushButton::clicked, this, &SweepPage::exportToList);

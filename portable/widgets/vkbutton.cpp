@@ -63,6 +63,13 @@ void VKButton::setCaption(const QString& caption) {
     update();
 }
 
+QFont VKButton::captionFont() const {
+    QFont font(QStringLiteral("Segoe UI"));
+    font.setPixelSize(pixelsOf(m_look, caption().length()));
+    font.setWeight(m_chosen || m_look == Look::Enter ? QFont::Bold : QFont::Normal);
+    return font;
+}
+
 void VKButton::setChosen(bool chosen) {
     m_chosen = chosen;
     update();
@@ -110,7 +117,10 @@ bool VKButton::event(QEvent* event) {
     default:
         break;
     }
-    return QPushButton::event(event);
+    const bool handled = QPushButton::event(event);
+    if (m_pressedLook && !isDown()) // a finger lifted elsewhere emits nothing
+        onRelease();
+    return handled;
 }
 
 void VKButton::handleTouch(const QTouchEvent& touch) {
@@ -161,10 +171,7 @@ void VKButton::paintEvent(QPaintEvent*) {
     const double inset = edge / 2.0;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
 
-    QFont font(QStringLiteral("Segoe UI"));
-    font.setPixelSize(pixelsOf(m_look, caption().length()));
-    font.setWeight(m_chosen || m_look == Look::Enter ? QFont::Bold : QFont::Normal);
-    painter.setFont(font);
+    painter.setFont(captionFont());
     painter.setPen(QColor(colours.text));
     painter.drawText(rect(), Qt::AlignCenter, caption());
 }

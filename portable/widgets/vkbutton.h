@@ -22,6 +22,9 @@ public:
     void setCaption(const QString& caption);
     QString caption() const { return m_caption.isEmpty() ? text() : m_caption; }
 
+    /// What the caption is painted in.
+    QFont captionFont() const;
+
     /// Marks the key that stands for the present state: the field's unit, shift.
     void setChosen(bool chosen);
     bool isChosen() const { return m_chosen; }

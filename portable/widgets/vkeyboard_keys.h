@@ -21,7 +21,7 @@ struct Key {
 };
 
 constexpr int Margin = 26;
-constexpr QSize KeypadSize(792, 728);
+constexpr QSize KeypadSize(792, 752);
 constexpr QSize LettersSize(1280, 744);
 constexpr QRect Title(Margin, 8, 740, 48);
 

@@ -171,7 +171,7 @@ private slots:
         QCOMPARE(board.dialog->findChild<QLabel*>("keyboardUnit")->text(), QString("GHz"));
         QVERIFY(!board.key("Unit1")->isChosen());
         QVERIFY(board.key("Unit2")->isChosen());
-        QCOMPARE(board.dialog->geometry(), QRect(244, 36, 792, 728));
+        QCOMPARE(board.dialog->geometry(), QRect(244, 24, 792, 752));
     }
 
     void ends_data() {

@@ -76,7 +76,8 @@ QString functionTab(bool pressed) {
                              .arg(css(Ground), css(pressed ? Active : Panel));
     return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Panel) + edge +
                                                    font(TextGroup, pressed) + QStringLiteral("padding-top: 4px;")) +
-           rule(QStringLiteral("QPushButton:pressed"), colours(Text, RaisedDown));
+           rule(QStringLiteral("QPushButton:pressed"),
+                colours(Text, RaisedDown) + QStringLiteral("border-bottom: 4px solid %1;").arg(css(Text)));
 }
 
 QString pageTab(bool pressed, int pixels = TextLabel) {
@@ -86,7 +87,8 @@ QString pageTab(bool pressed, int pixels = TextLabel) {
                              .arg(Radius);
     return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Ground) + edge +
                                                    font(pixels, pressed) + QStringLiteral("padding-bottom: 2px;")) +
-           rule(QStringLiteral("QPushButton:pressed"), colours(Text, RaisedDown)) +
+           rule(QStringLiteral("QPushButton:pressed"),
+                colours(Text, RaisedDown) + QStringLiteral("border-top: 4px solid %1;").arg(css(Text))) +
            rule(QStringLiteral("QPushButton:disabled"), colours(Disabled, Panel));
 }
 
@@ -198,7 +200,7 @@ const QString DYN_LABEL_STYLE2 = label(TextGroup, Label);
 const QString DYN_VALUE_STYLE2 = label(TextGroup, Text, true);
 const QString LINK_LOST_STYLE =
     rule(QStringLiteral("QLabel"),
-         QStringLiteral("color: %1; background: transparent;").arg(css(Wrong)) + border(2, Wrong) + font(20, true));
+         QStringLiteral("color: %1; background: transparent;").arg(css(Wrong)) + border(2, Wrong) + font(21, true));
 
 const QString WIDGET_GROUP_STYLE = group(Panel, PanelEdge);
 const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER = group(Ground, Ground);
@@ -225,7 +227,7 @@ const QString PROGRESS_BAR_STYLE =
     rule(QStringLiteral("QProgressBar"),
          colours(Text, Field) + border(2, FaintEdge) + font(TextGroup, true) + QStringLiteral("text-align: center;")) +
     rule(QStringLiteral("QProgressBar::chunk"),
-         QStringLiteral("background-color: %1; border-radius: 6px;").arg(css(0xFF1B6E96)));
+         QStringLiteral("background-color: %1; border-radius: 6px;").arg(css(Progress)));
 const QString LIST_STYLE = table();
 const QString LIST_SCROLL_STYLE = scrollBars();
 const QString PATTERN_SCROLL_STYLE = scrollBars();

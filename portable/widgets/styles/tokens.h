@@ -27,6 +27,7 @@ constexpr QRgb RfOnDown = 0xFFFFCF70;
 constexpr QRgb OnRfOn = 0xFF2B1B00;
 constexpr QRgb Neutral = 0xFFDCE3EA; ///< the chosen half of a pair that is off
 constexpr QRgb OnNeutral = 0xFF0D1218;
+constexpr QRgb Progress = 0xFF14587B; ///< the part that is done: dark, its percentage is read on it
 constexpr QRgb Wrong = 0xFFFF6B61;
 
 constexpr int TextGroup = 22;
