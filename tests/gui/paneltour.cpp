@@ -1,3 +1,5 @@
+#include "tests/gui/paneltour.h"
+
 #include "common/update/update_texts.h"
 #include "lists/list_files.h"
 #include "lists/list_table.h"
@@ -10,6 +12,7 @@
 #include "tests/gui/panelfixture.h"
 #include "tests/gui/updatestick.h"
 
+#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
@@ -22,20 +25,18 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTextStream>
 #include <QTimer>
 #include <algorithm>
-#include <cstdio>
 #include <tuple>
 
 using namespace Kavor::HandheldGui;
 
 namespace {
 
-/// Takes the pictures: the window with whatever stands above it, as the instrument's screen composes them.
-class Gallery {
+/// Leads the panel to a state and shows it to the visitor.
+class Guide {
 public:
-    explicit Gallery(const QString& folder) : m_folder(folder) {}
+    Guide(const PanelTour::Visit& visit, int& count) : m_visit(visit), m_count(count) {}
 
     void start(const PanelFixture::Setup& setup = PanelFixture::Setup()) {
         m_panel.reset();
@@ -50,6 +51,12 @@ public:
 
     PanelFixture& panel() { return *m_panel; }
 
+    /// A way that cannot be gone is a fault of the tour or of the panel.
+    void press(const QString& name) {
+        if (!panel().press(name))
+            qFatal("%s cannot be pressed.", qPrintable(name));
+    }
+
     void module(const std::function<void(ChannelRecord&)>& change) {
         panel().module().modify(0, change);
         panel().window().refreshFromModule();
@@ -57,32 +64,35 @@ public:
 
     void shot(const QString& name, QWidget* above = nullptr) {
         QCoreApplication::processEvents();
-        const QWidget& window = panel().window();
-        QPixmap picture = panel().window().grab();
-        QPainter painter(&picture);
+        QWidget& window = panel().window();
+        const auto onScreen = [&window](const QWidget& widget) {
+            return widget.mapToGlobal(QPoint()) - window.mapToGlobal(QPoint());
+        };
+        QWidget& shown = above ? *above : window;
+        PanelTour::Stop stop{name, &shown, onScreen(shown), window.grab(), QRect()};
+        QPainter painter(&stop.picture);
         if (above)
-            painter.drawPixmap(above->mapToGlobal(QPoint()) - window.mapToGlobal(QPoint()), above->grab());
+            painter.drawPixmap(stop.origin, above->grab());
         ToastOverlay* toast = panel().window().toast();
         if (toast->isTelling()) {
             QPixmap bubble(toast->size());
             bubble.fill(Qt::transparent);
             toast->graphicsEffect()->setEnabled(false);
             toast->render(&bubble, QPoint(), QRegion(), QWidget::DrawChildren);
-            painter.setClipRegion(toast->mask().translated(toast->pos() - window.pos()));
-            painter.drawPixmap(toast->pos() - window.pos(), bubble);
+            stop.toast = QRect(onScreen(*toast), toast->size());
+            painter.setClipRegion(toast->mask().translated(stop.toast.topLeft()));
+            painter.drawPixmap(stop.toast.topLeft(), bubble);
         }
         painter.end();
-        save(name, picture);
+        visit(stop);
     }
 
-    void save(const QString& name, const QPixmap& picture) {
-        const QString file = name + QStringLiteral(".png");
-        if (!picture.save(QDir(m_folder).filePath(file)))
-            qFatal("%s cannot be written.", qPrintable(file));
-        m_names << name;
+    void visit(const PanelTour::Stop& stop) {
+        ++m_count;
+        m_visit(stop);
     }
 
-    /// Opens a dialog by pressing, pictures it and rejects it.
+    /// Opens a dialog by pressing, shows it and rejects it.
     void dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
         panel().dialogs().expect(kind, QString(), [this, name](QDialog& dialog) {
             shot(name, &dialog);
@@ -92,42 +102,28 @@ public:
         QCoreApplication::processEvents(); // some boxes come from the event loop
     }
 
-    void writeIndex() {
-        QFile index(QDir(m_folder).filePath(QStringLiteral("index.html")));
-        if (!index.open(QIODevice::WriteOnly | QIODevice::Text))
-            qFatal("index.html cannot be written.");
-        QTextStream out(&index);
-        out << "<!doctype html><meta charset=\"utf-8\"><title>Panel pictures</title>\n"
-               "<style>body{background:#222;color:#ddd;font-family:sans-serif}img{width:640px;margin:4px}"
-               "figure{display:inline-block;margin:8px}</style>\n";
-        for (const QString& name : m_names)
-            out << "<figure><img src=\"" << name << ".png\"><figcaption>" << name << "</figcaption></figure>\n";
-    }
-
-    int count() const { return m_names.size(); }
-
 private:
-    QString m_folder;
-    QStringList m_names;
+    const PanelTour::Visit& m_visit;
+    int& m_count;
     std::unique_ptr<PanelFixture> m_panel;
 };
 
-void cwPictures(Gallery& g) {
+void cwStops(Guide& g) {
     g.start();
     g.shot("cw-rf-off");
-    g.panel().press("rfOn");
-    g.panel().press("enableAM");
-    g.panel().press("modOn");
+    g.press("rfOn");
+    g.press("enableAM");
+    g.press("modOn");
     g.shot("cw-am-running");
-    g.panel().press("modOff");
-    g.panel().press("sourceExternal");
+    g.press("modOff");
+    g.press("sourceExternal");
     g.shot("cw-am-external");
     for (const char* tab : {"FM", "PM", "Pulse"}) {
-        g.panel().press(QString("tab") + tab);
+        g.press(QString("tab") + tab);
         g.shot(QString("cw-tab-") + QString(tab).toLower());
     }
-    g.panel().press("tabFM");
-    g.panel().press("enableFM");
+    g.press("tabFM");
+    g.press("enableFM");
     g.shot("cw-conflict");
     g.start();
     g.panel().enter("cwFrequency", "7", "keyUnit0");
@@ -140,11 +136,17 @@ void cwPictures(Gallery& g) {
     box->hidePopup();
 }
 
-void keyboardPictures(Gallery& g) {
+void keyboardStops(Guide& g) {
     g.start();
-    g.dialogShot("keyboard-frequency", DialogKind::Keyboard, [&g] { g.panel().press("cwFrequency"); });
-    g.dialogShot("keyboard-power", DialogKind::Keyboard, [&g] { g.panel().press("cwPower"); });
-    g.dialogShot("keyboard-phase", DialogKind::Keyboard, [&g] { g.panel().press("cwPhase"); });
+    g.dialogShot("keyboard-frequency", DialogKind::Keyboard, [&g] { g.press("cwFrequency"); });
+    g.dialogShot("keyboard-power", DialogKind::Keyboard, [&g] { g.press("cwPower"); });
+    g.dialogShot("keyboard-phase", DialogKind::Keyboard, [&g] { g.press("cwPhase"); });
+    g.press("tabAM");
+    g.dialogShot("keyboard-percent", DialogKind::Keyboard, [&g] { g.press("amDepth"); });
+    g.press("tabPulse");
+    g.dialogShot("keyboard-time", DialogKind::Keyboard, [&g] { g.press("pulseWidth"); });
+    g.press("funcSweep");
+    g.dialogShot("keyboard-number", DialogKind::Keyboard, [&g] { g.press("frswSteps"); });
     g.dialogShot("keyboard-address", DialogKind::Keyboard, [&g] {
         VirtKeyboard keyboard(&g.panel().window(), "Enter static IP for device", QString(), "192.168.1.20");
         keyboard.setIPMask();
@@ -157,19 +159,39 @@ void keyboardPictures(Gallery& g) {
     });
 }
 
-void pagePictures(Gallery& g) {
+void pageStops(Guide& g) {
     g.start();
     for (const char* page : {"Sweep", "List", "RunMode", "System", "About"}) {
-        g.panel().press(QString("func") + page);
+        g.press(QString("func") + page);
         g.shot(QString("page-") + QString(page).toLower());
     }
-    g.panel().press("funcCw");
-    g.panel().press("tabPattern");
+    g.press("funcCw");
+    g.press("tabPattern");
     g.shot("page-pattern");
+    g.press("funcRunMode");
+    g.press("runTrigger");
+    g.shot("runmode-trigger");
+    g.press("sourceTimer");
+    g.press("advanceStep");
+    g.press("slopeNegative");
+    g.shot("runmode-timer");
+    g.press("funcSweep");
+    g.press("tabPrsw");
+    g.shot("sweep-power");
+    g.press("rfOn");
+    g.press("prswEnable");
+    g.press("modOn");
+    g.shot("sweep-power-running");
+    for (const char* pressed : {"rfOff", "modOff", "funcList", "prswExport", "tabFrsw"}) {
+        auto* button = g.panel().widget<QAbstractButton>(pressed);
+        button->setDown(true);
+        g.shot(QString("pressed-") + pressed);
+        button->setDown(false);
+    }
 }
 
 /// A folder of saved configurations and a network with long names.
-void systemPictures(Gallery& g) {
+void systemStops(Guide& g) {
     QTemporaryDir home;
     qputenv("VELDA_HOME", QFile::encodeName(home.path()));
     PanelFixture::Setup setup;
@@ -180,8 +202,8 @@ void systemPictures(Gallery& g) {
         return facts;
     };
     g.start(setup);
-    g.panel().press("funcSystem");
-    g.panel().press("sysRecall");
+    g.press("funcSystem");
+    g.press("sysRecall");
     g.shot("system-recall-empty");
     const QString folder = home.path() + "/kavor/preset/preset/";
     QDir().mkpath(folder);
@@ -190,24 +212,24 @@ void systemPictures(Gallery& g) {
         if (!file.open(QIODevice::WriteOnly))
             qFatal("%s cannot be written.", qPrintable(file.fileName()));
     }
-    g.panel().press("configurationsBack");
-    g.panel().press("sysStore");
+    g.press("configurationsBack");
+    g.press("sysStore");
     g.shot("system-store");
-    g.panel().press("configurationsBack");
-    g.panel().press("sysErase");
+    g.press("configurationsBack");
+    g.press("sysErase");
     g.shot("system-erase");
     g.dialogShot("system-preset-question", DialogKind::Question, [&g] {
-        g.panel().press("configurationsBack");
-        g.panel().press("sysPreset");
+        g.press("configurationsBack");
+        g.press("sysPreset");
     });
-    g.panel().press("sysLan");
+    g.press("sysLan");
     if (!QTest::qWaitFor([&g] { return !g.panel().text("lanHostName").isEmpty(); }, 5000))
         qFatal("The network is not read.");
     g.shot("system-lan");
     g.panel().enter("lanPort", "5025");
-    g.panel().press("lanDynamic");
+    g.press("lanDynamic");
     g.shot("system-lan-edited");
-    g.panel().press("lanBack");
+    g.press("lanBack");
     g.module([](ChannelRecord& r) {
         for (auto* text : {&r.model, &r.serial, &r.options, &r.firmwareVersion, &r.calibrationDate})
             qstrncpy(*text, "PM,SWEEP,LIST,PATTERN,PULSE,OCX", sizeof *text);
@@ -218,9 +240,9 @@ void systemPictures(Gallery& g) {
         qstrncpy(r.referenceOscillator, "100MHz", sizeof r.referenceOscillator);
     });
     g.shot("system-long-texts-no-battery");
-    g.panel().press("funcAbout");
+    g.press("funcAbout");
     g.shot("about-long-texts");
-    g.panel().press("funcSystem");
+    g.press("funcSystem");
     g.panel().dialogs().expectButton(DialogKind::Critical, "Low Battery", QMessageBox::Ok);
     g.module([](ChannelRecord& r) { r.batteryCharge = 0; });
     if (!QTest::qWaitFor([&g] { return g.panel().widget<QWidget>("sysBatteryEmpty")->isVisible(); }, 5000))
@@ -231,11 +253,11 @@ void systemPictures(Gallery& g) {
 
 /// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list
 /// screens.
-void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way) {
+void stepListStops(Guide& g, const QString& prefix, const QStringList& way) {
     g.start();
     PanelFixture& panel = g.panel();
     for (const QString& button : way)
-        panel.press(button);
+        g.press(button);
     const auto name = [&prefix](const char* part) {
         return prefix + QLatin1Char('-') + QLatin1String(part);
     };
@@ -247,7 +269,7 @@ void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way)
     auto* table = panel.widget<ListTable>(prefix + "Table");
     for (int row = 0; row < first.size(); ++row) {
         if (row > 0)
-            panel.press(prefix + "Add");
+            g.press(prefix + "Add");
         const auto edit = [&](int column, const QString& number, const QString& key) {
             panel.dialogs().expectNumber(QString(), number, key);
             table->requestEdit(row, column);
@@ -274,18 +296,18 @@ void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way)
     g.shot(name("out-of-range"));
     panel.window().toast()->hideImmediate();
     if (list) {
-        panel.press("listDwellFixed");
+        g.press("listDwellFixed");
         g.shot(name("fixed-dwell"));
         panel.enter("listFixedDwell", "1", "keyUnit3");
         g.shot(name("fixed-dwell-second"));
         panel.enter("listFixedDwell", "200", "keyUnit3");
         g.shot(name("fixed-dwell-out-of-range"));
         panel.window().toast()->hideImmediate();
-        g.dialogShot(name("question-new"), DialogKind::Question, [&] { panel.press("listNew"); });
+        g.dialogShot(name("question-new"), DialogKind::Question, [&] { g.press("listNew"); });
     }
-    g.dialogShot(name("uploaded"), DialogKind::Information, [&] { panel.press(prefix + "Upload"); });
+    g.dialogShot(name("uploaded"), DialogKind::Information, [&] { g.press(prefix + "Upload"); });
     for (const char* file : {"hop", "Band III-2", "scan_long"}) {
-        panel.press(prefix + "Save");
+        g.press(prefix + "Save");
         panel.dialogs().expect(DialogKind::Keyboard, QString(), [file](QDialog& dialog) {
             for (const QChar c : QString(file))
                 QTest::keyClick(&dialog, c.toLatin1());
@@ -294,36 +316,41 @@ void stepListPictures(Gallery& g, const QString& prefix, const QStringList& way)
         panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1);
     }
     g.shot(name("saved"));
-    panel.press(prefix + "Save");
+    g.press(prefix + "Save");
     g.shot(name("files-save"));
     g.dialogShot(name("keyboard-filename"), DialogKind::Keyboard,
                  [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1); });
     g.dialogShot(name("question-overwrite"), DialogKind::Question,
                  [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(1, 1); });
-    panel.press(prefix + "Cancel");
+    g.press(prefix + "Cancel");
     const QString folder = panel.home() + "/kavor/" + prefix + "/1/";
     for (int i = 0; i < 12; ++i)
         QFile::copy(folder + "hop.json", folder + QString("scan %1.json").arg(i + 1));
     QFile::copy(folder + "hop.json", folder + "a " + QString(180, 'n') + ".json");
-    panel.press(prefix + "Load");
+    g.press(prefix + "Load");
     panel.widget<ListFiles>(prefix + "Files")->setCurrentCell(4, 1);
     g.shot(name("files-load"));
-    panel.press(prefix + "Cancel");
-    panel.press("rfOn");
-    panel.press(prefix + "Enable");
-    panel.press("modOn");
+    g.press(prefix + "Cancel");
+    g.press(prefix + "Delete");
+    g.shot(name("files-delete"));
+    g.dialogShot(name("question-delete"), DialogKind::Question,
+                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1); });
+    g.press(prefix + "Cancel");
+    g.press("rfOn");
+    g.press(prefix + "Enable");
+    g.press("modOn");
     g.shot(name("running"));
 }
 
 /// A stick with a package of each kind, what is asked about them, and how their installation shows and ends.
-void updatePictures(Gallery& g) {
+void updateStops(Guide& g) {
     UpdateStick stick;
     UpdatePackages updates;
     PanelFixture::Setup setup;
     setup.updateEntry = &updates;
     const auto openList = [&g](int packages) {
-        g.panel().press("funcSystem");
-        g.panel().press("sysUpdate");
+        g.press("funcSystem");
+        g.press("sysUpdate");
         const auto* list = g.panel().widget<QTableWidget>("fwList");
         if (!QTest::qWaitFor([&] { return list->rowCount() == packages; }, 5000))
             qFatal("The packages are not found.");
@@ -384,7 +411,7 @@ void updatePictures(Gallery& g) {
         g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical, [&] { boxes.failure(text); });
 }
 
-void headerPictures(Gallery& g) {
+void headerStops(Guide& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
     g.panel().window().set_battery_level(55);
@@ -400,12 +427,15 @@ void headerPictures(Gallery& g) {
     g.panel().module().stop();
     if (!QTest::qWaitFor([&g] { return !g.panel().handler().isLinkUp(); }, 5000))
         qFatal("The lost link is not noticed.");
-    g.shot("link-lost");
+    for (const char* page : {"Sweep", "List", "RunMode", "System", "About", "Cw"}) {
+        g.press(QString("func") + page);
+        g.shot(QString("link-lost-") + QString(page).toLower());
+    }
     g.panel().enter("cwPower", "1");
     g.shot("command-failure");
 }
 
-void boxPictures(Gallery& g) {
+void boxStops(Guide& g) {
     g.start();
     g.dialogShot("box-no-connection", DialogKind::Critical,
                  [&g] { g.panel().window().reportError("No connection to internal veldaX module. Please restart."); });
@@ -421,29 +451,23 @@ void boxPictures(Gallery& g) {
     QMovie movie(":/logo.gif");
     for (int frame = 0; frame < 18; ++frame) // a GIF is read forwards
         movie.jumpToNextFrame();
-    g.save("splash", movie.currentPixmap());
+    g.visit({"splash", nullptr, QPoint(), movie.currentPixmap(), QRect()});
 }
 
 } // namespace
 
-int main(int argc, char** argv) {
-    QApplication application(argc, argv);
-    if (application.arguments().size() != 2) {
-        std::fprintf(stderr, "usage: panel_gallery DIR\n");
-        return 2;
-    }
-    Gallery gallery(application.arguments().at(1));
-    cwPictures(gallery);
-    keyboardPictures(gallery);
-    pagePictures(gallery);
-    systemPictures(gallery);
+PanelTour::PanelTour(Visit visit) : m_visit(std::move(visit)) {}
 
-    stepListPictures(gallery, "list", {"funcList"});
-    stepListPictures(gallery, "pattern", {"funcCw", "tabPattern"});
-    updatePictures(gallery);
-    headerPictures(gallery);
-    boxPictures(gallery);
-    gallery.writeIndex();
-    std::printf("%d pictures\n", gallery.count());
-    return 0;
+void PanelTour::run() {
+    m_count = 0;
+    Guide guide(m_visit, m_count);
+    cwStops(guide);
+    keyboardStops(guide);
+    pageStops(guide);
+    systemStops(guide);
+    stepListStops(guide, "list", {"funcList"});
+    stepListStops(guide, "pattern", {"funcCw", "tabPattern"});
+    updateStops(guide);
+    headerStops(guide);
+    boxStops(guide);
 }

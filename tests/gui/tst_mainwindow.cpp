@@ -209,6 +209,23 @@ private slots:
         QCOMPARE(panel().toast(), QString("command send failure"));
     }
 
+    /// On every screen and uncovered, within a second of being noticed; it goes by itself, and nothing is sent for it.
+    void linkMark() {
+        allowMessages("\\[SCPI\\]");
+        panel().module().stop();
+        QTRY_VERIFY(!panel().handler().isLinkUp());
+        QTRY_VERIFY_WITH_TIMEOUT(shown("linkLost"), 1000);
+        const auto* mark = panel().widget<QWidget>("linkLost");
+        for (const char* page : {"funcSweep", "funcList", "funcRunMode", "funcSystem", "funcAbout", "funcCw"}) {
+            QVERIFY(panel().press(page));
+            QCOMPARE(window().childAt(mark->mapTo(&window(), mark->rect().center())), mark);
+        }
+        QVERIFY(panel().module().start());
+        QTRY_VERIFY(panel().handler().isLinkUp());
+        QTRY_VERIFY_WITH_TIMEOUT(!shown("linkLost"), 1000);
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
     void splashEndsAfterOnePass_data() {
         QTest::addColumn<QString>("movie");
         QTest::newRow("loops") << ":/logo.gif";

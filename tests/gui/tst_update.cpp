@@ -403,7 +403,6 @@ private slots:
                                                    .arg(QString(version).replace("\n", "\\n"), QString(200, 'P'))
                                                    .toUtf8());
         openList(1);
-        m_looks << LookRules::violations(panel().window());
         answer("Continue to update Firmware to version <h1>9</h1>WWW");
         expectFailure("Upgrade package not found:\n");
         QVERIFY(choose(0));
