@@ -33,7 +33,9 @@ void CheckRow::paintEvent(QPaintEvent*) {
     painter.setFont(font());
     painter.drawText(QRect(0, 0, m_boxX, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
 
-    const QRectF box(m_boxX + 1, (height() - BoxSize) / 2.0 + 1, BoxSize - 2, BoxSize - 2);
+    const double inset = isDown() ? 4 : 1; // under the finger the box shrinks
+    const QRectF box =
+        QRectF(m_boxX, (height() - BoxSize) / 2.0, BoxSize, BoxSize).adjusted(inset, inset, -inset, -inset);
     const bool on = checkState() == Qt::Checked;
     const QRgb fill = !isEnabled() ? (on ? Style::FaintEdge : Style::Panel)
                       : on         ? (isDown() ? Style::ActiveDown : Style::Active)
@@ -45,9 +47,10 @@ void CheckRow::paintEvent(QPaintEvent*) {
     if (!on)
         return;
     QPainterPath tick;
-    tick.moveTo(box.left() + 9, box.top() + 22);
-    tick.lineTo(box.left() + 17, box.top() + 31);
-    tick.lineTo(box.left() + 34, box.top() + 11);
+    const QPointF middle = box.center();
+    tick.moveTo(middle + QPointF(-12, 1));
+    tick.lineTo(middle + QPointF(-4, 10));
+    tick.lineTo(middle + QPointF(13, -10));
     painter.setBrush(Qt::NoBrush);
     painter.setPen(
         QPen(QColor(isEnabled() ? Style::OnActive : Style::Label), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));

@@ -173,7 +173,7 @@ void VKButton::paintEvent(QPaintEvent*) {
 
     painter.setFont(captionFont());
     painter.setPen(QColor(colours.text));
-    painter.drawText(rect(), Qt::AlignCenter, caption());
+    painter.drawText(rect().translated(0, m_pressedLook ? 2 : 0), Qt::AlignCenter, caption());
 }
 
 } // namespace Kavor::HandheldGui

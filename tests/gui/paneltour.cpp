@@ -87,6 +87,14 @@ public:
         visit(stop);
     }
 
+    /// A button under the finger.
+    void pressedShot(const QString& name) {
+        auto* button = panel().widget<QAbstractButton>(name);
+        button->setDown(true);
+        shot(QStringLiteral("pressed-") + name);
+        button->setDown(false);
+    }
+
     void visit(const PanelTour::Stop& stop) {
         ++m_count;
         m_visit(stop);
@@ -179,15 +187,12 @@ void pageStops(Guide& g) {
     g.press("tabPrsw");
     g.shot("sweep-power");
     g.press("rfOn");
+    g.pressedShot("prswEnable");
     g.press("prswEnable");
     g.press("modOn");
     g.shot("sweep-power-running");
-    for (const char* pressed : {"rfOff", "modOff", "funcList", "prswExport", "tabFrsw"}) {
-        auto* button = g.panel().widget<QAbstractButton>(pressed);
-        button->setDown(true);
-        g.shot(QString("pressed-") + pressed);
-        button->setDown(false);
-    }
+    for (const char* name : {"rfOff", "modOn", "funcList", "prswExport", "tabFrsw"})
+        g.pressedShot(name);
 }
 
 /// A folder of saved configurations and a network with long names.

@@ -27,6 +27,9 @@ namespace {
 
 using namespace Style;
 
+/// Under the finger a text sinks, so that a press is seen without colours too.
+const QString Sunk = QStringLiteral("padding-top: 4px;");
+
 /// Qt 5 divides the weight of a style sheet by eight: 504 is its demi-bold, 63.
 QString font(int pixels, bool strong = false) {
     return QStringLiteral("font-family: \"Segoe UI\"; font-size: %1px; font-weight: %2;")
@@ -55,13 +58,13 @@ QString filledButton(QRgb text, QRgb fill, QRgb down, const QString& variant = Q
     const QString selector = QStringLiteral("QPushButton") + variant;
     return rule(selector, colours(text, fill) + border(2, fill) + font(TextLabel, true)) +
            rule(selector + QStringLiteral(":pressed"),
-                QStringLiteral("background-color: %1;").arg(css(down)) + border(2, Text));
+                QStringLiteral("background-color: %1;").arg(css(down)) + border(2, Text) + Sunk);
 }
 
 QString raisedButton() {
     return rule(QStringLiteral("QPushButton"), colours(Text, Raised) + border(2, FaintEdge) + font(TextLabel)) +
            rule(QStringLiteral("QPushButton:pressed"),
-                QStringLiteral("background-color: %1;").arg(css(RaisedDown)) + border(2, Active)) +
+                QStringLiteral("background-color: %1;").arg(css(RaisedDown)) + border(2, Active) + Sunk) +
            disabledButton();
 }
 
