@@ -37,113 +37,34 @@ private slots:
         QTest::addColumn<QString>("toast");
 
         const QString none;
-        QTest::newRow("frequency normalises") << none << "cwFrequency"
-                                              << "1500"
-                                              << "keyUnit1"
-                                              << ":FREQ 1500000000.000"
-                                              << "1.500000000000"
-                                              << "GHz" << none;
-        QTest::newRow("frequency to a millihertz") << none << "cwFrequency"
-                                                   << "100000.0015"
-                                                   << "keyUnit2"
-                                                   << ":FREQ 100000001.500"
-                                                   << "100.000001500"
-                                                   << "MHz" << none;
-        QTest::newRow("frequency too low") << none << "cwFrequency"
-                                           << "1"
-                                           << "keyUnit2" << none << "1.000000"
-                                           << "KHz"
-                                           << "Valid CW frequency  range: 9 KHz to 6 GHz";
-        QTest::newRow("power") << none << "cwPower"
-                               << "-7.5"
-                               << "keyEnter"
-                               << ":POW -7.5000"
-                               << "-7.50" << none << none;
-        QTest::newRow("power in dBµV") << none << "cwPower"
-                                       << "107"
-                                       << "keyUnit1"
-                                       << ":POW 0.0103"
-                                       << "0.01" << none << none;
-        QTest::newRow("power out of range")
-            << none << "cwPower"
-            << "90"
-            << "keyEnter" << none << "90.00" << none << "Valid CW Power  range: -60 dBm to 20 dBm";
-        QTest::newRow("no voltage") << none << "cwPower"
-                                    << "0"
-                                    << "keyUnit3" << none << "-10.00" << none
-                                    << "mV and µV values must be greater than zero";
-        QTest::newRow("phase") << none << "cwPhase"
-                               << "12.5"
-                               << "keyEnter"
-                               << ":PHAS 12.500"
-                               << "12.500" << none << none;
-        QTest::newRow("no number") << none << "cwPhase"
-                                   << "."
-                                   << "keyBack keyBack keyEnter" << none << "0.000" << none << "Invalid numeric value";
-        QTest::newRow("AM rate") << "AM"
-                                 << "amFrequency"
-                                 << "2.5"
-                                 << "keyUnit1"
-                                 << ":AM:INT:FREQ 2500.000"
-                                 << "2.500000"
-                                 << "KHz" << none;
-        QTest::newRow("AM depth") << "AM"
-                                  << "amDepth"
-                                  << "30"
-                                  << "keyEnter"
-                                  << ":AM:DEPT 30.0"
-                                  << "30.0" << none << none;
-        QTest::newRow("AM depth is rounded to the wire") << "AM"
-                                                         << "amDepth"
-                                                         << "30.26"
-                                                         << "keyEnter"
-                                                         << ":AM:DEPT 30.3"
-                                                         << "30.3" << none << none;
-        QTest::newRow("AM depth out of range") << "AM"
-                                               << "amDepth"
-                                               << "101"
-                                               << "keyEnter" << none << "101.0" << none << "Range 0% to 100%";
-        QTest::newRow("FM rate takes whole hertz") << "FM"
-                                                   << "fmFrequency"
-                                                   << "1000.4"
-                                                   << "keyUnit2"
-                                                   << ":FM:INT:FREQ 1000"
-                                                   << "1.000000"
-                                                   << "KHz" << none;
-        QTest::newRow("FM deviation") << "FM"
-                                      << "fmDeviation"
-                                      << "75"
-                                      << "keyUnit1"
-                                      << ":FM:DEV 75000.000"
-                                      << "75.000000"
-                                      << "KHz" << none;
-        QTest::newRow("PM rate") << "PM"
-                                 << "pmFrequency"
-                                 << "3"
-                                 << "keyUnit1"
-                                 << ":PM:INT:FREQ 3000.000000"
-                                 << "3.000000"
-                                 << "KHz" << none;
-        QTest::newRow("PM deviation") << "PM"
-                                      << "pmDeviation"
-                                      << "1.5"
-                                      << "keyEnter"
-                                      << ":PM:DEV 1.50"
-                                      << "1.5" << none << none;
-        QTest::newRow("pulse width") << "Pulse"
-                                     << "pulseWidth"
-                                     << "1.5"
-                                     << "keyUnit1"
-                                     << ":PULS:WIDT 0.000001500"
-                                     << "1.500"
-                                     << "µs" << none;
-        QTest::newRow("pulse rate") << "Pulse"
-                                    << "pulseRate"
-                                    << "10"
-                                    << "keyUnit1"
-                                    << ":PULS:FREQ 10000.000000000"
-                                    << "10.000000"
-                                    << "KHz" << none;
+        addRow("frequency normalises", none, "cwFrequency", "1500", "keyUnit1", ":FREQ 1500000000.000",
+               "1.500000000000", "GHz", none);
+        addRow("frequency to a millihertz", none, "cwFrequency", "100000.0015", "keyUnit2", ":FREQ 100000001.500",
+               "100.000001500", "MHz", none);
+        addRow("frequency too low", none, "cwFrequency", "1", "keyUnit2", none, "1.000000", "KHz",
+               "Valid CW frequency  range: 9 KHz to 6 GHz");
+        addRow("power", none, "cwPower", "-7.5", "keyEnter", ":POW -7.5000", "-7.50", none, none);
+        addRow("power in dBµV", none, "cwPower", "107", "keyUnit1", ":POW 0.0103", "0.01", none, none);
+        addRow("power out of range", none, "cwPower", "90", "keyEnter", none, "90.00", none,
+               "Valid CW Power  range: -60 dBm to 20 dBm");
+        addRow("no voltage", none, "cwPower", "0", "keyUnit3", none, "-10.00", none,
+               "mV and µV values must be greater than zero");
+        addRow("phase", none, "cwPhase", "12.5", "keyEnter", ":PHAS 12.500", "12.500", none, none);
+        addRow("no number", none, "cwPhase", ".", "keyBack keyBack keyEnter", none, "0.000", none,
+               "Invalid numeric value");
+        addRow("AM rate", "AM", "amFrequency", "2.5", "keyUnit1", ":AM:INT:FREQ 2500.000", "2.500000", "KHz", none);
+        addRow("AM depth", "AM", "amDepth", "30", "keyEnter", ":AM:DEPT 30.0", "30.0", none, none);
+        addRow("AM depth is rounded to the wire", "AM", "amDepth", "30.26", "keyEnter", ":AM:DEPT 30.3", "30.3", none,
+               none);
+        addRow("AM depth out of range", "AM", "amDepth", "101", "keyEnter", none, "101.0", none, "Range 0% to 100%");
+        addRow("FM rate takes whole hertz", "FM", "fmFrequency", "1000.4", "keyUnit2", ":FM:INT:FREQ 1000", "1.000000",
+               "KHz", none);
+        addRow("FM deviation", "FM", "fmDeviation", "75", "keyUnit1", ":FM:DEV 75000.000", "75.000000", "KHz", none);
+        addRow("PM rate", "PM", "pmFrequency", "3", "keyUnit1", ":PM:INT:FREQ 3000.000000", "3.000000", "KHz", none);
+        addRow("PM deviation", "PM", "pmDeviation", "1.5", "keyEnter", ":PM:DEV 1.50", "1.5", none, none);
+        addRow("pulse width", "Pulse", "pulseWidth", "1.5", "keyUnit1", ":PULS:WIDT 0.000001500", "1.500", "µs", none);
+        addRow("pulse rate", "Pulse", "pulseRate", "10", "keyUnit1", ":PULS:FREQ 10000.000000000", "10.000000", "KHz",
+               none);
     }
     void entries() {
         QFETCH(QString, tab);
@@ -239,9 +160,9 @@ private slots:
 
     void failures_data() {
         QTest::addColumn<int>("fault");
-        QTest::newRow("refused") << int(Sim::Fault::Refuse);
-        QTest::newRow("module keeps another value") << int(Sim::Fault::Keep);
-        QTest::newRow("silent") << int(Sim::Fault::Silent);
+        addRow("refused", int(Sim::Fault::Refuse));
+        addRow("module keeps another value", int(Sim::Fault::Keep));
+        addRow("silent", int(Sim::Fault::Silent));
     }
     void failures() {
         QFETCH(int, fault);
@@ -261,10 +182,10 @@ private slots:
     /// decides what the user is told.
     void theReadBackDecides_data() {
         QTest::addColumn<int>("fault");
-        QTest::newRow("answer lost") << int(Sim::Fault::Lost);
-        QTest::newRow("connection closed mid-reply") << int(Sim::Fault::Drop);
-        QTest::newRow("answer in pieces") << int(Sim::Fault::Split);
-        QTest::newRow("answered twice") << int(Sim::Fault::Double);
+        addRow("answer lost", int(Sim::Fault::Lost));
+        addRow("connection closed mid-reply", int(Sim::Fault::Drop));
+        addRow("answer in pieces", int(Sim::Fault::Split));
+        addRow("answered twice", int(Sim::Fault::Double));
     }
     void theReadBackDecides() {
         QFETCH(int, fault);
@@ -416,7 +337,7 @@ private slots:
     void offWhileModulationsStart_data() {
         QTest::addColumn<QString>("off");
         for (const char* off : {"rfOff", "modOff", "modulateOff"})
-            QTest::newRow(off) << off;
+            addRow(off, off);
     }
     void offWhileModulationsStart() {
         QFETCH(QString, off);
@@ -476,22 +397,14 @@ private slots:
     void namedSlots_data() {
         QTest::addColumn<QString>("editor");
         QTest::addColumn<QString>("sent");
-        QTest::newRow("bnSetFrequencyAM") << "amFrequency"
-                                          << ":AM:INT:FREQ 2000.000";
-        QTest::newRow("bnSetDepthAM") << "amDepth"
-                                      << ":AM:DEPT 2.0";
-        QTest::newRow("bnSetFrequencyFM") << "fmFrequency"
-                                          << ":FM:INT:FREQ 2000";
-        QTest::newRow("bnSetDeviationFM") << "fmDeviation"
-                                          << ":FM:DEV 2000.000";
-        QTest::newRow("bnSetFrequencyPM") << "pmFrequency"
-                                          << ":PM:INT:FREQ 2000.000000";
-        QTest::newRow("bnSetDeviationPM") << "pmDeviation"
-                                          << ":PM:DEV 2.00";
-        QTest::newRow("bnSetTimePulse") << "pulseWidth"
-                                        << ":PULS:WIDT 0.000002000";
-        QTest::newRow("onSetPulseFrequency") << "pulseRate"
-                                             << ":PULS:FREQ 2000.000000000";
+        addRow("bnSetFrequencyAM", "amFrequency", ":AM:INT:FREQ 2000.000");
+        addRow("bnSetDepthAM", "amDepth", ":AM:DEPT 2.0");
+        addRow("bnSetFrequencyFM", "fmFrequency", ":FM:INT:FREQ 2000");
+        addRow("bnSetDeviationFM", "fmDeviation", ":FM:DEV 2000.000");
+        addRow("bnSetFrequencyPM", "pmFrequency", ":PM:INT:FREQ 2000.000000");
+        addRow("bnSetDeviationPM", "pmDeviation", ":PM:DEV 2.00");
+        addRow("bnSetTimePulse", "pulseWidth", ":PULS:WIDT 0.000002000");
+        addRow("onSetPulseFrequency", "pulseRate", ":PULS:FREQ 2000.000000000");
     }
     void namedSlots() {
         QFETCH(QString, editor);

@@ -49,24 +49,15 @@ private slots:
         QTest::addColumn<int>("state");
         QTest::addColumn<QString>("page");
         QTest::addColumn<QString>("header"); // empty: as it was
-        QTest::newRow("CW") << int(STATE_CW) << "pageCw"
-                            << "   CW & Modulations Mode - Set the RF output and modulation Settings";
-        QTest::newRow("FRSW") << int(STATE_FRSW) << "pageSweep"
-                              << "   Sweep Mode - Create Frequency or Power sweep";
-        QTest::newRow("PRSW") << int(STATE_PRSW) << "pageSweep"
-                              << "   Sweep Mode - Create Frequency or Power sweep";
-        QTest::newRow("list files") << int(STATE_LIST_FILES) << "pageList"
-                                    << "   List Mode - Configure and upload frequency list";
-        QTest::newRow("pattern") << int(STATE_PATTERN) << "pagePattern"
-                                 << "   Pattern Mode - Create an on/off timing pattern";
-        QTest::newRow("run mode") << int(STATE_RUNMODE) << "pageRunMode"
-                                  << "   Run Mode";
-        QTest::newRow("system keeps the header") << int(STATE_SYSTEM) << "pageSystem"
-                                                 << "";
-        QTest::newRow("about keeps the header") << int(STATE_ABOUT) << "pageAbout"
-                                                << "";
-        QTest::newRow("AM is a tab, no screen") << int(STATE_AM) << ""
-                                                << "";
+        addRow("CW", int(STATE_CW), "pageCw", "   CW & Modulations Mode - Set the RF output and modulation Settings");
+        addRow("FRSW", int(STATE_FRSW), "pageSweep", "   Sweep Mode - Create Frequency or Power sweep");
+        addRow("PRSW", int(STATE_PRSW), "pageSweep", "   Sweep Mode - Create Frequency or Power sweep");
+        addRow("list files", int(STATE_LIST_FILES), "pageList", "   List Mode - Configure and upload frequency list");
+        addRow("pattern", int(STATE_PATTERN), "pagePattern", "   Pattern Mode - Create an on/off timing pattern");
+        addRow("run mode", int(STATE_RUNMODE), "pageRunMode", "   Run Mode");
+        addRow("system keeps the header", int(STATE_SYSTEM), "pageSystem", "");
+        addRow("about keeps the header", int(STATE_ABOUT), "pageAbout", "");
+        addRow("AM is a tab, no screen", int(STATE_AM), "", "");
     }
     void screens() {
         QFETCH(int, state);
@@ -99,15 +90,15 @@ private slots:
         QTest::addColumn<int>("current");
         QTest::addColumn<QString>("icon");
         QTest::addColumn<bool>("charging");
-        QTest::newRow("100") << 100 << -10 << ":/Battery5.png" << false;
-        QTest::newRow("81") << 81 << -10 << ":/Battery5.png" << false;
-        QTest::newRow("80") << 80 << -10 << ":/Battery4.png" << false;
-        QTest::newRow("60") << 60 << -10 << ":/Battery3.png" << false;
-        QTest::newRow("40") << 40 << -10 << ":/Battery2.png" << false;
-        QTest::newRow("11") << 11 << -10 << ":/Battery1.png" << false;
-        QTest::newRow("charging, 11") << 11 << 10 << ":/Battery1.png" << true;
-        QTest::newRow("charging, 10") << 10 << 10 << ":/Battery0.png" << true;
-        QTest::newRow("full, no current") << 100 << 0 << ":/Battery5.png" << true;
+        addRow("100", 100, -10, ":/Battery5.png", false);
+        addRow("81", 81, -10, ":/Battery5.png", false);
+        addRow("80", 80, -10, ":/Battery4.png", false);
+        addRow("60", 60, -10, ":/Battery3.png", false);
+        addRow("40", 40, -10, ":/Battery2.png", false);
+        addRow("11", 11, -10, ":/Battery1.png", false);
+        addRow("charging, 11", 11, 10, ":/Battery1.png", true);
+        addRow("charging, 10", 10, 10, ":/Battery0.png", true);
+        addRow("full, no current", 100, 0, ":/Battery5.png", true);
     }
     void batteryStates() {
         QFETCH(int, percent);
@@ -228,8 +219,8 @@ private slots:
 
     void splashEndsAfterOnePass_data() {
         QTest::addColumn<QString>("movie");
-        QTest::newRow("loops") << ":/logo.gif";
-        QTest::newRow("cannot be read") << ":/no-such-movie.gif";
+        addRow("loops", ":/logo.gif");
+        addRow("cannot be read", ":/no-such-movie.gif");
     }
     void splashEndsAfterOnePass() {
         QFETCH(QString, movie);

@@ -91,13 +91,13 @@ private slots:
     void screens_data() {
         QTest::addColumn<QStringList>("presses");
         for (const char* tab : {"tabAM", "tabFM", "tabPM", "tabPulse", "tabPattern"})
-            QTest::newRow(tab) << QStringList{"funcCw", tab};
+            addRow(tab, QStringList{"funcCw", tab});
         for (const char* page : {"funcSweep", "funcList", "funcRunMode", "funcSystem", "funcAbout"})
-            QTest::newRow(page) << QStringList{page};
-        QTest::newRow("trigger") << QStringList{"funcRunMode", "runTrigger"};
-        QTest::newRow("files") << QStringList{"funcList", "listLoad"};
-        QTest::newRow("LAN") << QStringList{"funcSystem", "sysLan"};
-        QTest::newRow("store") << QStringList{"funcSystem", "sysStore"};
+            addRow(page, QStringList{page});
+        addRow("trigger", QStringList{"funcRunMode", "runTrigger"});
+        addRow("files", QStringList{"funcList", "listLoad"});
+        addRow("LAN", QStringList{"funcSystem", "sysLan"});
+        addRow("store", QStringList{"funcSystem", "sysStore"});
     }
     void screens() {
         QFETCH(QStringList, presses);

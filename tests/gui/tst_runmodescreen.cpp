@@ -64,27 +64,13 @@ private slots:
         QTest::addColumn<QString>("sent");
         QTest::addColumn<QString>("rowAffected");
         QTest::addColumn<bool>("rowShown");
-        QTest::newRow("timer") << "sourceTimer"
-                               << ":TRIG:SOUR TIMer"
-                               << "trigTimer" << true;
-        QTest::newRow("external") << "sourceExt"
-                                  << ":TRIG:SOUR EXTernal"
-                                  << "trigTimer" << false;
-        QTest::newRow("bus") << "sourceBus"
-                             << ":TRIG:SOUR BUS"
-                             << "trigTimer" << false;
-        QTest::newRow("once") << "advanceOnce"
-                              << ":TRIG:ADV ONCe"
-                              << "trigCount" << true;
-        QTest::newRow("step") << "advanceStep"
-                              << ":TRIG:ADV STEP"
-                              << "trigCount" << false;
-        QTest::newRow("positive") << "slopePositive"
-                                  << ":TRIG:EDG POSitive"
-                                  << "" << false;
-        QTest::newRow("negative") << "slopeNegative"
-                                  << ":TRIG:EDG NEGative"
-                                  << "" << false;
+        addRow("timer", "sourceTimer", ":TRIG:SOUR TIMer", "trigTimer", true);
+        addRow("external", "sourceExt", ":TRIG:SOUR EXTernal", "trigTimer", false);
+        addRow("bus", "sourceBus", ":TRIG:SOUR BUS", "trigTimer", false);
+        addRow("once", "advanceOnce", ":TRIG:ADV ONCe", "trigCount", true);
+        addRow("step", "advanceStep", ":TRIG:ADV STEP", "trigCount", false);
+        addRow("positive", "slopePositive", ":TRIG:EDG POSitive", "", false);
+        addRow("negative", "slopeNegative", ":TRIG:EDG NEGative", "", false);
     }
     void choices() {
         QFETCH(QString, button);
@@ -113,60 +99,17 @@ private slots:
         QTest::addColumn<QString>("sent");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("toast");
-        QTest::newRow("delay") << "trigDelay"
-                               << "1.5"
-                               << "keyUnit1"
-                               << ":TRIG:DEL 0.0000015000"
-                               << "1.500"
-                               << "";
-        QTest::newRow("delay in the last unit") << "trigDelay"
-                                                << "2000"
-                                                << "keyUnit2"
-                                                << ":TRIG:DEL 2.0000000000"
-                                                << "2000.000000"
-                                                << "";
-        QTest::newRow("delay too long") << "trigDelay"
-                                        << "20000"
-                                        << "keyUnit2"
-                                        << ""
-                                        << "20000.000000"
-                                        << "Valid Trigger Delay  range: 0 ns to 10 s";
-        QTest::newRow("timer") << "trigTimer"
-                               << "5"
-                               << "keyUnit2"
-                               << ":TRIG:TIM:TIME 0.0050000000"
-                               << "5.000000"
-                               << "";
-        QTest::newRow("timer too short") << "trigTimer"
-                                         << "10"
-                                         << "keyUnit0"
-                                         << ""
-                                         << "10"
-                                         << "Valid Trigger Timer time  range: 1 µs to 1 s";
-        QTest::newRow("count is truncated") << "trigCount"
-                                            << "2.9"
-                                            << "keyEnter"
-                                            << ":TRIG:COUN 2"
-                                            << "2"
-                                            << "";
-        QTest::newRow("largest count") << "trigCount"
-                                       << "1000000"
-                                       << "keyEnter"
-                                       << ":TRIG:COUN 1000000"
-                                       << "1000000"
-                                       << "";
-        QTest::newRow("count too large") << "trigCount"
-                                         << "1000001"
-                                         << "keyEnter"
-                                         << ""
-                                         << "1000001"
-                                         << "Range 1 to 1000000";
-        QTest::newRow("count of nothing") << "trigCount"
-                                          << "0"
-                                          << "keyEnter"
-                                          << ""
-                                          << "0"
-                                          << "Range 1 to 1000000";
+        addRow("delay", "trigDelay", "1.5", "keyUnit1", ":TRIG:DEL 0.0000015000", "1.500", "");
+        addRow("delay in the last unit", "trigDelay", "2000", "keyUnit2", ":TRIG:DEL 2.0000000000", "2000.000000", "");
+        addRow("delay too long", "trigDelay", "20000", "keyUnit2", "", "20000.000000",
+               "Valid Trigger Delay  range: 0 ns to 10 s");
+        addRow("timer", "trigTimer", "5", "keyUnit2", ":TRIG:TIM:TIME 0.0050000000", "5.000000", "");
+        addRow("timer too short", "trigTimer", "10", "keyUnit0", "", "10",
+               "Valid Trigger Timer time  range: 1 µs to 1 s");
+        addRow("count is truncated", "trigCount", "2.9", "keyEnter", ":TRIG:COUN 2", "2", "");
+        addRow("largest count", "trigCount", "1000000", "keyEnter", ":TRIG:COUN 1000000", "1000000", "");
+        addRow("count too large", "trigCount", "1000001", "keyEnter", "", "1000001", "Range 1 to 1000000");
+        addRow("count of nothing", "trigCount", "0", "keyEnter", "", "0", "Range 1 to 1000000");
     }
     void entries() {
         QFETCH(QString, editor);

@@ -13,16 +13,11 @@ private slots:
         QTest::addColumn<double>("hertz");
         QTest::addColumn<QString>("unit");
         QTest::addColumn<QString>("text");
-        QTest::newRow("GHz") << 1.5e9 << "GHz"
-                             << "  Frequency: 1.500000000000 GHz";
-        QTest::newRow("MHz") << 1.5e9 << "MHz"
-                             << "  Frequency: 1500.000000000 MHz";
-        QTest::newRow("KHz") << 9000.001 << "KHz"
-                             << "  Frequency: 9.000001 KHz";
-        QTest::newRow("Hz") << 9000.001 << "Hz"
-                            << "  Frequency: 9000.001 Hz";
-        QTest::newRow("lower-case k is no unit") << 9000.0 << "kHz"
-                                                 << "  Frequency:  kHz";
+        addRow("GHz", 1.5e9, "GHz", "  Frequency: 1.500000000000 GHz");
+        addRow("MHz", 1.5e9, "MHz", "  Frequency: 1500.000000000 MHz");
+        addRow("KHz", 9000.001, "KHz", "  Frequency: 9.000001 KHz");
+        addRow("Hz", 9000.001, "Hz", "  Frequency: 9000.001 Hz");
+        addRow("lower-case k is no unit", 9000.0, "kHz", "  Frequency:  kHz");
     }
     void frequency() {
         QFETCH(double, hertz);
@@ -33,10 +28,10 @@ private slots:
     void mode_data() {
         QTest::addColumn<unsigned>("mask");
         QTest::addColumn<QString>("text");
-        QTest::newRow("none") << 0U << "Mode: CW";
-        QTest::newRow("two") << 0x21U << "Mode: AM, Pulse";
-        QTest::newRow("all") << 0xFFU << "Mode: AM, FM, PM, FRSW, PRSW, Pulse, List, Pattern";
-        QTest::newRow("bits above 7 are ignored") << 0x102U << "Mode: FM";
+        addRow("none", 0U, "Mode: CW");
+        addRow("two", 0x21U, "Mode: AM, Pulse");
+        addRow("all", 0xFFU, "Mode: AM, FM, PM, FRSW, PRSW, Pulse, List, Pattern");
+        addRow("bits above 7 are ignored", 0x102U, "Mode: FM");
     }
     void mode() {
         QFETCH(unsigned, mask);
@@ -47,12 +42,12 @@ private slots:
         QTest::addColumn<int>("requested");
         QTest::addColumn<int>("conflict");
         QTest::addColumn<QString>("text");
-        QTest::newRow("nothing enabled") << 0 << -1 << "no mudulation enabled";
-        QTest::newRow("AM comes first") << 0x02 << 0x05 << "cannot enable FM with AM on";
-        QTest::newRow("lowest bit in the way") << 0x08 << 0xF0 << "cannot enable FRSW with PRSW on";
-        QTest::newRow("the whole set") << 0 << 0x20 << "combination of modulation not supported";
-        QTest::newRow("unknown bits only") << 0x01 << 0x100 << "";
-        QTest::newRow("unknown bits only, whole set") << 0 << 0x100 << "";
+        addRow("nothing enabled", 0, -1, "no mudulation enabled");
+        addRow("AM comes first", 0x02, 0x05, "cannot enable FM with AM on");
+        addRow("lowest bit in the way", 0x08, 0xF0, "cannot enable FRSW with PRSW on");
+        addRow("the whole set", 0, 0x20, "combination of modulation not supported");
+        addRow("unknown bits only", 0x01, 0x100, "");
+        addRow("unknown bits only, whole set", 0, 0x100, "");
     }
     void conflict() {
         QFETCH(int, requested);

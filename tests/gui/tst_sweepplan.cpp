@@ -40,7 +40,7 @@ private slots:
         // From 1000 to 2000 in 11 steps (100 apart) of 50 ns each; stop 0 to 5000, times 10 to 100, total to 1000.
         const auto row = [](const char* name, SweepField field, double value, const char* stopEntered,
                             const char* sizeEntered) {
-            QTest::newRow(name) << static_cast<int>(field) << value << QString(stopEntered) << QString(sizeEntered);
+            addRow(name, static_cast<int>(field), value, QString(stopEntered), QString(sizeEntered));
         };
         row("start", SweepField::Start, 500, "start 500", "start 500, stop 1500");
         row("start, as it is", SweepField::Start, 1000, "start 1000", "start 1000");

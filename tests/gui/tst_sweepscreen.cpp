@@ -70,7 +70,7 @@ private slots:
         QTest::addColumn<QString>("toast");
         const auto row = [](const char* name, const char* page, bool sizeEntered, const char* field, const char* number,
                             const char* endKey, const QStringList& sent, const char* toast = "") {
-            QTest::newRow(name) << page << sizeEntered << field << number << endKey << sent << toast;
+            addRow(name, page, sizeEntered, field, number, endKey, sent, toast);
         };
         row("start", "frsw", false, "Start", "1.5", "keyUnit0", {":FRSW:STAR 1500000000.000"});
         row("start below the range", "frsw", false, "Start", "1", "keyUnit2", {},

@@ -40,7 +40,7 @@ private slots:
         QTest::addColumn<int>("shown");
         const auto row = [](const char* tag, int row, int offered, bool isCanonical, double value, int index,
                             double canonical, const QString& text, int shown) {
-            QTest::newRow(tag) << row << offered << isCanonical << value << index << canonical << text << shown;
+            addRow(tag, row, offered, isCanonical, value, index, canonical, text, shown);
         };
         row("1500 MHz", 0, 4, false, 1500, 1, 1.5e9, "1.500000000000", 0);
         row("0 GHz", 0, 4, false, 0, 0, 0, "0.000", 3);
@@ -95,11 +95,10 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("shown");
         QTest::addColumn<QString>("message");
-        QTest::newRow("frequency high") << 0 << 7000.0 << "7.000000000000" << 0 << "Valid Start  range: 9 KHz to 6 GHz";
-        QTest::newRow("frequency low") << 0 << 0.001 << "1.000000" << 2 << "Valid Start  range: 9 KHz to 6 GHz";
-        QTest::newRow("time high") << kTime << 7e6 << "7.000000000" << 3
-                                   << QString("Valid Start  range: 9 %1s to 6 s").arg(QChar(0xB5));
-        QTest::newRow("not a number") << 0 << double(NAN) << "nan" << 0 << "Valid Start  range: 9 KHz to 6 GHz";
+        addRow("frequency high", 0, 7000.0, "7.000000000000", 0, "Valid Start  range: 9 KHz to 6 GHz");
+        addRow("frequency low", 0, 0.001, "1.000000", 2, "Valid Start  range: 9 KHz to 6 GHz");
+        addRow("time high", kTime, 7e6, "7.000000000", 3, QString("Valid Start  range: 9 %1s to 6 s").arg(QChar(0xB5)));
+        addRow("not a number", 0, double(NAN), "nan", 0, "Valid Start  range: 9 KHz to 6 GHz");
     }
 
     void outOfRangeStaysVisibleBesideItsMessage() {

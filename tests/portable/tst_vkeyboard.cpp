@@ -66,7 +66,7 @@ private slots:
         Mode mode = Mode::Number;
         const auto row = [&mode](const char* tag, const QString& value, const QString& keys, const QString& text,
                                  int cursor, const QString& selected = QString()) {
-            QTest::newRow(tag) << mode << value << keys << text << cursor << selected;
+            addRow(tag, mode, value, keys, text, cursor, selected);
         };
         row("opens with the value", "1.5", "", "1.5", 3);
         row("first digit replaces", "1.5", "7", "7", 1);
@@ -172,6 +172,11 @@ private slots:
         QVERIFY(!board.key("Unit1")->isChosen());
         QVERIFY(board.key("Unit2")->isChosen());
         QCOMPARE(board.dialog->geometry(), QRect(244, 24, 792, 752));
+
+        const Board longest("-1500000000.123456789012", Mode::Number, {"GHz"});
+        const QLineEdit* entry = longest.entry();
+        QVERIFY(entry->fontMetrics().horizontalAdvance(entry->text()) < entry->width());
+        QVERIFY(entry->fontMetrics().capHeight() >= 28);
     }
 
     void ends_data() {
@@ -180,11 +185,11 @@ private slots:
         QTest::addColumn<int>("result");
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("unit");
-        QTest::newRow("enter") << "7 Enter" << int(QDialog::Accepted) << "7" << "MHz";
-        QTest::newRow("enter at once") << "Enter" << int(QDialog::Accepted) << "1.5" << "MHz";
-        QTest::newRow("unit") << "7 Unit1" << int(QDialog::Accepted) << "7" << "KHz";
-        QTest::newRow("blank unit") << "7 Unit2" << int(QDialog::Accepted) << "7" << "MHz";
-        QTest::newRow("esc") << "7 Esc" << int(QDialog::Rejected) << "before" << "MHz";
+        addRow("enter", "7 Enter", int(QDialog::Accepted), "7", "MHz");
+        addRow("enter at once", "Enter", int(QDialog::Accepted), "1.5", "MHz");
+        addRow("unit", "7 Unit1", int(QDialog::Accepted), "7", "KHz");
+        addRow("blank unit", "7 Unit2", int(QDialog::Accepted), "7", "MHz");
+        addRow("esc", "7 Esc", int(QDialog::Rejected), "before", "MHz");
         // clang-format on
     }
 
@@ -278,7 +283,7 @@ private slots:
     void actsOnceWhereTouchAndMouseReportTheSamePress_data() {
         QTest::addColumn<QString>("order"); // t, T touch down, up; m, M mouse
         for (const char* order : {"tT", "mM", "tmTM", "mtTM", "tmMT", "mtMT", "tTmM", "mMtT"})
-            QTest::newRow(order) << order;
+            addRow(order, order);
     }
 
     void actsOnceWhereTouchAndMouseReportTheSamePress() {
@@ -306,44 +311,6 @@ private slots:
         QTest::mouseDClick(board.key("6"), Qt::LeftButton);
         QTest::mouseRelease(board.key("6"), Qt::LeftButton);
         QCOMPARE(board.entry()->text(), QString("55566"));
-    }
-
-    void keysClearOfEachOtherAndLargeEnough_data() {
-        QTest::addColumn<Mode>("mode");
-        QTest::addColumn<QStringList>("units");
-        QTest::newRow("four units") << Mode::Number << QStringList{"GHz", "MHz", "KHz", "Hz"};
-        QTest::newRow("three units") << Mode::Number << QStringList{"ns", "ms", "s"};
-        QTest::newRow("no unit") << Mode::Number << QStringList();
-        QTest::newRow("address") << Mode::Address << QStringList();
-        QTest::newRow("text") << Mode::Text << QStringList();
-    }
-
-    void keysClearOfEachOtherAndLargeEnough() {
-        QFETCH(Mode, mode);
-        QFETCH(QStringList, units);
-        const Board board("-1500000000.123456789012", mode, units);
-        const QRect inner = board.dialog->rect().adjusted(8, 8, -8, -8);
-        QVERIFY(board.window.geometry().contains(board.dialog->geometry()));
-        QList<VKButton*> keys;
-        for (VKButton* key : board.dialog->findChildren<VKButton*>()) {
-            if (key->isVisible())
-                keys << key;
-        }
-        for (const VKButton* key : qAsConst(keys)) {
-            const bool wide = key->objectName() == "keyEsc" || key->objectName() == "keyEnter";
-            const int side = std::min(key->width(), key->height());
-            QVERIFY2(side >= (wide ? 80 : 104), qPrintable(key->objectName()));
-            QVERIFY2(inner.contains(key->geometry()), qPrintable(key->objectName()));
-            for (const VKButton* other : qAsConst(keys)) {
-                const QRect around = key->geometry().adjusted(-12, -12, 12, 12);
-                QVERIFY2(key == other || !around.intersects(other->geometry()),
-                         qPrintable(key->objectName() + " " + other->objectName()));
-            }
-        }
-        const QLineEdit* entry = board.entry();
-        const QString shown = mode == Mode::Number ? entry->text() : QString("255.255.255.255");
-        QVERIFY(entry->fontMetrics().horizontalAdvance(shown) < entry->width());
-        QVERIFY(entry->fontMetrics().capHeight() >= 28);
     }
 
 private:

@@ -120,7 +120,7 @@ private slots:
         const auto row = [](const char* tag, const QString& kind, const QStringList& units, int index,
                             const QString& before, const QString& keys, const QString& after, int boxAfter,
                             int emitted) {
-            QTest::newRow(tag) << kind << units << index << before << keys << after << boxAfter << emitted;
+            addRow(tag, kind, units, index, before, keys, after, boxAfter, emitted);
         };
         row("enter keeps the unit", "frequency", hertz, 1, "1.5", "7 5 Enter", "75", 1, 1);
         row("unit key", "frequency", hertz, 1, "1.5", "7 5 Unit0", "75", 0, 1);
@@ -190,11 +190,11 @@ private slots:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("unit");
         QTest::addColumn<QStringList>("keys");
-        QTest::newRow("frequency") << "frequency" << "KHz" << QStringList{"MHz", "*KHz", "Hz"};
-        QTest::newRow("power") << "power" << "dBm" << QStringList{"*dBm", QString("dB%1").arg(kMicroVolt), kMicroVolt, "mV"};
-        QTest::newRow("percent") << "percent" << "%" << QStringList();
-        QTest::newRow("phase") << "phase" << QString(QChar(0xB0)) << QStringList();
-        QTest::newRow("number") << "number" << "" << QStringList();
+        addRow("frequency", "frequency", "KHz", QStringList{"MHz", "*KHz", "Hz"});
+        addRow("power", "power", "dBm", QStringList{"*dBm", QString("dB%1").arg(kMicroVolt), kMicroVolt, "mV"});
+        addRow("percent", "percent", "%", QStringList());
+        addRow("phase", "phase", QString(QChar(0xB0)), QStringList());
+        addRow("number", "number", "", QStringList());
         // clang-format on
     }
 
@@ -262,9 +262,9 @@ private slots:
     void doesNotOpen_data() {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("enabled");
-        QTest::newRow("frequency without box") << "frequency" << true;
-        QTest::newRow("time without box") << "time" << true;
-        QTest::newRow("disabled") << "number" << false;
+        addRow("frequency without box", "frequency", true);
+        addRow("time without box", "time", true);
+        addRow("disabled", "number", false);
     }
 
     void doesNotOpen() {
@@ -298,8 +298,8 @@ private slots:
     // A receiver of valueChanged can take the screen down, and so can anything while the keyboard is open.
     void editorMayGoWhileItWaits_data() {
         QTest::addColumn<bool>("whileOpen");
-        QTest::newRow("in valueChanged") << false;
-        QTest::newRow("while the keyboard is open") << true;
+        addRow("in valueChanged", false);
+        addRow("while the keyboard is open", true);
     }
 
     void editorMayGoWhileItWaits() {
