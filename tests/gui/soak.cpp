@@ -1,0 +1,213 @@
+#include "portable/widgets/dialogs.h"
+#include "portable/widgets/vklineedit.h"
+#include "tests/gui/panelfixture.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QComboBox>
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QMouseEvent>
+#include <QRandomGenerator>
+#include <QScrollBar>
+#include <QTest>
+#include <QTimer>
+#include <cstdio>
+
+using namespace Kavor::HandheldGui;
+
+namespace {
+
+constexpr int StallMs = 500;      // an event loop that stands this long is a finding
+constexpr int TapsInDialog = 500; // a dialog that outlives this many taps on it cannot be left
+constexpr int TapsPerFault = 40;
+
+int s_findings = 0;
+
+void finding(const QString& what) {
+    ++s_findings;
+    std::printf("finding: %s\n", qPrintable(what));
+    std::fflush(stdout);
+}
+
+/// Qt complains about how it is used. What the panel's own categories say of refused and lost commands is the faults'
+/// doing, and the offscreen platform has no windows to raise.
+void listen(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    const QLatin1String category(context.category ? context.category : "default");
+    const bool qts = category == QLatin1String("default") || category.startsWith(QLatin1String("qt."));
+    const bool platform = text.startsWith(QLatin1String("This plugin does not support"));
+    if (type != QtDebugMsg && type != QtInfoMsg && qts && !platform)
+        finding(text);
+}
+
+/// Taps whatever is on top, at random, while the module goes wrong at random.
+class Soak : public QObject {
+public:
+    Soak(quint32 seed, qint64 taps, int minutes) : m_random(seed), m_tapsWanted(taps), m_minutes(minutes) {
+        DialogRunner::install(nullptr); // nobody answers here but the taps
+        m_time.start();
+        m_beat.start();
+        auto* heart = new QTimer(this);
+        connect(heart, &QTimer::timeout, this, &Soak::beat);
+        heart->start(20);
+    }
+
+    void run() {
+        next();
+        QApplication::exec();
+        std::printf("taps %lld\nfaults %lld\nlongest stall %lld ms\nfindings %d\n", m_taps, m_faults, m_longestMs,
+                    s_findings);
+    }
+
+private:
+    // A timer does not fire again inside its own slot, and dialogs run in there: every tap has a timer of its own.
+    void next() {
+        QTimer::singleShot(0, this, [this] {
+            beat();
+            if (m_taps >= m_tapsWanted || m_time.elapsed() > m_minutes * qint64{60000}) {
+                finish();
+                return;
+            }
+            next();
+            if (m_taps % TapsPerFault == 0)
+                goWrong();
+            tap();
+        });
+    }
+
+    void beat() {
+        const qint64 stood = m_beat.restart();
+        m_longestMs = qMax(m_longestMs, stood);
+        if (stood > StallMs)
+            finding(
+                QStringLiteral("the event loop stood for %1 ms after tap %2 on %3").arg(stood).arg(m_taps).arg(m_last));
+    }
+
+    QWidget* onTop() {
+        if (QWidget* popup = QApplication::activePopupWidget())
+            return popup;
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal != m_dialog) {
+            m_dialog = modal;
+            m_tapsInDialog = 0;
+        }
+        if (modal && ++m_tapsInDialog > TapsInDialog) {
+            finding(QStringLiteral("%1 cannot be left").arg(modal->objectName()));
+            m_tapsInDialog = 0;
+            modal->close();
+        }
+        return modal ? modal : &m_panel.window();
+    }
+
+    void tap() {
+        QWidget* window = onTop();
+        QList<QWidget*> targets;
+        for (QWidget* widget : window->findChildren<QWidget*>()) {
+            const bool viewport = widget->parentWidget() && qobject_cast<QAbstractItemView*>(widget->parentWidget()) &&
+                                  !qobject_cast<QScrollBar*>(widget);
+            if (widget->isVisible() && widget->isEnabled() && widget->window() == window &&
+                (viewport || qobject_cast<QAbstractButton*>(widget) || qobject_cast<ValueEdit*>(widget) ||
+                 qobject_cast<QComboBox*>(widget)))
+                targets << widget;
+        }
+        ++m_taps;
+        if (targets.isEmpty())
+            return;
+        QWidget* target = targets.at(m_random.bounded(targets.size()));
+        m_last = target->objectName();
+        const QPoint place(m_random.bounded(target->width()), m_random.bounded(target->height()));
+        const QPointer<QWidget> alive(target);
+        QTest::mousePress(target, Qt::LeftButton, Qt::NoModifier, place);
+        if (!alive)
+            return;
+        const bool slides = m_random.bounded(10) == 0;
+        const QPoint end = slides ? QPoint(-50, -50) : place;
+        if (slides) {
+            QMouseEvent slide(QEvent::MouseMove, end, target->mapToGlobal(end), Qt::NoButton, Qt::LeftButton,
+                              Qt::NoModifier);
+            QApplication::sendEvent(target, &slide);
+        }
+        if (alive)
+            QTest::mouseRelease(target, Qt::LeftButton, Qt::NoModifier, end);
+    }
+
+    void goWrong() {
+        ++m_faults;
+        Sim::ModuleSimulator& module = m_panel.module();
+        switch (m_random.bounded(8)) {
+        case 0:
+            module.clearFaults();
+            break;
+        case 1:
+            module.modify(0, [this](ChannelRecord& r) {
+                r.batteryCharge = static_cast<std::int16_t>(m_random.bounded(-1, 101));
+                r.batteryCurrent = static_cast<std::int16_t>(m_random.bounded(-500, 500));
+            });
+            break;
+        case 2:
+            module.modify(0, [this](ChannelRecord& r) {
+                auto* bytes = reinterpret_cast<unsigned char*>(&r);
+                bytes[m_random.bounded(static_cast<int>(sizeof r))] = static_cast<unsigned char>(m_random.bounded(256));
+            });
+            break;
+        default:
+            Sim::Fault fault;
+            fault.kind = static_cast<Sim::Fault::Kind>(m_random.bounded(int(Sim::Fault::Gone) + 1));
+            fault.count = 1 + m_random.bounded(3);
+            fault.milliseconds = m_random.bounded(150);
+            fault.text = "1";
+            module.addFault(fault);
+        }
+    }
+
+    /// All is left by its own means before the end: dialogs by their buttons, waits by their time-outs.
+    void finish() {
+        m_panel.module().clearFaults();
+        if (!QApplication::activeModalWidget() && !m_panel.handler().isWaiting()) {
+            QApplication::quit();
+            return;
+        }
+        if (QApplication::activeModalWidget())
+            tap();
+        QTimer::singleShot(5, this, &Soak::finish);
+    }
+
+    static PanelFixture::Setup setup() {
+        PanelFixture::Setup setup;
+        setup.commandTimeoutMs = 100;
+        setup.readNetwork = [] {
+            return NetworkFacts();
+        };
+        return setup;
+    }
+
+    PanelFixture m_panel{setup()};
+    QRandomGenerator m_random;
+    const qint64 m_tapsWanted;
+    const int m_minutes;
+    QElapsedTimer m_time;
+    QElapsedTimer m_beat;
+    QString m_last;
+    QPointer<QWidget> m_dialog;
+    int m_tapsInDialog = 0;
+    qint64 m_taps = 0;
+    qint64 m_faults = 0;
+    qint64 m_longestMs = 0;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Taps the panel at random while its module goes wrong at random.");
+    parser.addHelpOption();
+    parser.addOptions({{"minutes", "Ends after this time, 10 by default.", "N", "10"},
+                       {"taps", "Ends after this many taps, 100000 by default.", "N", "100000"},
+                       {"seed", "What the random numbers come from, 1 by default.", "N", "1"}});
+    parser.process(application);
+    qInstallMessageHandler(listen);
+    Soak(parser.value("seed").toUInt(), parser.value("taps").toLongLong(), parser.value("minutes").toInt()).run();
+    return s_findings == 0 ? 0 : 1;
+}
