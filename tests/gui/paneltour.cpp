@@ -140,7 +140,9 @@ void cwStops(Guide& g) {
     g.panel().window().setFocus();
     auto* box = g.panel().widget<QComboBox>("cwFrequencyUnit");
     box->showPopup();
-    g.shot("cw-unit-list", box->view()->window());
+    QWidget* list = box->view()->window(); // the offscreen platform squeezes it into a screen 800 pixels wide
+    list->move(box->mapToGlobal(QPoint()).x(), list->y());
+    g.shot("cw-unit-list", list);
     box->hidePopup();
 }
 
