@@ -234,22 +234,22 @@ QByteArray ControlCommands::clearReceived(const QByteArrayList&) {
 
 QByteArray ControlCommands::list(const QByteArrayList&) {
     const ModuleData data = m_state.data();
-    return decodedList(data.lists.at(data.selected)).join("; ");
+    return textsOf(listSteps(data.lists.at(data.selected))).join("; ");
 }
 
 QByteArray ControlCommands::pattern(const QByteArrayList&) {
     const ModuleData data = m_state.data();
-    return decodedPattern(data.patterns.at(data.selected)).join("; ");
+    return textsOf(patternSteps(data.patterns.at(data.selected))).join("; ");
 }
 
 QByteArray ControlCommands::definedList(const QByteArrayList&) {
     const ModuleData data = m_state.data();
-    return decodedListDefinitions(data.listSteps.at(data.selected)).join("; ");
+    return textsOf(listDefinitions(data.listSteps.at(data.selected))).join("; ");
 }
 
 QByteArray ControlCommands::definedPattern(const QByteArrayList&) {
     const ModuleData data = m_state.data();
-    return decodedPatternDefinitions(data.patternSteps.at(data.selected)).join("; ");
+    return textsOf(patternDefinitions(data.patternSteps.at(data.selected))).join("; ");
 }
 
 QByteArray ControlCommands::block(const QByteArrayList& arguments) {

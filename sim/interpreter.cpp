@@ -5,7 +5,7 @@
 #include "sim/factory_values.h"
 #include "sim/field_access.h"
 #include "sim/modulation_conflicts.h"
-#include "sim/step_decoding.h"
+#include "sim/step_limits.h"
 
 #include <algorithm>
 #include <utility>
@@ -114,12 +114,23 @@ QByteArray Interpreter::upload(const Request& request) {
     const int stepBytes = isList ? StepWire::ListStepSize : StepWire::PatternStepSize;
     if (request.block.isEmpty() || request.block.size() % stepBytes != 0)
         return refusal(InvalidBlock, "Not a whole number of steps: " + QByteArray::number(request.block.size()));
+    return isList ? take(listSteps(request.block), request, &ModuleData::lists)
+                  : take(patternSteps(request.block), request, &ModuleData::patterns);
+}
+
+template <typename Step>
+QByteArray Interpreter::take(const std::vector<Step>& steps, const Request& request,
+                             std::vector<QByteArray> ModuleData::*uploads) {
+    QByteArray outside;
     m_state.change([&](ModuleData& data) {
-        auto& uploads = isList ? data.lists : data.patterns;
-        uploads.at(data.selected) = request.block;
+        outside = outsideLimits(steps, data.records.at(data.selected));
+        if (outside.isEmpty())
+            (data.*uploads).at(data.selected) = request.block;
     });
+    if (!outside.isEmpty())
+        return refusal(OutOfRange, outside);
     if (m_state.options().onUpload)
-        m_state.options().onUpload(request.header, isList ? decodedList(request.block) : decodedPattern(request.block));
+        m_state.options().onUpload(request.header, textsOf(steps));
     return ok();
 }
 
@@ -235,25 +246,31 @@ QByteArray Interpreter::nextError(const QByteArray&) {
 }
 
 QByteArray Interpreter::defineListStep(const QByteArray& argument) {
-    return defineStep(&ModuleData::listSteps, kListStepFields, argument);
+    return defineStep(&ModuleData::listSteps, kListStepFields, listDefinitions, argument);
 }
 
 QByteArray Interpreter::definePatternStep(const QByteArray& argument) {
-    return defineStep(&ModuleData::patternSteps, kPatternStepFields, argument);
+    return defineStep(&ModuleData::patternSteps, kPatternStepFields, patternDefinitions, argument);
 }
 
-QByteArray Interpreter::defineStep(std::vector<QByteArray> ModuleData::*steps, int fields, const QByteArray& argument) {
+template <typename Step>
+QByteArray Interpreter::defineStep(std::vector<QByteArray> ModuleData::*steps, int fields,
+                                   std::vector<Step> (*decode)(const QByteArray&), const QByteArray& argument) {
     const QByteArrayList numbers = argument.split(',');
     const bool allNumbers = std::all_of(numbers.begin(), numbers.end(),
                                         [](const QByteArray& text) { return parseNumber(text).has_value(); });
     if (numbers.size() != fields || !allNumbers)
         return refusal(DataTypeError, "A step has " + QByteArray::number(fields) + " numbers");
+    QByteArray outside;
     m_state.change([&](ModuleData& data) {
+        outside = outsideLimits(decode(argument), data.records.at(data.selected));
+        if (!outside.isEmpty())
+            return;
         QByteArray& all = (data.*steps).at(data.selected);
         // The first step begins the sequence anew.
         all = numbers.first().toDouble() <= 1 ? argument : all + '\n' + argument;
     });
-    return ok();
+    return outside.isEmpty() ? ok() : refusal(OutOfRange, outside);
 }
 
 } // namespace Sim

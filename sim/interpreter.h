@@ -50,7 +50,14 @@ private:
     QByteArray nextError(const QByteArray& argument);
     QByteArray defineListStep(const QByteArray& argument);
     QByteArray definePatternStep(const QByteArray& argument);
-    QByteArray defineStep(std::vector<QByteArray> ModuleData::*steps, int fields, const QByteArray& argument);
+
+    /// Both refuse steps outside the limits of the selected channel, and then keep what they have.
+    template <typename Step>
+    QByteArray take(const std::vector<Step>& steps, const Request& request,
+                    std::vector<QByteArray> ModuleData::*uploads);
+    template <typename Step>
+    QByteArray defineStep(std::vector<QByteArray> ModuleData::*steps, int fields,
+                          std::vector<Step> (*decode)(const QByteArray&), const QByteArray& argument);
 
     ModuleState& m_state;
     ConfigurationStore m_configurations;

@@ -2,8 +2,7 @@
 
 #include "common/instrument/step_encoding.h"
 
-#include <QtEndian>
-
+#include <algorithm>
 #include <cmath>
 
 namespace Sim {
@@ -23,22 +22,14 @@ qint64 signedField(const char* record, Field field) {
     return static_cast<qint64>(unsignedField(record, field) << unused) >> unused;
 }
 
-struct ListStep {
-    quint64 number;
-    double hertz;
-    double dBm;
-    bool last;
-    bool waits;
-    double microseconds;
-};
+// To a tenth of a nanosecond, so that seconds in six digits do not show the noise of the multiplication.
+double nanoseconds(double seconds) {
+    return std::round(seconds * 1e10) / 10;
+}
 
-struct PatternStep {
-    quint64 number;
-    double onNs;
-    double offNs;
-    quint64 loops;
-    bool last;
-};
+QByteArray shortest(double number) {
+    return QByteArray::number(number, 'g', 15);
+}
 
 QByteArray ending(bool last) {
     return last ? ", last" : "";
@@ -46,82 +37,91 @@ QByteArray ending(bool last) {
 
 QByteArray textOf(const ListStep& step) {
     return QByteArray::number(step.number) + ": " + QByteArray::number(step.hertz, 'f', 3) + " Hz, " +
-           QByteArray::number(step.dBm, 'f', 2) + " dBm, " + QByteArray::number(step.microseconds, 'g', 15) + " us, " +
+           QByteArray::number(step.dBm, 'f', 2) + " dBm, " + shortest(step.dwellNs / 1000) + " us, " +
            (step.waits ? "Wait" : "Run") + ending(step.last);
 }
 
 QByteArray textOf(const PatternStep& step) {
-    return QByteArray::number(step.number) + ": on " + QByteArray::number(step.onNs, 'g', 15) + " ns, off " +
-           QByteArray::number(step.offNs, 'g', 15) + " ns, " + QByteArray::number(step.loops) + " times" +
-           ending(step.last);
+    return QByteArray::number(step.number) + ": on " + shortest(step.onNs) + " ns, off " + shortest(step.offNs) +
+           " ns, " + QByteArray::number(step.loops) + " times" + ending(step.last);
 }
 
-ListStep listStep(const char* record) {
-    const quint64 flags = unsignedField(record, StepWire::ListFlags);
-    return {unsignedField(record, StepWire::ListNumber),
-            static_cast<double>(unsignedField(record, StepWire::ListFrequency)) / 1000,
-            static_cast<double>(signedField(record, StepWire::ListPower)) / 100,
-            (flags & StepWire::LastStepFlag) != 0,
-            (flags & StepWire::WaitFlag) != 0,
-            static_cast<double>(unsignedField(record, StepWire::ListDwell))};
+template <typename Step>
+QByteArrayList textsOfEach(const std::vector<Step>& steps) {
+    QByteArrayList lines;
+    for (const Step& step : steps)
+        lines << textOf(step);
+    return lines;
 }
 
-PatternStep patternStep(const char* record, bool last) {
-    return {unsignedField(record, StepWire::PatternNumber),
-            static_cast<double>(signedField(record, StepWire::PatternOnTime)),
-            static_cast<double>(signedField(record, StepWire::PatternOffTime)),
-            unsignedField(record, StepWire::PatternLoops), last};
+// The numbers of each definition.
+std::vector<std::vector<double>> numbersOf(const QByteArray& arguments, std::size_t count) {
+    std::vector<std::vector<double>> definitions;
+    if (arguments.isEmpty())
+        return definitions;
+    for (const QByteArray& argument : arguments.split('\n')) {
+        std::vector<double>& numbers = definitions.emplace_back();
+        for (const QByteArray& text : argument.split(','))
+            numbers.push_back(text.trimmed().toDouble());
+        numbers.resize(count);
+    }
+    return definitions;
 }
 
-// The numbers of a definition; those that are not there read as 0.
-std::vector<double> numbersOf(const QByteArray& argument, std::size_t count) {
-    std::vector<double> numbers;
-    for (const QByteArray& text : argument.split(','))
-        numbers.push_back(text.trimmed().toDouble());
-    numbers.resize(count);
-    return numbers;
-}
-
-QByteArrayList linesOf(const QByteArray& arguments) {
-    return arguments.isEmpty() ? QByteArrayList() : arguments.split('\n');
+// A count beyond any that a step can have stays beyond it.
+quint64 toCount(double number) {
+    constexpr double kMost = 0x1p53;
+    return number > 0 ? static_cast<quint64>(std::min(number, kMost)) : 0;
 }
 
 } // namespace
 
-QByteArrayList decodedList(const QByteArray& records) {
-    QByteArrayList lines;
-    for (int at = 0; at + StepWire::ListStepSize <= records.size(); at += StepWire::ListStepSize)
-        lines << textOf(listStep(records.constData() + at));
-    return lines;
-}
-
-QByteArrayList decodedPattern(const QByteArray& records) {
-    constexpr int Size = StepWire::PatternStepSize;
-    QByteArrayList lines;
-    for (int at = 0; at + Size <= records.size(); at += Size)
-        lines << textOf(patternStep(records.constData() + at, at + 2 * Size > records.size()));
-    return lines;
-}
-
-QByteArrayList decodedListDefinitions(const QByteArray& arguments) {
-    QByteArrayList lines;
-    for (const QByteArray& argument : linesOf(arguments)) {
-        const std::vector<double> n = numbersOf(argument, 6);
-        // To a nanosecond, so that seconds in six digits do not show the noise of the multiplication.
-        const double us = std::round(n[5] * 1e9) / 1e3;
-        lines << textOf(ListStep{static_cast<quint64>(n[0]), n[1], n[2], n[3] != 0, n[4] != 0, us});
+std::vector<ListStep> listSteps(const QByteArray& records) {
+    using namespace StepWire;
+    std::vector<ListStep> steps;
+    for (int at = 0; at + ListStepSize <= records.size(); at += ListStepSize) {
+        const char* record = records.constData() + at;
+        const quint64 flags = unsignedField(record, ListFlags);
+        steps.push_back({unsignedField(record, ListNumber),
+                         static_cast<double>(unsignedField(record, ListFrequency)) / 1000,
+                         static_cast<double>(signedField(record, ListPower)) / 100, (flags & LastStepFlag) != 0,
+                         (flags & WaitFlag) != 0, static_cast<double>(unsignedField(record, ListDwell)) * 1000});
     }
-    return lines;
+    return steps;
 }
 
-QByteArrayList decodedPatternDefinitions(const QByteArray& arguments) {
-    QByteArrayList lines;
-    for (const QByteArray& argument : linesOf(arguments)) {
-        const std::vector<double> n = numbersOf(argument, 5);
-        lines << textOf(PatternStep{static_cast<quint64>(n[0]), std::round(n[1] * 1e9), std::round(n[2] * 1e9),
-                                    static_cast<quint64>(n[3]), n[4] != 0});
+std::vector<PatternStep> patternSteps(const QByteArray& records) {
+    using namespace StepWire;
+    std::vector<PatternStep> steps;
+    for (int at = 0; at + PatternStepSize <= records.size(); at += PatternStepSize) {
+        const char* record = records.constData() + at;
+        steps.push_back({unsignedField(record, PatternNumber), static_cast<double>(signedField(record, PatternOnTime)),
+                         static_cast<double>(signedField(record, PatternOffTime)), unsignedField(record, PatternLoops),
+                         at + 2 * PatternStepSize > records.size()});
     }
-    return lines;
+    return steps;
+}
+
+std::vector<ListStep> listDefinitions(const QByteArray& arguments) {
+    std::vector<ListStep> steps;
+    for (const std::vector<double>& n : numbersOf(arguments, 6))
+        steps.push_back({toCount(n[0]), n[1], n[2], n[3] != 0, n[4] != 0, nanoseconds(n[5])});
+    return steps;
+}
+
+std::vector<PatternStep> patternDefinitions(const QByteArray& arguments) {
+    std::vector<PatternStep> steps;
+    for (const std::vector<double>& n : numbersOf(arguments, 5))
+        steps.push_back({toCount(n[0]), nanoseconds(n[1]), nanoseconds(n[2]), toCount(n[3]), n[4] != 0});
+    return steps;
+}
+
+QByteArrayList textsOf(const std::vector<ListStep>& steps) {
+    return textsOfEach(steps);
+}
+
+QByteArrayList textsOf(const std::vector<PatternStep>& steps) {
+    return textsOfEach(steps);
 }
 
 } // namespace Sim

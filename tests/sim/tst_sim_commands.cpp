@@ -462,15 +462,16 @@ void TestSimCommands::requestsInAnyPieces_data() {
 void TestSimCommands::requestsInAnyPieces() {
     QFETCH(int, piece);
     Bench bench;
-    const QByteArray steps = QByteArray("\n\r+OK\r\n\0#42a;\"\t.", 16);
-    const QByteArray stream = ":FREQ 2e9\r\n\r\n:POW?\n:LIST:DATA #216" + steps + "\r\n:OUTP ON\n:PATT:DATA #220" +
-                              steps + "abcd\n:OUTP?\r\n";
+    const QByteArray steps("\n\rOK\r\n\2\0#\0;\"\t.\0", 16);
+    const QByteArray pattern("\n\r+O\r\n;#\0\0\0\0\"\t.\0\0\0\0", 20);
+    const QByteArray stream =
+        ":FREQ 2e9\r\n\r\n:POW?\n:LIST:DATA #216" + steps + "\r\n:OUTP ON\n:PATT:DATA #220" + pattern + "\n:OUTP?\r\n";
     for (int at = 0; at < stream.size(); at += piece)
         bench.client->send(stream.mid(at, piece));
     for (const char* answer : {"+OK", "-10", "+OK", "+OK", "+OK", "1"})
         QCOMPARE(bench.client->line(), QByteArray(answer));
     QCOMPARE(bench.simulator.data().lists.at(0), steps);
-    QCOMPARE(bench.simulator.data().patterns.at(0), steps + "abcd");
+    QCOMPARE(bench.simulator.data().patterns.at(0), pattern);
     QCOMPARE(bench.simulator.received().at(2), ":LIST:DATA #216" + steps);
     QCOMPARE(bench.simulator.count(":LIST:DATA"), 1);
 }
@@ -481,8 +482,9 @@ void TestSimCommands::uploads_data() {
     const auto row = [](const char* name, const QByteArray& request, const char* answer) {
         QTest::newRow(name) << request << QByteArray(answer);
     };
-    row("one step", ":LIST:DATA #216" + QByteArray(16, 'x'), "+OK");
-    row("long form, leading zero", ":LIST:DATA #3016" + QByteArray(16, 'x'), "+OK");
+    const QByteArray step = QByteArray::fromHex("010000E876481700E6FB02F401000000");
+    row("one step", ":LIST:DATA #216" + step, "+OK");
+    row("long form, leading zero", ":LIST:DATA #3016" + step, "+OK");
     row("not a whole step", ":LIST:DATA #217" + QByteArray(17, 'x'), "-ERR -161,");
     row("no step", ":LIST:DATA #10", "-ERR -161,");
     row("pattern with a list step", ":PATT:DATA #216" + QByteArray(16, 'x'), "-ERR -161,");

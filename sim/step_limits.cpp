@@ -1,0 +1,63 @@
+#include "sim/step_limits.h"
+
+#include <cmath>
+#include <initializer_list>
+
+namespace Sim {
+namespace {
+
+struct Check {
+    const char* what;
+    double value;
+    ValueLimits limits;
+};
+
+template <typename Limited>
+ValueLimits limitsOf(const Limited& limited) {
+    return {static_cast<double>(limited.maximum), static_cast<double>(limited.minimum)};
+}
+
+// Steps count their times; limits in seconds are brought to the same, so that a step at a limit lies within it.
+ValueLimits nanoseconds(const StepValueLimits& seconds) {
+    return {std::round(seconds.maximum * 1e10) / 10, std::round(seconds.minimum * 1e10) / 10};
+}
+
+QByteArray firstOutside(quint64 step, std::initializer_list<Check> checks) {
+    const auto text = [](double number) {
+        return QByteArray::number(number, 'g', 12);
+    };
+    for (const Check& check : checks) {
+        if (!check.limits.contains(check.value))
+            return "Step " + QByteArray::number(step) + ": a " + check.what + " of " + text(check.value) +
+                   " is outside " + text(check.limits.minimum) + " to " + text(check.limits.maximum);
+    }
+    return {};
+}
+
+} // namespace
+
+QByteArray outsideLimits(const std::vector<ListStep>& steps, const ChannelRecord& limits) {
+    for (const ListStep& step : steps) {
+        const QByteArray wrong = firstOutside(step.number, {{"frequency", step.hertz, limitsOf(limits.frequency)},
+                                                            {"power", step.dBm, limitsOf(limits.power)},
+                                                            {"dwell", step.dwellNs, nanoseconds(limits.listDwell)}});
+        if (!wrong.isEmpty())
+            return wrong;
+    }
+    return {};
+}
+
+QByteArray outsideLimits(const std::vector<PatternStep>& steps, const ChannelRecord& limits) {
+    const ValueLimits times = nanoseconds(limits.patternTime);
+    for (const PatternStep& step : steps) {
+        const QByteArray wrong = firstOutside(
+            step.number, {{"on time", step.onNs, times},
+                          {"off time", step.offNs, times},
+                          {"repetition", static_cast<double>(step.loops), limitsOf(limits.patternRepetitions)}});
+        if (!wrong.isEmpty())
+            return wrong;
+    }
+    return {};
+}
+
+} // namespace Sim
