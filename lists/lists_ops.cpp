@@ -75,7 +75,7 @@ bool ListsOps::save(const QString& name, unsigned int channel, const IListConfig
         return false;
     DurableFile::sweep(channelDirectory(channel), suffix());
     const QJsonDocument document(QJsonObject{{list.jsonRootName(), list.toJson()}});
-    switch (DurableFile::replace(filePath(file, channel), document.toJson())) {
+    switch (DurableFile::replace(filePath(name, channel), document.toJson())) {
     case DurableFile::Result::CannotOpen:
         return fail(error, "Failed to open list file for writing");
     case DurableFile::Result::CannotWrite:

@@ -66,6 +66,7 @@ void listScreen::buildDwell() {
     field.kind = ValueField::Kind::Time;
     field.timeUnits = unitNames(UnitQuantity::Time).size();
     field.namedInRange = false;
+    field.restoredDecimals = 3;
     field.model = {[this] { return m_fixedDwell; },
                    [this] {
                        const FrequencyListLimits& limits = frequencies().limits();

@@ -75,10 +75,8 @@ void ValueEntry::setVisible(bool visible) {
 }
 
 void ValueEntry::setCalculated(bool calculated) {
-    if (m_refused) {
-        clearRefusal();
-        showValue(m_field.model.value());
-    }
+    if (m_refused)
+        takeRefusedBack();
     m_field.editStyle = calculated ? WIDGET_NO_EDIT_STYLE_GRAY : WIDGET_EDIT_STYLE;
     applySheet(m_field.edit, m_field.editStyle);
     setEnabled(!calculated);
@@ -191,10 +189,17 @@ void ValueEntry::clearRefusal() {
 void ValueEntry::restore() {
     const ToastOverlay* toast = m_host.toast();
     const bool told = toast && toast->isTelling();
-    if (!m_refused || told || isEditing())
-        return;
+    if (m_refused && !told && !isEditing())
+        takeRefusedBack();
+}
+
+void ValueEntry::takeRefusedBack() {
     clearRefusal();
     showValue(m_field.model.value());
+    if (m_field.restoredDecimals < 0)
+        return;
+    const QSignalBlocker quiet(m_field.edit);
+    m_field.edit->setText(QString::number(m_field.edit->text().toDouble(), 'f', m_field.restoredDecimals));
 }
 
 } // namespace Kavor::HandheldGui

@@ -48,14 +48,15 @@ struct ValueField {
     ValueEdit* edit = nullptr;
     ComboBox* unit = nullptr;
     translations row = translations::GHzToHz;
-    int timeUnits = 3;        ///< Time: how many units are offered, from ns up
-    int decimals = 0;         ///< Power and bare numbers: decimals shown
-    int mostDecimals = 0;     ///< bare numbers: shown when the value needs them; no fewer than decimals
-    bool namedInRange = true; ///< not bare numbers: whether the range message names the value
-    bool whole = false;       ///< a count; the entry is truncated to a whole number
-    QString rangeText = {};   ///< bare numbers: message with %1 and %2 for minimum and maximum
-    QString editStyle = {};   ///< style sheet of the editor, the ordinary entry when empty
-    QString wrongStyle = {};  ///< style sheet while an out-of-range entry stands in it
+    int timeUnits = 3;         ///< Time: how many units are offered, from ns up
+    int decimals = 0;          ///< Power and bare numbers: decimals shown
+    int restoredDecimals = -1; ///< Time: decimals of the value that takes the place of a refused one; -1: as ever
+    int mostDecimals = 0;      ///< bare numbers: shown when the value needs them; no fewer than decimals
+    bool namedInRange = true;  ///< not bare numbers: whether the range message names the value
+    bool whole = false;        ///< a count; the entry is truncated to a whole number
+    QString rangeText = {};    ///< bare numbers: message with %1 and %2 for minimum and maximum
+    QString editStyle = {};    ///< style sheet of the editor, the ordinary entry when empty
+    QString wrongStyle = {};   ///< style sheet while an out-of-range entry stands in it
 };
 
 /// The one path of an entry: number, normalisation and range check, rounding to what the wire carries, setter, the
@@ -94,6 +95,7 @@ private:
     void refuse();
     void clearRefusal();
     void restore();
+    void takeRefusedBack();
     bool isEditing() const;
 
     PanelHost& m_host;

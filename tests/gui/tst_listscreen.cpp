@@ -259,7 +259,7 @@ private slots:
         QCOMPARE(panel().toast(), QString("Valid  range: 10 ms to 100 s"));
         QCOMPARE(shown(), QString(kOneStep));
         panel().window().toast()->hideImmediate();
-        QCOMPARE(panel().text("listFixedDwell"), QString("1.000000"));
+        QCOMPARE(panel().text("listFixedDwell"), QString("1.000"));
     }
 
     void newList() {
