@@ -28,9 +28,11 @@ namespace Sim {
 ///   SIMulator:COUNt? header               requests received with this header
 ///   SIMulator:TRIGgers?                   software triggers received
 ///   SIMulator:RECeived:CLEar
-///   SIMulator:LIST?, SIMulator:PATTern?   steps of the selected channel's last upload, see step_decoding.h, between ";
-///   " SIMulator:LIST:DEFined?, SIMulator:PATTern:DEFined?     those that were defined one by one SIMulator:BLOCk?
-///   bytes                a definite-length block of so many letters
+///   SIMulator:LIST?                       steps of the selected channel's last upload, separated by semicolons
+///   SIMulator:PATTern?                    the same of a pattern
+///   SIMulator:LIST:DEFined?               steps that were defined one by one
+///   SIMulator:PATTern:DEFined?            the same of a pattern
+///   SIMulator:BLOCk? bytes                a definite-length block of so many letters
 ///
 /// Used on the service's thread.
 class ControlCommands {

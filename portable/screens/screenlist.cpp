@@ -17,7 +17,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int RunTypeX = 176;
+constexpr int RunTypeX = 180;
 constexpr int DwellX = 412;
 constexpr PageGroup::Column FixedColumn{DwellX, 592, 252, 108};
 

@@ -78,10 +78,10 @@ void StepListScreen::buildTable() {
 
 void StepListScreen::buildSettings() {
     m_settings = new PageGroup(m_page, QString(), mainPlace(0, SettingsHeight));
-    addCaption(16, QString::fromLatin1(m_kind.settingsCaption));
+    addCaption(PageGroup::Left.labelX, QString::fromLatin1(m_kind.settingsCaption));
     auto* box = new CheckRow(m_settings, QString::fromLatin1(m_kind.enableLabel), m_kind.enableBoxX);
     box->setObjectName(named("Enable"));
-    box->setGeometry(16, SettingsRow, m_kind.enableBoxX + 52, Style::ButtonHeight);
+    box->setGeometry(PageGroup::Left.labelX, SettingsRow, m_kind.enableBoxX + 52, Style::ButtonHeight);
     m_enable = new EnableBox(host(), box, m_kind.bit, QString::fromLatin1(m_kind.logPrefix), QString());
 }
 
