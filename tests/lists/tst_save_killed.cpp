@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <csignal>
+#include <random>
 
 #include "lists/lists_ops.h"
 #include "tests/lists/steplist.h"
@@ -40,12 +41,65 @@ End saveAndKill(const ListsOps& ops, const IListConfig& list, int stop) {
     return WEXITSTATUS(status) == 0 ? End::Saved : End::Failed;
 }
 
+// Saves both lists in turn in a process of its own, which is killed after so many microseconds. False when it had ended
+// by itself.
+bool saveUntilKilled(const ListsOps& ops, const IListConfig& one, const IListConfig& other, useconds_t microseconds) {
+    const pid_t child = fork();
+    if (child == 0) {
+        QString error;
+        while (ops.save("x", 0, other, error) && ops.save("x", 0, one, error)) {
+        }
+        _exit(1);
+    }
+    usleep(microseconds);
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSIGNALED(status);
+}
+
 } // namespace
 
-/// A panel that is killed while it saves. What is on the disk changes with system calls alone, so it is killed at the
-/// entry to and at the exit from each one that a save makes.
+/// A panel that is killed while it saves: at the entry to and at the exit from each system call that a save makes,
+/// since these alone change what is on the disk, and at moments that nobody chose.
 class TestSaveKilled : public TestBase {
     Q_OBJECT
+
+    const FrequencySteps m_old{3};
+    const FrequencySteps m_new{40};
+    int m_oldFound = 0;
+    int m_newFound = 0;
+
+    static QStringList everything(const ListsOps& ops) {
+        return QDir(ops.channelDirectory(0)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    // Whichever list is there is whole, and nothing else is after the next save.
+    void check(const ListsOps& ops, bool mustBeThere) {
+        FrequencySteps found;
+        QString error;
+        const bool isThere = ops.exists("x", 0);
+        QVERIFY(isThere || !mustBeThere);
+        if (isThere)
+            QVERIFY2(ops.load("x", 0, found.config, error), qPrintable(error));
+        const bool isNew = found.text() == m_new.text();
+        QVERIFY(isNew || !isThere || (mustBeThere && found.text() == m_old.text()));
+        ++(isNew ? m_newFound : m_oldFound);
+        QStringList names;
+        QVERIFY(ops.enumerate(0, names, error));
+        QCOMPARE(names, isThere ? QStringList("x.json") : QStringList());
+        QVERIFY(ops.save("x", 0, m_old.config, error));
+        QCOMPARE(everything(ops), QStringList("x.json"));
+    }
+
+    // Before and after the moment of replacement.
+    void bothSidesWereMet(int oldFound, int newFound) const {
+        QVERIFY2(m_oldFound > oldFound && m_newFound > newFound,
+                 qPrintable(QString("%1 old, %2 new").arg(m_oldFound).arg(m_newFound)));
+    }
+
+protected:
+    void setUp() override { m_oldFound = m_newFound = 0; }
 
 private slots:
     void atEverySystemCall_data() {
@@ -58,42 +112,36 @@ private slots:
         QFETCH(bool, overOld);
         QTemporaryDir folder;
         const ListsOps ops(folder.filePath("list"));
-        FrequencySteps oldList(3);
-        FrequencySteps newList(40);
         QString error;
-        int oldFound = 0;
-        int newFound = 0;
-        for (int stop = 1;; ++stop) {
+        End end = End::Killed;
+        for (int stop = 1; end == End::Killed; ++stop) {
             QVERIFY(QDir(ops.baseDirectory()).removeRecursively());
             if (overOld)
-                QVERIFY(ops.save("x", 0, oldList.config, error));
-            const End end = saveAndKill(ops, newList.config, stop);
+                QVERIFY(ops.save("x", 0, m_old.config, error));
+            end = saveAndKill(ops, m_new.config, stop);
             if (end == End::NotTraced)
                 QSKIP("Processes may not be traced here.");
-            QVERIFY(end != End::Failed);
-
-            FrequencySteps found;
-            if (ops.exists("x", 0)) {
-                QVERIFY2(ops.load("x", 0, found.config, error), qPrintable(error));
-                const bool isNew = found.text() == newList.text();
-                QVERIFY(isNew || (overOld && found.text() == oldList.text()));
-                ++(isNew ? newFound : oldFound);
-            } else {
-                QVERIFY(!overOld);
-                ++oldFound;
-            }
-            QStringList names;
-            QVERIFY(ops.enumerate(0, names, error));
-            QVERIFY(names == QStringList("x.json") || (!overOld && names.isEmpty()));
-
-            QVERIFY(ops.save("x", 0, newList.config, error));
-            QCOMPARE(QDir(ops.channelDirectory(0)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                     QStringList("x.json"));
-            if (end == End::Saved)
-                break;
+            check(ops, overOld);
+            if (QTest::currentTestFailed())
+                return;
         }
-        // Both sides of the moment of replacement were met.
-        QVERIFY2(oldFound > 10 && newFound > 2, qPrintable(QString("%1 old, %2 new").arg(oldFound).arg(newFound)));
+        QCOMPARE(end, End::Saved);
+        bothSidesWereMet(10, 2);
+    }
+
+    void atRandomMoments() {
+        QTemporaryDir folder;
+        const ListsOps ops(folder.path());
+        QString error;
+        QVERIFY(ops.save("x", 0, m_old.config, error));
+        std::mt19937 random(500);
+        for (int i = 0; i < 500; ++i) {
+            QVERIFY(saveUntilKilled(ops, m_old.config, m_new.config, random() % 4000));
+            check(ops, true);
+            if (QTest::currentTestFailed())
+                return;
+        }
+        bothSidesWereMet(50, 50);
     }
 };
 
