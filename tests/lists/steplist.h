@@ -57,3 +57,15 @@ class PatternSteps : public StepList<PatternListConfig, pattern_point, PatternLi
 public:
     explicit PatternSteps(int steps = 1) : StepList(kPatternLimits, steps) {}
 };
+
+/// A list of each kind, of which a test row looks at one.
+struct BothSteps {
+    explicit BothSteps(int steps) : list(steps), pattern(steps) {}
+
+    IListConfig& of(bool isPattern) { return isPattern ? static_cast<IListConfig&>(pattern.config) : list.config; }
+    QString text(bool isPattern) const { return isPattern ? pattern.text() : list.text(); }
+    bool isNumbered() const { return list.isNumbered() && pattern.isNumbered(); }
+
+    FrequencySteps list;
+    PatternSteps pattern;
+};

@@ -50,10 +50,6 @@ private slots:
         *pattern.points[0] = {1, 800, "ns", 1.5, "ms", 4294967295U, true};
         QCOMPARE(pattern.config.toJson(), parsed("[{'StepNumber':1,'OnTime':800,'OnTimeTimeUnits':'ns','OffTime':1.5,"
                                                  "'OffTimeTimeUnits':'ms','Loops':4294967295,'Last':1}]"));
-        QCOMPARE(
-            QJsonDocument(pattern.config.toJson()).toJson(QJsonDocument::Compact),
-            QByteArray("[{\"Last\":1,\"Loops\":4294967295,\"OffTime\":1.5,\"OffTimeTimeUnits\":\"ms\",\"OnTime\":800,"
-                       "\"OnTimeTimeUnits\":\"ns\",\"StepNumber\":1}]"));
     }
 
     void reading_data() {
@@ -67,13 +63,11 @@ private slots:
         list("empty", "[]", "!List file contains no steps");
         list("numbers only", "[1,2,[],null,'x']", "!List file contains no valid steps");
         list("strangers are skipped", "[1,{'Frequency':7},'x']", "1,7 Hz,0 dBm,0 ns,Run");
-        list("a step without members", "[{}]", "1,0 Hz,0 dBm,0 ns,Run");
         list("renumbered", "[{'StepNumber':7,'Last':1},{'StepNumber':3,'Last':true},{'StepNumber':9}]",
              "1,0 Hz,0 dBm,0 ns,Run;2,0 Hz,0 dBm,0 ns,Run;3,0 Hz,0 dBm,0 ns,Run");
         list("power to dBm", "[{'Power':1000,'PowerUnits':'mV'}]", "1,0 Hz,13.0103 dBm,0 ns,Run");
         list("one power of 0 mV refuses all", "[{'Power':1},{'Power':0,'PowerUnits':'mV'},{}]", "!List file contains an invalid power value");
         list("power without a known unit", "[{'Power':1,'PowerUnits':'W'}]", "!List file contains an invalid power value");
-        list("power with a number for a unit", "[{'PowerUnits':5}]", "!List file contains an invalid power value");
         list("members of other types", "[{'Frequency':'x','DwellTime':[],'FreqUnits':7,'Advance':{}}]", "1,0 Hz,0 dBm,0 ns,");
         list("beyond the limits of edits", "[{'Frequency':9,'FreqUnits':'GHz','Power':99,'DwellTime':1,'DwellUnits':'ns'}]",
              "1,9 GHz,99 dBm,1 ns,Run");
@@ -83,7 +77,6 @@ private slots:
         };
         pattern("pattern, empty", "[]", "!Pattern file contains no steps");
         pattern("pattern, numbers only", "[1]", "!Pattern file contains no valid steps");
-        pattern("pattern, a step without members", "[{}]", "1,0 ns,0 ns,1");
         pattern("pattern", "[{'OnTime':1,'OnTimeTimeUnits':'ms','OffTime':2,'OffTimeTimeUnits':'s','Loops':9}]", "1,1 ms,2 s,9");
         pattern("loops of no count",
                 "[{'Loops':0},{'Loops':-5},{'Loops':1.5},{'Loops':'7'},{'Loops':4294967295},{'Loops':4294967296}]",
@@ -95,33 +88,28 @@ private slots:
         QFETCH(bool, isPattern);
         QFETCH(QJsonArray, steps);
         QFETCH(QString, result);
-        FrequencySteps list(2);
-        PatternSteps pattern(2);
-        IListConfig& model = isPattern ? static_cast<IListConfig&>(pattern.config) : list.config;
-        const auto text = [&] {
-            return isPattern ? pattern.text() : list.text();
-        };
-        const QString before = text();
+        BothSteps both(2);
+        IListConfig& model = both.of(isPattern);
+        const QString before = both.text(isPattern);
         QString error;
         if (model.fromJson(steps, error)) {
-            QCOMPARE(text(), result);
-            QVERIFY(list.isNumbered() && pattern.isNumbered());
-            for (const list_point* point : list.points)
+            QCOMPARE(both.text(isPattern), result);
+            QVERIFY(both.isNumbered());
+            for (const list_point* point : both.list.points)
                 QCOMPARE(point->powerUnit, std::string("dBm"));
             QVERIFY(model.fromJson(withStrangers(steps), error));
-            QCOMPARE(text(), result);
+            QCOMPARE(both.text(isPattern), result);
         } else {
             QCOMPARE('!' + error, result);
-            QCOMPARE(text(), before);
+            QCOMPARE(both.text(isPattern), before);
         }
     }
 
     void randomStepsComeBack() {
         std::mt19937 random(4);
         std::uniform_real_distribution<double> number(-1e6, 1e6);
-        FrequencySteps list(600);
-        PatternSteps pattern(600);
-        for (list_point* point : list.points) {
+        BothSteps steps(600);
+        for (list_point* point : steps.list.points) {
             point->frequency = number(random);
             point->power = number(random);
             point->dwell = random() % 3 == 0 ? 0 : number(random);
@@ -130,37 +118,19 @@ private slots:
             point->frequencyUnit = random() % 2 == 0 ? "GHz" : "";
             point->advance = random() % 2 == 0 ? "Run" : "Wait";
         }
-        for (pattern_point* point : pattern.points) {
+        for (pattern_point* point : steps.pattern.points) {
             point->onTime = number(random);
             point->offTime = number(random);
             point->offTimeUnit = random() % 2 == 0 ? "s" : "ms";
             point->loops = static_cast<std::uint32_t>(random());
         }
-        FrequencySteps list2;
-        PatternSteps pattern2;
+        BothSteps read(1);
         QString error;
-        const auto reparsed = [](const QJsonArray& steps) {
-            return QJsonDocument::fromJson(QJsonDocument(steps).toJson()).array();
-        };
-        QVERIFY(list2.config.fromJson(reparsed(list.config.toJson()), error));
-        QVERIFY(pattern2.config.fromJson(reparsed(pattern.config.toJson()), error));
-        QCOMPARE(list2.points.size(), list.points.size());
-        for (std::size_t i = 0; i < list.points.size(); ++i) {
-            const list_point& a = *list.points[i];
-            const list_point& b = *list2.points[i];
-            QVERIFY(a.frequency == b.frequency && a.power == b.power && a.dwell == b.dwell && a.last == b.last &&
-                    a.stepNumber == b.stepNumber);
-            QCOMPARE(b.frequencyUnit, a.frequencyUnit);
-            QCOMPARE(b.dwellUnit, a.dwellUnit);
-            QCOMPARE(b.advance, a.advance);
-        }
-        QCOMPARE(pattern2.points.size(), pattern.points.size());
-        for (std::size_t i = 0; i < pattern.points.size(); ++i) {
-            const pattern_point& a = *pattern.points[i];
-            const pattern_point& b = *pattern2.points[i];
-            QVERIFY(a.onTime == b.onTime && a.offTime == b.offTime && a.loops == b.loops && a.last == b.last);
-            QCOMPARE(b.onTimeUnit, a.onTimeUnit);
-            QCOMPARE(b.offTimeUnit, a.offTimeUnit);
+        for (const bool isPattern : {false, true}) {
+            const QJsonArray written = steps.of(isPattern).toJson();
+            const QJsonDocument file = QJsonDocument::fromJson(QJsonDocument(written).toJson());
+            QVERIFY(read.of(isPattern).fromJson(file.array(), error));
+            QVERIFY(read.of(isPattern).toJson() == written);
         }
     }
 };
