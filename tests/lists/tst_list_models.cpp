@@ -30,8 +30,7 @@ private slots:
         QCOMPARE(found.join(' '), described);
         for (int i : {-1, model.columnCount()}) {
             QVERIFY(model.column(i).title.isEmpty() && model.column(i).kind == ListColumnKind::Step);
-            QVERIFY(!model.isCellEditable(0, i));
-            QVERIFY(model.cellText(0, i).isEmpty());
+            QVERIFY(!model.isCellEditable(0, i) && model.cellText(0, i).isEmpty());
         }
         QVERIFY(model.cellText(3, 0).isEmpty() && model.cellText(-1, 0).isEmpty());
         QCOMPARE(model.kind(), isPattern ? 1 : 0);
@@ -149,17 +148,17 @@ private slots:
         *both.pattern.points[1] = {2, 1.234567, "ms", 250, "ns", 7, false};
         ListEditRequest r;
         QVERIFY(both.of(isPattern).getEditRequest(1, column, r));
-        QCOMPARE(r.row, 1);
-        QCOMPARE(r.column, column);
-        QVERIFY(r.enabled);
-        const QString text("%1|%2|%3|%4|%5|%6|%7|%8");
-        QCOMPARE(text.arg(r.title)
-                     .arg(int(r.kind))
-                     .arg(r.text, r.unit, r.options.join(' '))
-                     .arg(r.min)
-                     .arg(r.max)
-                     .arg(int(r.powerRange)),
-                 described);
+        QVERIFY(r.row == 1 && r.column == column && r.enabled);
+        const QString found = QStringList{r.title,
+                                          QString::number(int(r.kind)),
+                                          r.text,
+                                          r.unit,
+                                          r.options.join(' '),
+                                          QString::number(r.min),
+                                          QString::number(r.max),
+                                          QString::number(int(r.powerRange))}
+                                  .join('|');
+        QCOMPARE(found, described);
     }
 
     void limitsOfNothingLetZeroPass() {
@@ -215,17 +214,12 @@ private slots:
         PatternListConfig pattern(nullptr, kPatternLimits);
         QString error;
         for (IListConfig* model : {static_cast<IListConfig*>(&list), static_cast<IListConfig*>(&pattern)}) {
-            QStringList errors;
-            QVERIFY(!model->addDefault(error));
-            errors << error;
-            QVERIFY(!model->clearAndCreateDefault(error));
-            errors << error;
-            QVERIFY(!model->fromJson({QJsonObject()}, error));
-            errors << error;
-            errors.removeDuplicates();
-            QCOMPARE(errors, QStringList(model->kind() == 0 ? "Frequency list storage is not available"
-                                                            : "Pattern list storage is not available"));
-            QVERIFY(!model->deleteRow(0, error));
+            QString errors[3];
+            QVERIFY(!model->addDefault(errors[0]) && !model->clearAndCreateDefault(errors[1]) &&
+                    !model->fromJson({QJsonObject()}, errors[2]) && !model->deleteRow(0, error));
+            for (const QString& each : errors)
+                QCOMPARE(each, QString(model->kind() == 0 ? "Frequency list storage is not available"
+                                                          : "Pattern list storage is not available"));
             QVERIFY(model->rowCount() == 0 && model->toJson().isEmpty() && model->cellText(0, 0).isEmpty());
         }
         list.destroyPoints();
