@@ -394,6 +394,7 @@ private slots:
         answer("Delete hop.json", QMessageBox::Yes);
         touchFile("Delete", "hop.json");
         told("List file does not exist");
+        QCOMPARE(browser()->rowCount(), 0);
         QVERIFY(panel().press(name("Cancel")));
         QVERIFY(QDir().mkpath(folder() + "one.json")); // no file can take its place
         saveAs("one", QMessageBox::Yes);

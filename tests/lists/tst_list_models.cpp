@@ -119,6 +119,7 @@ private slots:
             QStringList cells = rows.at(1).split(',');
             cells[column] = result;
             rows[1] = cells.join(',');
+            QCOMPARE(both.list.points[1]->powerUnit, std::string("dBm"));
         } else {
             QCOMPARE('!' + error, result);
         }
