@@ -113,9 +113,9 @@ private slots:
             point->frequency = number(random);
             point->power = number(random);
             point->dwell = random() % 3 == 0 ? 0 : number(random);
-            // More combinations of texts than are kept at a time.
+            // More combinations of texts than are kept at a time, some of them the same when run together.
             point->dwellUnit = random() % 2 == 0 ? "\u00B5s" : "unit " + std::to_string(random() % 400);
-            point->frequencyUnit = random() % 2 == 0 ? "GHz" : "";
+            point->frequencyUnit = random() % 2 == 0 ? "" : std::to_string(random() % 10);
             point->advance = random() % 2 == 0 ? "Run" : "Wait";
         }
         for (pattern_point* point : steps.pattern.points) {
