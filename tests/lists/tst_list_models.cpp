@@ -7,34 +7,59 @@ class TestListModels : public TestBase {
 
 private slots:
     void columns_data() {
+        // clang-format off
         QTest::addColumn<bool>("isPattern");
-        QTest::addColumn<QString>("described"); // title/kind/editable
-        QTest::newRow("list") << false << "Step/0/0 Frequency/1/1 Power/2/1 Dwell Time/3/0 Adv./5/1";
-        QTest::newRow("pattern") << true << "Step/0/0 On Time/3/1 Off Time/3/1 Repetition/4/1";
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("described"); // title|kind, and where it can be edited |text|unit|options|min|max|power range
+        QTest::newRow("step") << false << 0 << "Step|0";
+        QTest::newRow("frequency") << false << 1 << "Frequency|1|1.500000000|MHz|GHz MHz KHz Hz|0|0|0";
+        QTest::newRow("power") << false << 2 << "Power|2|-10.1235|dBm|dBm dB\u00B5V \u00B5V mV|-120|20|1";
+        QTest::newRow("dwell") << false << 3 << "Dwell Time|3|1.500|\u00B5s|ns \u00B5s ms s|1000|1e+10|0";
+        QTest::newRow("advance") << false << 4 << "Adv.|5|Wait|Wait|Run Wait|0|0|0";
+        QTest::newRow("pattern step") << true << 0 << "Step|0";
+        QTest::newRow("on time") << true << 1 << "On Time|3|1.23457|ms|ns \u00B5s ms s|0|0|0";
+        QTest::newRow("off time") << true << 2 << "Off Time|3|250|ns|ns \u00B5s ms s|0|0|0";
+        QTest::newRow("repetition") << true << 3 << "Repetition|4|7|| K|0|0|0";
+        // clang-format on
     }
 
     void columns() {
         QFETCH(bool, isPattern);
+        QFETCH(int, column);
         QFETCH(QString, described);
         BothSteps both{3};
+        both.list.config.setDwellEditable(true);
+        *both.list.points[1] = {2, 1.5, "MHz", -10.12345, "dBm", 1.5, "\u00B5s", "Wait", false};
+        *both.pattern.points[1] = {2, 1.234567, "ms", 250, "ns", 7, false};
         const IListConfig& model = both.of(isPattern);
-        QStringList found;
-        for (int i = 0; i < model.columnCount(); ++i) {
-            const ListColumn column = model.column(i);
-            found << QString("%1/%2/%3").arg(column.title).arg(int(column.kind)).arg(int(column.editable));
-            ListEditRequest request;
-            QCOMPARE(model.getEditRequest(2, i, request), column.editable);
-            QCOMPARE(request.row, column.editable ? 2 : -1);
-            QVERIFY(!model.isCellEditable(3, i) && !model.isCellEditable(-1, i));
+        const ListColumn shown = model.column(column);
+        QStringList found{shown.title, QString::number(int(shown.kind))};
+        ListEditRequest r;
+        if (model.getEditRequest(1, column, r)) {
+            QVERIFY(r.title == shown.title && r.kind == shown.kind && r.row == 1 && r.column == column && r.enabled);
+            found << r.text << r.unit << r.options.join(' ') << QString::number(r.min) << QString::number(r.max)
+                  << QString::number(int(r.powerRange));
         }
-        QCOMPARE(found.join(' '), described);
-        for (int i : {-1, model.columnCount()}) {
-            QVERIFY(model.column(i).title.isEmpty() && model.column(i).kind == ListColumnKind::Step);
-            QVERIFY(!model.isCellEditable(0, i) && model.cellText(0, i).isEmpty());
+        QCOMPARE(found.join('|'), described);
+        QCOMPARE(r.row, shown.editable ? 1 : -1);
+        QCOMPARE(model.isCellEditable(2, column), shown.editable);
+        both.list.config.setDwellEditable(false);
+        QCOMPARE(model.isCellEditable(2, column), shown.editable && shown.title != "Dwell Time");
+    }
+
+    void outsideTheTable() {
+        BothSteps both{3};
+        for (const bool isPattern : {false, true}) {
+            const IListConfig& model = both.of(isPattern);
+            const int columns = isPattern ? 4 : 5;
+            QCOMPARE(model.columnCount(), columns);
+            for (const auto& [row, column] : {std::pair(-1, 1), {3, 1}, {0, -1}, {0, columns}})
+                QVERIFY(!model.isCellEditable(row, column) && model.cellText(row, column).isEmpty());
+            for (const int column : {-1, columns})
+                QVERIFY(model.column(column).title.isEmpty() && model.column(column).kind == ListColumnKind::Step);
+            QCOMPARE(model.kind(), isPattern ? 1 : 0);
+            QCOMPARE(model.jsonRootName(), QString(isPattern ? "VeldaPattern" : "VeldaList"));
         }
-        QVERIFY(model.cellText(3, 0).isEmpty() && model.cellText(-1, 0).isEmpty());
-        QCOMPARE(model.kind(), isPattern ? 1 : 0);
-        QCOMPARE(model.jsonRootName(), QString(isPattern ? "VeldaPattern" : "VeldaList"));
     }
 
     void cellTexts() {
@@ -124,42 +149,6 @@ private slots:
             QCOMPARE('!' + error, result);
         }
         QCOMPARE(both.text(isPattern), rows.join(';'));
-    }
-
-    void editRequests_data() {
-        QTest::addColumn<bool>("isPattern");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("described"); // title|kind|text|unit|options|min|max|power range
-        QTest::newRow("frequency") << false << 1 << "Frequency|1|1.500000000|MHz|GHz MHz KHz Hz|0|0|0";
-        QTest::newRow("power") << false << 2 << "Power|2|-10.1235|dBm|dBm dB\u00B5V \u00B5V mV|-120|20|1";
-        QTest::newRow("dwell") << false << 3 << "Dwell Time|3|1.500|\u00B5s|ns \u00B5s ms s|1000|1e+10|0";
-        QTest::newRow("advance") << false << 4 << "Adv.|5|Wait|Wait|Run Wait|0|0|0";
-        QTest::newRow("on time") << true << 1 << "On Time|3|1.23457|ms|ns \u00B5s ms s|0|0|0";
-        QTest::newRow("off time") << true << 2 << "Off Time|3|250|ns|ns \u00B5s ms s|0|0|0";
-        QTest::newRow("repetition") << true << 3 << "Repetition|4|7|| K|0|0|0";
-    }
-
-    void editRequests() {
-        QFETCH(bool, isPattern);
-        QFETCH(int, column);
-        QFETCH(QString, described);
-        BothSteps both{3};
-        both.list.config.setDwellEditable(true);
-        *both.list.points[1] = {2, 1.5, "MHz", -10.12345, "dBm", 1.5, "\u00B5s", "Wait", false};
-        *both.pattern.points[1] = {2, 1.234567, "ms", 250, "ns", 7, false};
-        ListEditRequest r;
-        QVERIFY(both.of(isPattern).getEditRequest(1, column, r));
-        QVERIFY(r.row == 1 && r.column == column && r.enabled);
-        const QString found = QStringList{r.title,
-                                          QString::number(int(r.kind)),
-                                          r.text,
-                                          r.unit,
-                                          r.options.join(' '),
-                                          QString::number(r.min),
-                                          QString::number(r.max),
-                                          QString::number(int(r.powerRange))}
-                                  .join('|');
-        QCOMPARE(found, described);
     }
 
     void limitsOfNothingLetZeroPass() {

@@ -1,5 +1,4 @@
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QPainter>
@@ -258,13 +257,15 @@ private slots:
 
     void fileRows_data() {
         QTest::addColumn<ListFileMode>("mode");
-        QTest::addColumn<QString>("title");
         QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("shown");
         const QStringList two{"<b>b<b>.json", "a.json"};
-        QTest::newRow("load") << ListFileMode::Load << "SELECT FILE TO LOAD" << two;
-        QTest::newRow("save") << ListFileMode::Save << "SELECT NEW FILE OR CHOOSE EXISTING" << two;
-        QTest::newRow("save, none") << ListFileMode::Save << "SELECT NEW FILE OR CHOOSE EXISTING" << QStringList();
-        QTest::newRow("delete, none") << ListFileMode::Delete << "SELECT FILE TO DELETE" << QStringList();
+        QTest::newRow("load") << ListFileMode::Load << two << "# SELECT FILE TO LOAD;1 <b>b<b>.json;2 a.json";
+        QTest::newRow("save") << ListFileMode::Save << two
+                              << "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file;1 <b>b<b>.json;2 a.json";
+        QTest::newRow("save, none") << ListFileMode::Save << QStringList()
+                                    << "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file";
+        QTest::newRow("delete, none") << ListFileMode::Delete << QStringList() << "# SELECT FILE TO DELETE";
     }
     void fileRows() {
         QFETCH(ListFileMode, mode);
@@ -283,35 +284,22 @@ private slots:
         browser.setChannel(2);
         browser.setMode(mode);
         QVERIFY(browser.refresh(error));
-        QTEST(browser.horizontalHeaderItem(1)->text(), "title");
-        QCOMPARE(browser.horizontalHeaderItem(0)->text(), QString("#"));
-        QStringList expected;
-        if (isNew)
-            expected << "+ new file";
-        for (int i = 0; i < files.size(); ++i)
-            expected << QString::number(i + 1) + ' ' + files.at(i);
-        QStringList shown;
+        QStringList shown(browser.horizontalHeaderItem(0)->text() + ' ' + browser.horizontalHeaderItem(1)->text());
         for (int row = 0; row < browser.rowCount(); ++row) {
             shown << browser.item(row, 0)->text() + ' ' + browser.item(row, 1)->text();
             for (int column : {0, 1})
                 QCOMPARE(browser.item(row, column)->data(ListFiles::NewFileRole).toBool(), row == 0 && isNew);
         }
-        QCOMPARE(shown, expected);
-        QCOMPARE(browser.currentRow(), expected.isEmpty() ? -1 : 0);
+        QTEST(shown.join(';'), "shown");
 
         QSignalSpy chosen(&browser, &ListFiles::fileSelected);
-        QTest::keyClick(&browser, Qt::Key_Return);
-        if (expected.isEmpty())
-            QCOMPARE(chosen.count(), 0);
-        else
-            QCOMPARE(chosen.value(0), QVariantList({QVariant::fromValue(mode), isNew ? "" : files.first(), isNew}));
         QSignalSpy escapes(&browser, &ListFiles::escapeRequested);
+        QTest::keyClick(&browser, Qt::Key_Return);
         QTest::keyClick(&browser, Qt::Key_Escape);
         QCOMPARE(escapes.count(), 1);
-        QVERIFY(QDir(folder.path()).removeRecursively() && QFile(folder.path()).open(QIODevice::WriteOnly));
-        QVERIFY(!browser.refresh(error)); // a file where the folder belongs
-        QCOMPARE(error, QString("Failed to create list directory"));
-        QCOMPARE(browser.rowCount(), expected.size());
+        QCOMPARE(chosen.count(), browser.rowCount() > 0 ? 1 : 0);
+        if (!chosen.isEmpty())
+            QCOMPARE(chosen.first(), QVariantList({QVariant::fromValue(mode), isNew ? "" : files.first(), isNew}));
     }
 
 private:

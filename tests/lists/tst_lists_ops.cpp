@@ -64,13 +64,11 @@ private slots:
         };
         row(" \t my sweep \n", "my sweep.json");
         row("Sweep.JSON", "Sweep.JSON");
-        row("a.json.txt", "a.json.txt.json");
         row("../x", "x.json");
         row("a/ x", " x.json");
         row("..", "...json");
         row(".x", ".x.json");
         row("\u00B5-\u6E2C", "\u00B5-\u6E2C.json");
-        row("$(x);*?", "$(x);*?.json");
         row(QString(243, 'n'), QString(243, 'n') + ".json");
         for (const char* typed : {"", " \t", "a/", ".json", " .JSON ", "a/ .json"})
             row(typed, QString());
@@ -160,11 +158,9 @@ private slots:
         const char* noRoot = "List JSON root is missing";
         row("empty", "", invalid);
         row("zeros", QByteArray(4096, '\0'), invalid);
-        row("number", "1", invalid);
         row("something behind", "{\"VeldaList\":[{}]} x", invalid);
         row("no UTF-8", "{\"VeldaList\":[{\"FreqUnits\":\"\xff\xfe\"}]}", invalid);
         row("deep", "{\"VeldaList\":" + QByteArray(2000000, '['), invalid);
-        row("array", "[{}]", noRoot);
         row("other case", "{\"veldalist\":[{}]}", noRoot);
         row("no array", "{\"VeldaList\":{\"0\":{}}}", noRoot);
         row("no steps", "{\"VeldaList\":[]}", "List file contains no steps");
@@ -256,15 +252,11 @@ private slots:
         QCOMPARE(chmod(folder, 0555), 0);
         const uid_t user = geteuid();
         QVERIFY(user != 0 || seteuid(65534) == 0);
-        QStringList told{save("x", FrequencySteps(1).config), save("y", m_two.config), erase("x")};
-        QString error;
-        const bool made = ListsOps(m_ops.channelDirectory(0) + "/deeper").ensureChannelDirectory(0, error);
+        const QStringList told{save("x", FrequencySteps(1).config), save("y", m_two.config), erase("x")};
         QVERIFY(user != 0 || seteuid(user) == 0);
         chmod(folder, 0755);
-        QVERIFY(!made);
-        QCOMPARE(told << error,
-                 QStringList({"Failed to open list file for writing", "Failed to open list file for writing",
-                              "Failed to delete list file", "Failed to create list directory"}));
+        const QString unwritable("Failed to open list file for writing");
+        QCOMPARE(told, QStringList({unwritable, unwritable, "Failed to delete list file"}));
         QCOMPARE(content("x"), before);
         QCOMPARE(everything(), QStringList("x.json"));
     }
