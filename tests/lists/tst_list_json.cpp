@@ -1,6 +1,4 @@
 #include <QJsonDocument>
-#include <random>
-#include <tuple>
 
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
@@ -103,45 +101,6 @@ private slots:
         } else {
             QCOMPARE('!' + error, result);
             QCOMPARE(both.text(isPattern), before);
-        }
-    }
-
-    void randomStepsComeBack() {
-        std::mt19937 random(4);
-        std::uniform_real_distribution<double> number(-1e6, 1e6);
-        BothSteps steps(600);
-        for (list_point* point : steps.list.points) {
-            point->frequency = number(random);
-            point->power = number(random);
-            point->dwell = random() % 3 == 0 ? 0 : number(random);
-            // More combinations of texts than are kept at a time, some of them the same when run together.
-            point->dwellUnit = random() % 2 == 0 ? "\u00B5s" : "unit " + std::to_string(random() % 400);
-            point->frequencyUnit = random() % 2 == 0 ? "" : std::to_string(random() % 10);
-            point->advance = random() % 2 == 0 ? "Run" : "Wait";
-        }
-        for (pattern_point* point : steps.pattern.points) {
-            point->onTime = number(random);
-            point->offTime = number(random);
-            point->offTimeUnit = random() % 2 == 0 ? "s" : "ms";
-            point->loops = static_cast<std::uint32_t>(random());
-        }
-        BothSteps read(1);
-        QString error;
-        for (const bool isPattern : {false, true}) {
-            const QByteArray file = QJsonDocument(steps.of(isPattern).toJson()).toJson();
-            QVERIFY(read.of(isPattern).fromJson(QJsonDocument::fromJson(file).array(), error));
-            QCOMPARE(read.of(isPattern).rowCount(), 600);
-        }
-        const auto list = [](const list_point& p) {
-            return std::tie(p.stepNumber, p.frequency, p.frequencyUnit, p.power, p.dwell, p.dwellUnit, p.advance,
-                            p.last);
-        };
-        const auto pattern = [](const pattern_point& p) {
-            return std::tie(p.stepNumber, p.onTime, p.onTimeUnit, p.offTime, p.offTimeUnit, p.loops, p.last);
-        };
-        for (std::size_t i = 0; i < 600; ++i) {
-            QVERIFY(list(*read.list.points[i]) == list(*steps.list.points[i]));
-            QVERIFY(pattern(*read.pattern.points[i]) == pattern(*steps.pattern.points[i]));
         }
     }
 };
