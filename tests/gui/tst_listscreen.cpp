@@ -10,7 +10,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
-#include <QScrollBar>
 #include <QTimer>
 
 using namespace Kavor::HandheldGui;
@@ -131,8 +130,6 @@ private slots:
         for (int i = 0; i < 9; ++i)
             QVERIFY(panel().press(name("Add")));
         QCOMPARE(table()->currentRow(), 9);
-        QCoreApplication::processEvents();
-        QVERIFY(table()->verticalScrollBar()->width() >= 56);
         QVERIFY(panel().press(name("DeleteStep")));
         QCOMPARE(table()->rowCount(), 9);
         if (isList()) { // all steps of a pattern go without a question
@@ -157,21 +154,18 @@ private slots:
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("result"); // what the cell shows, or the toast behind a "!"
-        const auto row = [](const char* name, int column, const char* number, const char* key, const char* result) {
-            QTest::newRow(name) << column << number << key << result;
-        };
-        row("list: frequency", 1, "2400", "keyUnit1", "2.4 GHz");
-        row("list: frequency by Enter, in hertz", 1, "2", "keyEnter", "!Frequency is outside the valid range");
-        row("list: cancelled", 1, "", "key5 keyEsc", "1 GHz");
-        row("list: no number", 1, "", "keyClear keyUnit0", "!Invalid numeric value");
-        row("list: power", 2, "-3.5", "keyUnit0", "-3.5 dBm");
-        row("list: power too high", 2, "20.01", "keyUnit0", "!Power is outside the valid range");
-        row("list: dwell too short", 3, "9", "keyUnit1", "!Dwell time is outside the valid range");
-        row("pattern: on time too short", 1, "99", "keyUnit0", "!Pattern time is outside the valid range");
-        row("pattern: off time", 2, "1.5", "keyUnit3", "1.5 s");
-        row("pattern: repetition by Enter", 3, "8", "keyEnter", "8");
-        row("pattern: thousands of repetitions", 3, "2", "keyUnit1", "2000");
-        row("pattern: too many repetitions", 3, "66", "keyUnit1", "!Repetition count is outside the valid range");
+        addRow("list: frequency", 1, "2400", "keyUnit1", "2.4 GHz");
+        addRow("list: frequency by Enter, in hertz", 1, "2", "keyEnter", "!Frequency is outside the valid range");
+        addRow("list: cancelled", 1, "", "key5 keyEsc", "1 GHz");
+        addRow("list: no number", 1, "", "keyClear keyUnit0", "!Invalid numeric value");
+        addRow("list: power", 2, "-3.5", "keyUnit0", "-3.5 dBm");
+        addRow("list: power too high", 2, "20.01", "keyUnit0", "!Power is outside the valid range");
+        addRow("list: dwell too short", 3, "9", "keyUnit1", "!Dwell time is outside the valid range");
+        addRow("pattern: on time too short", 1, "99", "keyUnit0", "!Pattern time is outside the valid range");
+        addRow("pattern: off time", 2, "1.5", "keyUnit3", "1.5 s");
+        addRow("pattern: repetition by Enter", 3, "8", "keyEnter", "8");
+        addRow("pattern: thousands of repetitions", 3, "2", "keyUnit1", "2000");
+        addRow("pattern: too many repetitions", 3, "66", "keyUnit1", "!Repetition count is outside the valid range");
     }
     void edits() {
         QFETCH(int, column);
