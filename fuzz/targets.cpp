@@ -33,7 +33,7 @@ QString outcome(ScpiReply& reply, bool query) {
     case ScpiReply::Progress::Answered:
         break;
     }
-    return QStringLiteral("answered ") + QString::fromLatin1(reply.takePayload().toHex());
+    return QStringLiteral("answered ") + QString::fromLatin1(QByteArray::fromStdString(reply.takePayload()).toHex());
 }
 
 /// However the bytes are cut on their way, the same comes of them.

@@ -133,12 +133,42 @@ struct Show {
     QByteArray operator()(const MaskField& field) const { return QByteArray::number(record.*field.mask); }
 };
 
+/// A step of a sweep may be within its limits and the whole sweep not: a change that makes it so is refused.
+QByteArray sweepTimeRefusal(const ChannelRecord& before, const ChannelRecord& after) {
+    struct Sweep {
+        LimitedCount ChannelRecord::*steps;
+        LimitedValue ChannelRecord::*dwell;
+        ValueLimits ChannelRecord::*limits;
+        double timeIn(const ChannelRecord& record) const { return (record.*steps).value * (record.*dwell).value; }
+    };
+    static const Sweep kSweeps[] = {
+        {&ChannelRecord::frswSteps, &ChannelRecord::frswDwell, &ChannelRecord::frswTotalTime},
+        {&ChannelRecord::prswSteps, &ChannelRecord::prswDwell, &ChannelRecord::prswTotalTime}};
+    for (const Sweep& sweep : kSweeps) {
+        const ValueLimits limits = after.*sweep.limits;
+        const double seconds = sweep.timeIn(after);
+        const double rounding = seconds * 1e-9; // of the product, so that the limits themselves are within
+        const bool within =
+            !limits.known() || limits.contains(seconds + rounding) || limits.contains(seconds - rounding);
+        if (seconds != sweep.timeIn(before) && !within)
+            return refusal(OutOfRange, "The sweep would take " + numberText(seconds) + " s, which is not within " +
+                                           numberText(limits.minimum) + " to " + numberText(limits.maximum));
+    }
+    return {};
+}
+
 } // namespace
 
 QByteArray assignField(const Field& field, const QByteArray& argument, ChannelRecord& record) {
     if (argument.isEmpty())
         return refusal(MissingParameter, "Missing parameter");
-    return std::visit(Assign{argument, record}, field);
+    ChannelRecord changed = record;
+    QByteArray refused = std::visit(Assign{argument, changed}, field);
+    if (refused.isEmpty())
+        refused = sweepTimeRefusal(record, changed);
+    if (refused.isEmpty())
+        record = changed;
+    return refused;
 }
 
 QByteArray fieldText(const Field& field, const ChannelRecord& record) {

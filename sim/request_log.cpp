@@ -2,20 +2,24 @@
 
 #include "sim/scpi_text.h"
 
-#include <algorithm>
 #include <chrono>
 
 namespace Sim {
 
-void RequestLog::add(const QByteArray& line) {
+void RequestLog::add(const QByteArray& text) {
+    const ScpiLine line = splitLine(text);
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_lines << line;
+    ++m_counts[{line.header.toUpper(), line.isQuery}];
+    m_lines << text;
+    if (m_lines.size() > MaximumLines)
+        m_lines.removeFirst();
     m_added.notify_all();
 }
 
 void RequestLog::clear() {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_lines.clear();
+    m_counts.clear();
 }
 
 QByteArrayList RequestLog::lines() const {
@@ -25,11 +29,13 @@ QByteArrayList RequestLog::lines() const {
 
 int RequestLog::count(const QByteArray& header) const {
     const ScpiLine wanted = splitLine(header);
-    const QByteArrayList all = lines();
-    return static_cast<int>(std::count_if(all.begin(), all.end(), [&wanted](const QByteArray& text) {
-        const ScpiLine line = splitLine(text);
-        return line.isQuery == wanted.isQuery && headerMatches(wanted.header.constData(), line.header);
-    }));
+    std::lock_guard<std::mutex> lock(m_mutex);
+    int count = 0;
+    for (auto it = m_counts.begin(); it != m_counts.end(); ++it) {
+        if (it.key().second == wanted.isQuery && headerMatches(wanted.header.constData(), it.key().first))
+            count += it.value();
+    }
+    return count;
 }
 
 bool RequestLog::waitFor(const Predicate& predicate, int ms) const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArrayList>
+#include <QHash>
+#include <QPair>
 
 #include <condition_variable>
 #include <functional>
@@ -8,9 +10,12 @@
 
 namespace Sim {
 
-/// What reached the module, in order. Any thread.
+/// What reached the module, in order: the last lines, and how often each header came. Any thread.
 class RequestLog {
 public:
+    /// Lines kept. Counting goes on exactly when older ones have gone.
+    static constexpr int MaximumLines = 10000;
+
     using Predicate = std::function<bool(const QByteArrayList&)>;
 
     void add(const QByteArray& line);
@@ -28,6 +33,7 @@ private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_added;
     QByteArrayList m_lines;
+    QHash<QPair<QByteArray, bool>, int> m_counts; ///< by header, and whether it was a query
 };
 
 } // namespace Sim

@@ -107,7 +107,7 @@ protected:
 private:
     struct Answer {
         int status = -1;
-        QString reply;
+        std::string reply;
         QString error = QStringLiteral("timeout");
     };
 

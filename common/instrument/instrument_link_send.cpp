@@ -57,20 +57,21 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
     Answer answer;
     int id = 0;
     bool ended = false;
-    const auto end = [&](int endedId, int status, const QString& reply, const QString& error) {
+    const auto end = [&](int endedId, int status, std::string* reply, const QString& error) {
         if (endedId != id)
             return;
-        answer = {status, reply, error};
+        answer = {status, reply ? std::move(*reply) : std::string(), error};
         ended = true;
         loop.quit();
     };
     if (isQuery) {
-        connect(
-            m_client, &ScpiClient::queryFinished, &loop,
-            [&end](int i, const QString& reply, int status, const QString& error) { end(i, status, reply, error); });
+        connect(m_client, &ScpiClient::replyFinished, &loop,
+                [&end](int i, const ReplyUtf8& reply, int status, const QString& error) {
+                    end(i, status, reply.get(), error);
+                });
     } else {
         connect(m_client, &ScpiClient::writeFinished, &loop,
-                [&end](int i, int status, const QString& error) { end(i, status, QString(), error); });
+                [&end](int i, int status, const QString& error) { end(i, status, nullptr, error); });
     }
 
     ++m_waits;
@@ -102,11 +103,11 @@ int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArra
         return 0;
     }
     const bool isQuery = command.find('?') != std::string::npos;
-    const Answer answer = await(isQuery, QByteArray::fromStdString(command), m_settings.commandTimeoutMs);
+    Answer answer = await(isQuery, QByteArray::fromStdString(command), m_settings.commandTimeoutMs);
     if (isQuery) {
         if (answer.status != 0)
             return -1;
-        reply = cleanedReply(answer.reply);
+        reply = cleanedReply(std::move(answer.reply));
         qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, kLoggedReply).c_str();
         return 0;
     }

@@ -3,11 +3,11 @@
 #include <poll.h>
 
 #include <QDebug>
+#include <QMetaMethod>
 #include <QMetaObject>
 #include <QTcpSocket>
 #include <QThread>
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "common/instrument/scpi_log.h"
@@ -15,6 +15,7 @@
 
 ScpiClient::ScpiClient(const QHostAddress& host, quint16 port, QObject* parent)
     : QObject(parent), m_host(host), m_port(port), m_timeout(this), m_retry(this) {
+    qRegisterMetaType<ReplyUtf8>("ReplyUtf8");
     m_timeout.setSingleShot(true);
     m_timeout.setTimerType(Qt::PreciseTimer);
     connect(&m_timeout, &QTimer::timeout, this, [this] { finishFail(QStringLiteral("timeout")); });
@@ -92,7 +93,7 @@ bool ScpiClient::withdrawHere(int id) {
         return false;
     const Req request = *found;
     m_queue.erase(found);
-    reportEnd(request, -1, QString(), QStringLiteral("timeout"));
+    reportEnd(request, -1, std::string(), QStringLiteral("timeout"));
     return true;
 }
 
@@ -224,17 +225,14 @@ void ScpiClient::scheduleReconnect() {
 
 void ScpiClient::finishOk() {
     const Req head = takeHead();
-    const QByteArray payload = m_reply.takePayload();
-    const auto length = strnlen(payload.constData(), static_cast<std::size_t>(payload.size()));
-    const QString reply = head.isQuery ? QString::fromUtf8(payload.constData(), static_cast<int>(length)) : QString();
-    reportEnd(head, 0, reply, QString());
+    reportEnd(head, 0, m_reply.takePayload(), QString());
     m_busy = 0;
     pump();
 }
 
 void ScpiClient::finishFail(const QString& error) {
     if (!m_queue.empty())
-        reportEnd(takeHead(), -1, QString(), error);
+        reportEnd(takeHead(), -1, std::string(), error);
     m_busy = 0;
     resume();
 }
@@ -246,11 +244,15 @@ ScpiClient::Req ScpiClient::takeHead() {
     return head;
 }
 
-void ScpiClient::reportEnd(const Req& request, int status, const QString& reply, const QString& error) {
-    if (request.isQuery)
-        emit queryFinished(request.id, reply, status, error);
-    else
+void ScpiClient::reportEnd(const Req& request, int status, std::string reply, const QString& error) {
+    if (!request.isQuery) {
         emit writeFinished(request.id, status, error);
+        return;
+    }
+    static const QMetaMethod decoded = QMetaMethod::fromSignal(&ScpiClient::queryFinished);
+    const QString text = isSignalConnected(decoded) ? QString::fromStdString(reply) : QString();
+    emit replyFinished(request.id, std::make_shared<std::string>(std::move(reply)), status, error);
+    emit queryFinished(request.id, text, status, error);
 }
 
 void ScpiClient::close() {
@@ -265,7 +267,7 @@ void ScpiClient::closeHere() {
     std::deque<Req> ended;
     ended.swap(m_queue);
     for (const Req& request : ended)
-        reportEnd(request, -1, QString(), QStringLiteral("shutdown"));
+        reportEnd(request, -1, std::string(), QStringLiteral("shutdown"));
     if (m_socket != nullptr)
         dropLink();
 }

@@ -8,11 +8,16 @@
 #include <QTimer>
 #include <atomic>
 #include <deque>
+#include <memory>
 #include <mutex>
+#include <string>
 
 #include "common/instrument/scpireply.h"
 
 class QTcpSocket;
+
+using ReplyUtf8 = std::shared_ptr<std::string>;
+Q_DECLARE_METATYPE(ReplyUtf8)
 
 /// TCP client of the module's SCPI service, on a thread of its own. Requests are served strictly in order, one on the
 /// wire at a time, and each ends exactly once, by writeFinished or queryFinished with its id: status 0 and an empty
@@ -56,6 +61,10 @@ public slots:
 signals:
     void writeFinished(int id, int status, const QString& error);
     void queryFinished(int id, const QString& reply, int status, const QString& error);
+
+    /// Ahead of queryFinished, with the same reply in UTF-8, which who asked may move away. The text of queryFinished
+    /// is only made when somebody listens to it.
+    void replyFinished(int id, const ReplyUtf8& reply, int status, const QString& error);
     void connected();
     void disconnected();
 
@@ -91,7 +100,7 @@ private:
     bool withdrawHere(int id);
     void closeHere();
     Req takeHead();
-    void reportEnd(const Req& request, int status, const QString& reply, const QString& error);
+    void reportEnd(const Req& request, int status, std::string reply, const QString& error);
 
     const QHostAddress m_host;
     const quint16 m_port;

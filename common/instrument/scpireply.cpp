@@ -1,6 +1,11 @@
 #include "common/instrument/scpireply.h"
 
+#include <QBuffer>
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
 
 #include "common/instrument/scpi_words.h"
 
@@ -10,6 +15,31 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+template <typename Buffer>
+void readTo(Buffer& buffer, int count, QIODevice& device) {
+    const auto before = buffer.size();
+    buffer.resize(before + static_cast<decltype(before)>(count));
+    const qint64 got = device.read(buffer.data() + before, count);
+    buffer.resize(before + static_cast<decltype(before)>(std::max<qint64>(got, 0)));
+}
+
+// ASCII without a NUL. In strides of 64 bytes: a reply may have megabytes.
+bool isPlain(const char* text, std::size_t size) {
+    std::array<std::uint64_t, 8> stride{};
+    std::array<std::uint64_t, 8> seen{};
+    std::size_t at = 0;
+    for (; at + sizeof stride <= size; at += sizeof stride) {
+        std::memcpy(stride.data(), text + at, sizeof stride);
+        for (std::size_t i = 0; i < stride.size(); ++i)
+            seen[i] |= stride[i];
+    }
+    const auto isAscii = [](char c) {
+        return static_cast<unsigned char>(c) < 0x80;
+    };
+    return std::all_of(reinterpret_cast<const char*>(seen.data()), reinterpret_cast<const char*>(&seen + 1), isAscii) &&
+           std::all_of(text + at, text + size, isAscii) && std::memchr(text, 0, size) == nullptr;
+}
+
 } // namespace
 
 void ScpiReply::reset() {
@@ -17,20 +47,29 @@ void ScpiReply::reset() {
     m_begin = 0;
     m_scanned = 0;
     m_blockLength = -1;
-    m_payload = QByteArray();
+    m_payload = std::string();
+    m_payloadIsPlain = true;
 }
 
 void ScpiReply::append(QIODevice& device) {
     dropConsumed();
-    const int before = m_bytes.size();
-    m_bytes.resize(before + static_cast<int>(device.bytesAvailable()));
-    const qint64 got = device.read(m_bytes.data() + before, m_bytes.size() - before);
-    m_bytes.resize(before + static_cast<int>(std::max<qint64>(got, 0)));
+    int available = static_cast<int>(device.bytesAvailable());
+    const int ofBlock = std::min(available, m_blockLength - static_cast<int>(m_payload.size()));
+    if (m_blockLength >= 0 && ofBlock > 0) {
+        const std::size_t before = m_payload.size();
+        readTo(m_payload, ofBlock, device);
+        notePayload(before);
+        available -= ofBlock;
+    }
+    if (available > 0)
+        readTo(m_bytes, available, device);
 }
 
 void ScpiReply::append(const QByteArray& bytes) {
-    dropConsumed();
-    m_bytes.append(bytes);
+    QBuffer device;
+    device.setData(bytes);
+    device.open(QIODevice::ReadOnly);
+    append(device);
 }
 
 // Keeps a service that only acknowledges, endlessly, from filling the memory; seldom enough to cost nothing.
@@ -71,16 +110,18 @@ ScpiReply::Progress ScpiReply::advance(bool isQuery, QString& error) {
         }
         const bool decides = isQuery ? kind == Other && !line.isEmpty() : kind == Acknowledged;
         if (decides) {
-            m_payload = line;
+            m_payload = line.toStdString();
+            notePayload(0);
             return Progress::Answered;
         }
     }
 }
 
-QByteArray ScpiReply::takePayload() {
-    QByteArray payload;
-    payload.swap(m_payload);
-    return payload;
+std::string ScpiReply::takePayload() {
+    std::string payload = std::exchange(m_payload, std::string());
+    if (m_payloadIsPlain)
+        return payload;
+    return QString::fromUtf8(payload.data(), static_cast<int>(strnlen(payload.data(), payload.size()))).toStdString();
 }
 
 bool ScpiReply::tryExtractLine(QByteArray& line) {
@@ -107,7 +148,7 @@ ScpiReply::LineClass ScpiReply::classifyLine(const QByteArray& line) {
 
 ScpiReply::BlockState ScpiReply::parseBlock(QString& error) {
     if (m_blockLength >= 0)
-        return takeBlock();
+        return blockState();
     if (remaining() < 2)
         return BlockIncomplete;
     const char digitCount = m_bytes.at(m_begin + 1);
@@ -136,18 +177,22 @@ ScpiReply::BlockState ScpiReply::parseBlock(QString& error) {
         return NoBlock;
     }
     m_blockLength = static_cast<int>(length);
-    m_bytes.remove(0, m_begin + 2 + digits);
-    m_begin = 0;
-    m_bytes.reserve(m_blockLength + 2); // the line end may come along
-    return takeBlock();
+    m_begin += 2 + digits;
+    const int come = std::min(remaining(), m_blockLength);
+    m_payload.reserve(static_cast<std::size_t>(m_blockLength));
+    m_payload.assign(m_bytes.constData() + m_begin, static_cast<std::size_t>(come));
+    m_begin += come;
+    notePayload(0);
+    return blockState();
 }
 
-ScpiReply::BlockState ScpiReply::takeBlock() {
-    if (m_bytes.size() < m_blockLength)
+ScpiReply::BlockState ScpiReply::blockState() {
+    if (static_cast<int>(m_payload.size()) < m_blockLength)
         return BlockIncomplete;
-    m_payload.swap(m_bytes);
-    m_payload.truncate(m_blockLength);
-    m_bytes.clear();
     m_blockLength = -1;
     return BlockComplete;
+}
+
+void ScpiReply::notePayload(std::size_t from) {
+    m_payloadIsPlain = m_payloadIsPlain && isPlain(m_payload.data() + from, m_payload.size() - from);
 }

@@ -133,7 +133,6 @@ private slots:
         QTest::newRow("refused")             << false << QByteArray("-ERR 1, no\r\n")       << -1 << "-ERR 1, no";
         QTest::newRow("line")                << true  << QByteArray("1.5;2\r\n")            << 0  << "1.5;2";
         QTest::newRow("not Latin")           << true  << QByteArray("\xC2\xB5s\r\n")        << 0  << QString::fromUtf8("\xC2\xB5s");
-        QTest::newRow("up to the first NUL") << true  << QByteArray("#15he\0lo\n", 9)      << 0  << "he";
         QTest::newRow("query refused")       << true  << QByteArray("-ERR\r\n")             << -1 << "-ERR";
         QTest::newRow("malformed block")     << true  << QByteArray("#x\r\n")               << -1 << "invalid-block-format(nd)";
         QTest::newRow("surplus behind it")   << true  << QByteArray("1\r\nsurplus\r\n#19")  << 0  << "1";

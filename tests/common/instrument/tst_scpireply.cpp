@@ -24,21 +24,18 @@ private slots:
         constexpr bool query = true;
 
         row("write: acknowledged", write, "+OK\r\n", Progress::Answered);
-        row("write: line feed alone", write, "+OK\n", Progress::Answered);
-        row("write: blanks around", write, " +OK \r\n", Progress::Answered);
+        row("write: blanks around, line feed alone", write, " +OK \n", Progress::Answered);
         row("write: not ended", write, "+OK", Progress::Waiting);
         row("write: other lines skipped", write, "\r\n1.5\r\n+OKAY\r\n+OK\r\n", Progress::Answered);
         row("write: no block", write, "#0\r\n#15hello\n", Progress::Waiting);
         row("write: refused", write, "-ERR 12, out of range \r\n", Progress::Failed, {}, "-ERR 12, out of range");
-        row("write: refused without a reason", write, "-ERR\r\n", Progress::Failed, {}, "-ERR");
 
         row("query: line", query, "1.5\r\n", Progress::Answered, "1.5");
-        row("query: after an acknowledgement", query, "+OK\r\n1\r\n", Progress::Answered, "1");
-        row("query: after empty lines", query, "\r\n \r\n1\r\n", Progress::Answered, "1");
+        row("query: after an acknowledgement and empty lines", query, "+OK\r\n\r\n \r\n1\r\n", Progress::Answered, "1");
         row("query: only an acknowledgement", query, "+OK\r\n", Progress::Waiting);
         row("query: line not ended", query, "1.5\r", Progress::Waiting);
         row("query: refused", query, "-ERR no\r\n", Progress::Failed, {}, "-ERR no");
-        row("query: nothing", query, "", Progress::Waiting);
+        row("query: up to the first NUL", query, QByteArray("1\0002\n", 4), Progress::Answered, "1");
 
         row("block", query, "#15hello\n", Progress::Answered, "hello");
         row("block: without line feed", query, "#15hello", Progress::Answered, "hello");
@@ -47,17 +44,16 @@ private slots:
         row("block: nine digits", query, "#9000000005hello", Progress::Answered, "hello");
         row("block: line ends and refusals inside", query, "#210-ERR\r\n+OK\n", Progress::Answered, "-ERR\r\n+OK\n");
         row("block: after an acknowledgement", query, "+OK\r\n#15hello\n", Progress::Answered, "hello");
-        row("block: after the line feed of another", query, "\n#15hello\n", Progress::Answered, "hello");
+        row("block: up to the first NUL", query, QByteArray("#15he\0lo\n", 9), Progress::Answered, "he");
+        row("block: not Latin", query, "#14\xC2\xB5s!\n", Progress::Answered, "\xC2\xB5s!");
+        row("block: no UTF-8", query, "#13a\xFFz\n", Progress::Answered, "a\xEF\xBF\xBDz");
         row("block: zero digits is a line", query, "#0abc\r\n", Progress::Answered, "#0abc");
         row("block: no digit count", query, "#x\r\n", Progress::Failed, {}, "invalid-block-format(nd)");
-        row("block: line end for a digit count", query, "#\r\n", Progress::Failed, {}, "invalid-block-format(nd)");
         row("block: letter among the digits", query, "#2a", Progress::Failed, {}, "invalid-block-format(len-digit)");
         row("block: last digit no digit", query, "#21-", Progress::Failed, {}, "invalid-block-format(len-digit)");
-        row("block: too long", query, "#9999999999", Progress::Failed, {}, "block-len-out-of-range");
         row("block: longest and one", query, "#816777217", Progress::Failed, {}, "block-len-out-of-range");
         row("block: longest", query, "#816777216", Progress::Waiting);
         row("block: header alone", query, "#2", Progress::Waiting);
-        row("block: the sign alone", query, "#", Progress::Waiting);
     }
 
     // The stream is cut in every way that matters: the outcome must be the same.
@@ -77,7 +73,7 @@ private slots:
             QTEST(progress, "progress");
             QCOMPARE(failure, error);
             if (isQuery && progress == Progress::Answered)
-                QCOMPARE(reply.takePayload(), payload);
+                QCOMPARE(QByteArray::fromStdString(reply.takePayload()), payload);
         }
     }
 
@@ -112,7 +108,7 @@ private slots:
             QCOMPARE(reached, progress);
             QCOMPARE(failure, progress == Progress::Failed ? QString("reply-too-large") : QString());
             if (progress == Progress::Answered)
-                QCOMPARE(reply.takePayload().size(), filling);
+                QCOMPARE(reply.takePayload().size(), static_cast<std::size_t>(filling));
         }
     }
 
@@ -131,11 +127,8 @@ private slots:
         // clang-format off
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("cleaned");
-        QTest::newRow("as it is") << "10.5" << "10.5";
-        QTest::newRow("blanks and line ends") << " \t10.5 \r\n" << "10.5";
-        QTest::newRow("blanks inside stay") << " a b " << "a b";
+        QTest::newRow("blanks and line ends") << " \t1 0.5 \r\n" << "1 0.5";
         QTest::newRow("only blanks") << " \t\r\n" << "";
-        QTest::newRow("empty") << "" << "";
         QTest::newRow("first of two") << "1;2\n" << "1";
         QTest::newRow("blank before the semicolon stays") << "1 ;2" << "1 ";
         QTest::newRow("starts with a semicolon") << " ;2" << "";
@@ -146,13 +139,7 @@ private slots:
     void cleaning() {
         QFETCH(QString, text);
         QTEST(QString::fromStdString(cleanResponse(text.toStdString())), "cleaned");
-        QTEST(QString::fromStdString(cleanedReply(text)), "cleaned");
-    }
-
-    // Characters of every length in UTF-8, over many pieces of the conversion.
-    void largeRepliesAreConvertedWhole() {
-        const QString text = QString::fromUtf8("x\xC2\xB5\xE2\x82\xAC\xF0\x9F\x98\x80").repeated(50001);
-        QVERIFY(cleanedReply(" " + text + "\r\n") == text.toStdString());
+        QTEST(QString::fromStdString(cleanedReply(text.toStdString())), "cleaned");
     }
 };
 
