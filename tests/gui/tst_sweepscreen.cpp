@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QTimer>
 #include <cmath>
 
 using namespace Kavor::HandheldGui;
@@ -144,6 +145,21 @@ private slots:
         fail(Sim::Fault::Keep, ":FRSW:STOP");
         QVERIFY(panel().enter("frswStart", "1.5", "keyUnit0"));
         QCOMPARE(panel().toast(), QString("command send failure"));
+        checkRelations("frsw");
+    }
+
+    /// An entry that comes in while one is on its way was made for values that are about to change.
+    void aSecondEntryMeanwhile() {
+        QVERIFY(panel().press("frswSizeLock"));
+        fail(Sim::Fault::Late, QByteArray(), 300);
+        QString toast;
+        QTimer::singleShot(100, [&] {
+            QVERIFY(panel().enter("frswSteps", "6"));
+            toast = panel().toast();
+        });
+        QVERIFY(panel().enter("frswStart", "1.5", "keyUnit0"));
+        QCOMPARE(toast, QString("command send failure"));
+        QCOMPARE(panel().sent(), (QStringList{":FRSW:STAR 1500000000.000", ":FRSW:STOP 2500000000"}));
         checkRelations("frsw");
     }
 

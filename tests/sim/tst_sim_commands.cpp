@@ -1,4 +1,5 @@
 #include "common/instrument/scpi_words.h"
+#include "sim/request_log.h"
 #include "tests/sim/sim_client.h"
 #include "tests/support/testbase.h"
 
@@ -47,460 +48,408 @@ class TestSimCommands : public TestBase {
     Q_OBJECT
 
 private slots:
-    void commandShowsInTheRecord_data();
-    void commandShowsInTheRecord();
-    void everybodyMayReadTheRegion();
-    void limitsAreFilledAndHoldTheValue();
-    void refused_data();
-    void refused();
-    void conflictingModulationsAreRefused_data();
-    void conflictingModulationsAreRefused();
-    void query_data();
-    void query();
-    void errorsQueueUp();
-    void channelsAreApart();
-    void disconnectedChannelRefuses();
-    void networkIsOfAllChannels();
-    void portMoves();
-    void resetKeepsIdentityAndNetwork();
-    void configurations_data();
-    void configurations();
-    void stepsDefinedOneByOne();
-    void uploadedStepsAreDecoded();
-    void triggersAreCounted();
-    void requestsInAnyPieces_data();
-    void requestsInAnyPieces();
-    void uploads_data();
-    void uploads();
-};
+    void commandShowsInTheRecord_data() {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<Getter>("field");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* command, Getter field, const QString& expected) {
+            QTest::newRow(command) << QByteArray(command) << field << expected;
+        };
+        row(":FREQ 1234567890.123", NUMBER(frequency.value), text(1234567890.123));
+        row("freq 9000.000", NUMBER(frequency.value), text(9000));
+        row(":Freq 6e9", NUMBER(frequency.value), text(6e9));
+        row(":POW -59.9999", NUMBER(power.value), text(-59.9999));
+        row(":OUTP ON", NUMBER(rfOutput), "1");
+        row(":MODulation:ENABle:MASK 10", NUMBER(modulationEnable), "10");
+        row(":modulation:enable:mask 3", NUMBER(modulationEnable), "3");
+        row(":TRIG:COUN 17", NUMBER(triggerCount.value), "17");
+        row(":TRIG:TIM:TIME 0.0000015000", NUMBER(triggerTimer.value), text(0.0000015));
+        row(":TRIG:INP:IMP 10K", NUMBER(triggerImpedance), "10000");
+        row(":TRIG:INP:IMP 100000", NUMBER(triggerImpedance), "100000");
+        row(":TRIG:SOUR tim", TEXT(triggerSource), "TIMer");
+        row(":INIT:CONT OFF", NUMBER(runMode), "0");
+        row(":ROSC:EXT:FREQ 100MHz", TEXT(referenceOscillator), "100MHz");
+        row(":AM:STAT ON", NUMBER(amState), "1");
+        row(":FM:DEV 12345.678", NUMBER(fmDeviation.value), text(12345.678));
+        row(":PULS:WIDT 0.000001500", NUMBER(pulseWidth.value), text(0.0000015));
+        row(":FRSW ON", NUMBER(frswState), "1");
+        row(":PRSW:STOP 12.50", NUMBER(prswStop.value), text(12.5));
+        row(":PRSW:DIR UPDOWN", TEXT(prswDirection), "UPDOWN");
+        row(":SYST:COMM:LAN:DHCP ON", NUMBER(dhcp), "1");
+        row(":SYST:COMM:LAN:IPAD \"10.0.0.7\"", TEXT(ipAddress), "10.0.0.7");
+    }
 
-void TestSimCommands::commandShowsInTheRecord_data() {
-    QTest::addColumn<QByteArray>("command");
-    QTest::addColumn<Getter>("field");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char* command, Getter field, const QString& expected) {
-        QTest::newRow(command) << QByteArray(command) << field << expected;
-    };
-    row(":FREQ 1234567890.123", NUMBER(frequency.value), text(1234567890.123));
-    row("freq 9000.000", NUMBER(frequency.value), text(9000));
-    row(":Freq 6e9", NUMBER(frequency.value), text(6e9));
-    row(":POW -59.9999", NUMBER(power.value), text(-59.9999));
-    row(":PHAS 359.999", NUMBER(phase.value), text(359.999));
-    row(":OUTP ON", NUMBER(rfOutput), "1");
-    row(":OUTP 1", NUMBER(rfOutput), "1");
-    row(":MODulation:ENABle:MASK 10", NUMBER(modulationEnable), "10");
-    row(":MOD:ENAB:MASK 255", NUMBER(modulationEnable), "255");
-    row(":modulation:enable:mask 3", NUMBER(modulationEnable), "3");
-    row(":TRIG:COUN 17", NUMBER(triggerCount.value), "17");
-    row(":TRIG:TIM:TIME 0.0000015000", NUMBER(triggerTimer.value), text(0.0000015));
-    row(":TRIG:DEL 0.0000015000", NUMBER(triggerDelay.value), text(0.0000015));
-    row(":TRIG:INP:IMP 10K", NUMBER(triggerImpedance), "10000");
-    row(":TRIG:INP:IMP 10000", NUMBER(triggerImpedance), "10000");
-    row(":TRIG:INP:IMP 100000", NUMBER(triggerImpedance), "100000");
-    row(":TRIG:SOUR TIMer", TEXT(triggerSource), "TIMer");
-    row(":TRIG:SOUR tim", TEXT(triggerSource), "TIMer");
-    row(":TRIG:EDG NEGative", TEXT(triggerEdge), "NEGative");
-    row(":TRIG:ADV STEP", TEXT(triggerAdvance), "STEP");
-    row(":INIT:CONT OFF", NUMBER(runMode), "0");
-    row(":ROSC:EXT:FREQ 100MHz", TEXT(referenceOscillator), "100MHz");
-    row(":AM:INT:FREQ 1500.000", NUMBER(amRate.value), "1500");
-    row(":AM:DEPT 30.0", NUMBER(amDepth.value), "30");
-    row(":AM:STAT ON", NUMBER(amState), "1");
-    row(":AM:SOUR EXTernal", TEXT(amSource), "EXTernal");
-    row(":FM:INT:FREQ 2000", NUMBER(fmRate.value), "2000");
-    row(":FM:DEV 12345.678", NUMBER(fmDeviation.value), text(12345.678));
-    row(":FM:STAT ON", NUMBER(fmState), "1");
-    row(":FM:SOUR EXTernal", TEXT(fmSource), "EXTernal");
-    row(":PM:INT:FREQ 333.333333", NUMBER(pmRate.value), text(333.333333));
-    row(":PM:DEV 12.34", NUMBER(pmDeviation.value), text(12.34));
-    row(":PM:STAT ON", NUMBER(pmState), "1");
-    row(":PM:SOUR EXTernal", TEXT(pmSource), "EXTernal");
-    row(":PULS:FREQ 1000.500000000", NUMBER(pulseFrequency.value), text(1000.5));
-    row(":PULS:WIDT 0.000001500", NUMBER(pulseWidth.value), text(0.0000015));
-    row(":PULS:STAT ON", NUMBER(pulseState), "1");
-    row(":PULS:SOUR EXTernal", TEXT(pulseSource), "EXTernal");
-    row(":PATT:STAT ON", NUMBER(patternState), "1");
-    row(":LIST:STAT ON", NUMBER(listState), "1");
-    row(":FRSW:STAR 1000000000.500", NUMBER(frswStart.value), text(1000000000.5));
-    row(":FRSW:STOP 5000000000", NUMBER(frswStop.value), text(5e9));
-    row(":FRSW:STEP 101", NUMBER(frswSteps.value), "101");
-    row(":FRSW:TIME 0.000020000", NUMBER(frswDwell.value), text(0.00002));
-    row(":FRSW ON", NUMBER(frswState), "1");
-    row(":FRSW:DIR UPDOWN", TEXT(frswDirection), "UPDOWN");
-    row(":PRSW:STAR -20.25", NUMBER(prswStart.value), text(-20.25));
-    row(":PRSW:STOP 12.50", NUMBER(prswStop.value), text(12.5));
-    row(":PRSW:STEP 2", NUMBER(prswSteps.value), "2");
-    row(":PRSW:TIME 0.000020000", NUMBER(prswDwell.value), text(0.00002));
-    row(":PRSW:STAT ON", NUMBER(prswState), "1");
-    row(":PRSW:DIR UPDOWN", TEXT(prswDirection), "UPDOWN");
-    row(":SYST:COMM:LAN:DHCP ON", NUMBER(dhcp), "1");
-    row(":SYST:COMM:LAN:IPAD \"10.0.0.7\"", TEXT(ipAddress), "10.0.0.7");
-    row(":SYST:COMM:LAN:MASK \"255.255.0.0\"", TEXT(networkMask), "255.255.0.0");
-    row(":SYST:COMM:LAN:GAT \"10.0.0.1\"", TEXT(gateway), "10.0.0.1");
-}
+    void commandShowsInTheRecord() {
+        QFETCH(QByteArray, command);
+        QFETCH(Getter, field);
+        QFETCH(QString, expected);
+        Bench bench;
+        QVERIFY(bench.region->isMapped());
+        QCOMPARE(bench.region->size(), 3 * kChannelRecordSize);
+        QVERIFY(field(bench.region->at(0)) != expected);
+        QCOMPARE(bench.ask(command), QByteArray("+OK"));
+        QCOMPARE(field(bench.region->at(0)), expected); // at once: the answer comes after the change
+        QCOMPARE(field(bench.simulator.record(0)), expected);
+        QCOMPARE(bench.simulator.received(), QByteArrayList{command});
+    }
 
-void TestSimCommands::commandShowsInTheRecord() {
-    QFETCH(QByteArray, command);
-    QFETCH(Getter, field);
-    QFETCH(QString, expected);
-    Bench bench;
-    QVERIFY(bench.region->isMapped());
-    QCOMPARE(bench.region->size(), 3 * kChannelRecordSize);
-    QVERIFY(field(bench.region->at(0)) != expected);
-    QCOMPARE(bench.ask(command), QByteArray("+OK"));
-    QCOMPARE(field(bench.region->at(0)), expected); // at once: the answer comes after the change
-    QCOMPARE(field(bench.simulator.record(0)), expected);
-    QCOMPARE(bench.simulator.received(), QByteArrayList{command});
-}
+    // The panel may run under another account than the module's service, whose umask may be strict.
+    void everybodyMayReadTheRegion() {
+        const mode_t before = umask(077);
+        const Bench bench;
+        umask(before);
+        QCOMPARE(bench.region->mode(), 0644U);
+    }
 
-// The panel may run under another account than the module's service, whose umask may be strict.
-void TestSimCommands::everybodyMayReadTheRegion() {
-    const mode_t before = umask(077);
-    const Bench bench;
-    umask(before);
-    QCOMPARE(bench.region->mode(), 0644U);
-}
+    void limitsAreFilledAndHoldTheValue() {
+        Bench bench;
+        const ChannelRecord r = bench.simulator.record(2);
+        const auto holds = [](const auto& limited) {
+            return limited.minimum < limited.maximum && limited.value >= limited.minimum &&
+                   limited.value <= limited.maximum;
+        };
+        for (const LimitedValue& value : {r.triggerDelay, r.triggerTimer, r.phase, r.amRate, r.amDepth, r.fmRate,
+                                          r.fmDeviation, r.pmRate, r.pmDeviation, r.pulseFrequency, r.pulseWidth,
+                                          r.frswStart, r.frswStop, r.frswDwell, r.prswStart, r.prswStop, r.prswDwell})
+            QVERIFY2(holds(value), qPrintable(text(value.maximum)));
+        for (const LimitedCount& count : {r.triggerCount, r.patternRepetitions, r.frswSteps, r.prswSteps})
+            QVERIFY(holds(count));
+        QVERIFY(holds(r.frequency) && holds(r.power));
+        QVERIFY(r.frswTotalTime.minimum < r.frswTotalTime.maximum && r.prswTotalTime.minimum < r.prswTotalTime.maximum);
+        QCOMPARE(QByteArray(r.scpiPort), QByteArray::number(bench.simulator.port()));
+    }
 
-void TestSimCommands::limitsAreFilledAndHoldTheValue() {
-    Bench bench;
-    const ChannelRecord r = bench.simulator.record(2);
-    const auto holds = [](const auto& limited) {
-        return limited.minimum < limited.maximum && limited.value >= limited.minimum &&
-               limited.value <= limited.maximum;
-    };
-    for (const LimitedValue& value : {r.triggerDelay, r.triggerTimer, r.phase, r.amRate, r.amDepth, r.fmRate,
-                                      r.fmDeviation, r.pmRate, r.pmDeviation, r.pulseFrequency, r.pulseWidth,
-                                      r.frswStart, r.frswStop, r.frswDwell, r.prswStart, r.prswStop, r.prswDwell})
-        QVERIFY2(holds(value), qPrintable(text(value.maximum)));
-    for (const LimitedCount& count : {r.triggerCount, r.patternRepetitions, r.frswSteps, r.prswSteps})
-        QVERIFY(holds(count));
-    QVERIFY(holds(r.frequency) && holds(r.power));
-    QVERIFY(r.listDwell.minimum < r.listDwell.defaultValue && r.listDwell.defaultValue < r.listDwell.maximum);
-    QVERIFY(r.patternTime.minimum < r.patternTime.defaultValue && r.patternTime.defaultValue < r.patternTime.maximum);
-    QVERIFY(r.frswTotalTime.minimum < r.frswTotalTime.maximum && r.prswTotalTime.minimum < r.prswTotalTime.maximum);
-    QCOMPARE(r.frequency.minimum, 9000.0);
-    QCOMPARE(r.frequency.maximum, 6e9);
-    QCOMPARE(QByteArray(r.scpiPort), QByteArray::number(bench.simulator.port()));
-}
+    void refused_data() {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<QByteArray>("code");
+        const auto row = [](const char* command, const char* code) {
+            QTest::newRow(command) << QByteArray(command) << QByteArray(code);
+        };
+        row(":FREQ 8999.999", "-222,");
+        row(":FREQ 6000000000.001", "-222,");
+        row(":POW 20.0001", "-222,");
+        row(":FREQ abc", "-104,");
+        row(":FREQ 1e9Hz", "-104,");
+        row(":FREQ 1,2", "-104,");
+        row(":FREQ", "-109,");
+        row(":FREQ:STAR 5", "-113,");
+        row("::FREQ 1e9", "-113,");
+        row(":TRIG:COUN 1.5", "-104,");
+        row(":TRIG:COUN 0", "-222,");
+        row(":TRIG:INP:IMP 75", "-224,");
+        row(":TRIG:SOUR EXTernall", "-224,");
+        row(":OUTP MAYBE", "-224,");
+        row(":MODulation:ENABle:MASK 256", "-222,");
+        row(":INST:SEL 3", "-222,");
+        row(":INST:SEL -1", "-222,");
+        row(":SYST:COMM:LAN:IPAD \"1.2.3.256\"", "-224,");
+        row(":SYST:COMM:LAN:IPAD \"1..2.3\"", "-224,");
+        row(":SYST:COMM:LAN:PORT 65536", "-222,");
+        row(":OUTPut:RESTore:MODE SOMETIMES", "-224,");
+        row(":SYST:SET:REC 77", "-256,");
+        row(":SYST:SET:CLE 77", "-256,");
+        row(":SYST:SET:STOR 0", "-224,");
+        row(":SYST:SET:STOR ../x", "-224,");
+        row("*RST 5", "-108,");
+        row("*TRG?", "-113,");
+        row(":PATT:DEF 1,2", "-104,");
+        row("SIMulator:NOTHING", "-113,");
+        row("SIMulator:FAULt WHAT", "-224,");
+        row("SIMulator:FAULt LATE,WHEN=3", "-224,");
+        row("SIMulator:FAULt LATE,MS=-3", "-224,");
+        row("SIMulator:BATTery 101,0", "-224,");
+    }
 
-void TestSimCommands::refused_data() {
-    QTest::addColumn<QByteArray>("command");
-    QTest::addColumn<QByteArray>("code");
-    const auto row = [](const char* command, const char* code) {
-        QTest::newRow(command) << QByteArray(command) << QByteArray(code);
-    };
-    row(":FREQ 8999.999", "-222,");
-    row(":FREQ 6000000000.001", "-222,");
-    row(":POW 20.0001", "-222,");
-    row(":FREQ abc", "-104,");
-    row(":FREQ 1e9Hz", "-104,");
-    row(":FREQ nan", "-104,");
-    row(":FREQ inf", "-104,");
-    row(":FREQ 1,2", "-104,");
-    row(":FREQ", "-109,");
-    row(":FREQX 5", "-113,");
-    row(":FREQ:STAR 5", "-113,");
-    row("::FREQ 1e9", "-113,");
-    row(":TRIG:COUN 1.5", "-104,");
-    row(":TRIG:COUN 0", "-222,");
-    row(":TRIG:COUN -1", "-222,");
-    row(":TRIG:INP:IMP 75", "-224,");
-    row(":TRIG:SOUR EXTernall", "-224,");
-    row(":OUTP MAYBE", "-224,");
-    row(":MODulation:ENABle:MASK 256", "-222,");
-    row(":INST:SEL 3", "-222,");
-    row(":INST:SEL 100", "-222,");
-    row(":INST:SEL -1", "-222,");
-    row(":SYST:COMM:LAN:IPAD \"1.2.3\"", "-224,");
-    row(":SYST:COMM:LAN:IPAD \"1.2.3.256\"", "-224,");
-    row(":SYST:COMM:LAN:IPAD \"1..2.3\"", "-224,");
-    row(":SYST:COMM:LAN:PORT 65536", "-222,");
-    row(":SYST:COMM:LAN:PORT 0", "-222,");
-    row(":OUTPut:RESTore:MODE SOMETIMES", "-224,");
-    row(":SYST:SET:REC 77", "-256,");
-    row(":SYST:SET:CLE 77", "-256,");
-    row(":SYST:SET:STOR 0", "-224,");
-    row(":SYST:SET:STOR ../x", "-224,");
-    row("*RST 5", "-108,");
-    row("*TRG?", "-113,");
-    row(":PATT:DEF 1,2", "-104,");
-    row("SIMulator:NOTHING", "-113,");
-    row("SIMulator:FAULt WHAT", "-224,");
-    row("SIMulator:FAULt LATE,WHEN=3", "-224,");
-    row("SIMulator:FAULt LATE,MS=-3", "-224,");
-    row("SIMulator:BATTery 101,0", "-224,");
-}
+    void refused() {
+        QFETCH(QByteArray, command);
+        QFETCH(QByteArray, code);
+        Bench bench;
+        const ChannelRecord before = bench.simulator.record(0);
+        const QByteArray answer = bench.ask(command);
+        QVERIFY2(answer.startsWith("-ERR " + code) && answer.size() > 12, answer.constData());
+        const ChannelRecord after = bench.simulator.record(0);
+        QCOMPARE(memcmp(&before, &after, sizeof before), 0);
+    }
 
-void TestSimCommands::refused() {
-    QFETCH(QByteArray, command);
-    QFETCH(QByteArray, code);
-    Bench bench;
-    const ChannelRecord before = bench.simulator.record(0);
-    const QByteArray answer = bench.ask(command);
-    QVERIFY2(answer.startsWith("-ERR " + code) && answer.size() > 12, answer.constData());
-    const ChannelRecord after = bench.simulator.record(0);
-    QCOMPARE(memcmp(&before, &after, sizeof before), 0);
-}
-
-void TestSimCommands::conflictingModulationsAreRefused_data() {
-    QTest::addColumn<QByteArray>("first");
-    QTest::addColumn<QByteArray>("second");
-    QTest::addColumn<bool>("together");
-    const QByteArrayList states{":AM:STAT",   ":FM:STAT",   ":PM:STAT",   ":FRSW",
-                                ":PRSW:STAT", ":PULS:STAT", ":LIST:STAT", ":PATT:STAT"};
-    for (const QByteArray& first : states) {
-        for (const QByteArray& second : states) {
-            const bool angle = first == ":FM:STAT" || first == ":PM:STAT";
-            const bool otherAngle = second == ":FM:STAT" || second == ":PM:STAT";
-            const bool am = first == ":AM:STAT" || second == ":AM:STAT";
-            QTest::addRow("%s with %s", second.constData(), first.constData())
-                << first << second << (first == second || (!am && angle != otherAngle));
+    void conflictingModulationsAreRefused_data() {
+        QTest::addColumn<QByteArray>("first");
+        QTest::addColumn<QByteArray>("second");
+        QTest::addColumn<bool>("together");
+        const QByteArrayList states{":AM:STAT",   ":FM:STAT",   ":PM:STAT",   ":FRSW",
+                                    ":PRSW:STAT", ":PULS:STAT", ":LIST:STAT", ":PATT:STAT"};
+        for (const QByteArray& first : states) {
+            for (const QByteArray& second : states) {
+                const bool angle = first == ":FM:STAT" || first == ":PM:STAT";
+                const bool otherAngle = second == ":FM:STAT" || second == ":PM:STAT";
+                const bool am = first == ":AM:STAT" || second == ":AM:STAT";
+                QTest::addRow("%s with %s", second.constData(), first.constData())
+                    << first << second << (first == second || (!am && angle != otherAngle));
+            }
         }
     }
-}
 
-void TestSimCommands::conflictingModulationsAreRefused() {
-    QFETCH(QByteArray, first);
-    QFETCH(QByteArray, second);
-    QFETCH(bool, together);
-    Bench bench;
-    QCOMPARE(bench.ask(first + " ON"), QByteArray("+OK"));
-    const QByteArray answer = bench.ask(second + " ON");
-    QVERIFY2(together ? answer == "+OK" : answer.startsWith("-ERR -221,"), answer.constData());
-    QCOMPARE(bench.ask(second + "?"), QByteArray(together ? "1" : "0"));
-    QCOMPARE(bench.ask(first + " OFF"), QByteArray("+OK"));
-    QCOMPARE(bench.ask(second + " ON"), QByteArray("+OK"));
-}
-
-void TestSimCommands::query_data() {
-    QTest::addColumn<QByteArray>("request");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::newRow("number") << QByteArray(":FREQ?") << QByteArray("1e+09");
-    QTest::newRow("number, blank behind") << QByteArray(":POW? ") << QByteArray("-10");
-    QTest::newRow("count") << QByteArray(":FRSW:STEP?") << QByteArray("11");
-    QTest::newRow("switch") << QByteArray(":OUTP?") << QByteArray("0");
-    QTest::newRow("word") << QByteArray(":TRIG:SOUR?") << QByteArray("EXTernal");
-    QTest::newRow("address") << QByteArray(":SYST:COMM:LAN:MASK?") << QByteArray("255.255.255.0");
-    QTest::newRow("channel") << QByteArray(":INST:SEL?") << QByteArray("0");
-    QTest::newRow("identity") << QByteArray("*IDN?") << QByteArray("KAVOR,KV-6000,KV60-000101-1,1.4.2/2.07");
-    QTest::newRow("architecture") << QByteArray(Scpi::DeviceArchitectureQuery)
-                                  << QByteArray("KV-6000,20000,3,usb,2001,168c,handheld");
-    QTest::newRow("no error") << QByteArray(":SYST:ERR?") << QByteArray("0,No error");
-    QTest::newRow("block") << QByteArray("SIMulator:BLOCk? 30") << QByteArray("#230ABCDEFGHIJKLMNOPQRSTUVWXYZABCD");
-}
-
-void TestSimCommands::query() {
-    QFETCH(QByteArray, request);
-    Bench bench;
-    QTEST(bench.ask(request), "answer");
-}
-
-void TestSimCommands::errorsQueueUp() {
-    Bench bench;
-    bench.ask(":FREQ 1");
-    bench.ask(":NOT:THERE 1");
-    QVERIFY(bench.ask(":SYST:ERR?").startsWith("-222,"));
-    QVERIFY(bench.ask(":SYST:ERR?").startsWith("-113,"));
-    QCOMPARE(bench.ask(":SYSTem:ERRor?"), QByteArray("0,No error"));
-}
-
-void TestSimCommands::channelsAreApart() {
-    Bench bench;
-    QCOMPARE(bench.ask(":INST:SEL 2"), QByteArray("+OK"));
-    QCOMPARE(bench.ask(":FREQ 2e9"), QByteArray("+OK"));
-    QCOMPARE(bench.region->at(0).frequency.value, 1e9);
-    QCOMPARE(bench.region->at(2).frequency.value, 2e9);
-    QCOMPARE(bench.simulator.data().selected, 2U);
-}
-
-void TestSimCommands::disconnectedChannelRefuses() {
-    Sim::Options options = optionsOf(2);
-    options.disconnectedChannels = 2;
-    Bench bench(options);
-    QVERIFY(bench.region->at(0).connected != 0);
-    QCOMPARE(bench.region->at(1).connected, 0);
-    bench.ask(":INST:SEL 1");
-    QVERIFY(bench.ask(":FREQ 2e9").startsWith("-ERR -241,"));
-    QCOMPARE(bench.ask("SIMulator:CONNected 1,ON"), QByteArray("+OK"));
-    QCOMPARE(bench.ask(":FREQ 2e9"), QByteArray("+OK"));
-}
-
-void TestSimCommands::networkIsOfAllChannels() {
-    Bench bench;
-    bench.ask(":SYST:COMM:LAN:GAT \"10.1.1.1\"");
-    bench.ask(":SYST:COMM:LAN:DHCP ON");
-    for (unsigned channel = 0; channel < 3; ++channel) {
-        QCOMPARE(QByteArray(bench.region->at(channel).gateway), QByteArray("10.1.1.1"));
-        QCOMPARE(bench.region->at(channel).dhcp, 1U);
+    void conflictingModulationsAreRefused() {
+        QFETCH(QByteArray, first);
+        QFETCH(QByteArray, second);
+        QFETCH(bool, together);
+        Bench bench;
+        QCOMPARE(bench.ask(first + " ON"), QByteArray("+OK"));
+        const QByteArray answer = bench.ask(second + " ON");
+        QVERIFY2(together ? answer == "+OK" : answer.startsWith("-ERR -221,"), answer.constData());
+        QCOMPARE(bench.ask(second + "?"), QByteArray(together ? "1" : "0"));
+        QCOMPARE(bench.ask(first + " OFF"), QByteArray("+OK"));
+        QCOMPARE(bench.ask(second + " ON"), QByteArray("+OK"));
     }
-}
 
-void TestSimCommands::portMoves() {
-    Bench bench;
-    const quint16 before = bench.simulator.port();
-    quint16 next = 0;
-    {
-        QTcpSocket probe; // a port that was free a moment ago
-        QVERIFY(probe.bind(QHostAddress(QHostAddress::LocalHost)));
-        next = probe.localPort();
+    void query_data() {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("number") << QByteArray(":FREQ?") << QByteArray("1e+09");
+        QTest::newRow("count, blank behind") << QByteArray(":FRSW:STEP? ") << QByteArray("11");
+        QTest::newRow("switch") << QByteArray(":OUTP?") << QByteArray("0");
+        QTest::newRow("word") << QByteArray(":TRIG:SOUR?") << QByteArray("EXTernal");
+        QTest::newRow("address") << QByteArray(":SYST:COMM:LAN:MASK?") << QByteArray("255.255.255.0");
+        QTest::newRow("channel") << QByteArray(":INST:SEL?") << QByteArray("0");
+        QTest::newRow("identity") << QByteArray("*IDN?") << QByteArray("KAVOR,KV-6000,KV60-000101-1,1.4.2/2.07");
+        QTest::newRow("architecture") << QByteArray(Scpi::DeviceArchitectureQuery)
+                                      << QByteArray("KV-6000,20000,3,usb,2001,168c,handheld");
+        QTest::newRow("block") << QByteArray("SIMulator:BLOCk? 30") << QByteArray("#230ABCDEFGHIJKLMNOPQRSTUVWXYZABCD");
     }
-    QCOMPARE(bench.ask(":SYST:COMM:LAN:PORT " + QByteArray::number(next)), QByteArray("+OK"));
-    QCOMPARE(QByteArray(bench.region->at(2).scpiPort), QByteArray::number(next));
-    QCOMPARE(bench.ask(":SYST:COMM:LAN:PORT?"), QByteArray::number(next)); // the old connection stays
-    QCOMPARE(SimClient(next).ask(":INST:SEL?"), QByteArray("0"));
-    QTcpSocket old;
-    old.connectToHost(QHostAddress::LocalHost, before);
-    QVERIFY(!old.waitForConnected(2000));
-}
 
-void TestSimCommands::resetKeepsIdentityAndNetwork() {
-    Bench bench;
-    const ChannelRecord factory = bench.simulator.record(1);
-    for (const char* command : {":SYST:COMM:LAN:IPAD \"10.0.0.7\"", ":INST:SEL 1", ":FREQ 2e9", ":AM:STAT ON",
-                                ":TRIG:SOUR BUS", ":MODulation:ENABle:MASK 1"})
-        QCOMPARE(bench.ask(command), QByteArray("+OK"));
-    QCOMPARE(bench.ask(Scpi::Reset), QByteArray("+OK"));
-    const ChannelRecord& after = bench.region->at(1);
-    QCOMPARE(memcmp(&after, &factory, offsetof(ChannelRecord, model)), 0);
-    QCOMPARE(QByteArray(after.ipAddress), QByteArray("10.0.0.7"));
-    QCOMPARE(QByteArray(after.model), QByteArray("KV-6000"));
-}
+    void query() {
+        QFETCH(QByteArray, request);
+        Bench bench;
+        QTEST(bench.ask(request), "answer");
+    }
 
-void TestSimCommands::configurations_data() {
-    QTest::addColumn<bool>("inFolder");
-    QTest::addColumn<QByteArray>("restore");
-    QTest::addColumn<quint32>("output");
-    QTest::newRow("in memory, output restored") << false << QByteArray("AUTO") << 1U;
-    QTest::newRow("in a folder, output restored") << true << QByteArray("AUTO") << 1U;
-    QTest::newRow("output off") << true << QByteArray("MANUAL") << 0U;
-}
+    void errorsQueueUp() {
+        Bench bench;
+        bench.ask(":FREQ 1");
+        bench.ask(":NOT:THERE 1");
+        QVERIFY(bench.ask(":SYST:ERR?").startsWith("-222,"));
+        QVERIFY(bench.ask(":SYST:ERR?").startsWith("-113,"));
+        QCOMPARE(bench.ask(":SYSTem:ERRor?"), QByteArray("0,No error"));
+    }
 
-void TestSimCommands::configurations() {
-    QFETCH(bool, inFolder);
-    QFETCH(QByteArray, restore);
-    QFETCH(quint32, output);
-    const QTemporaryDir folder;
-    Sim::Options options = optionsOf(2);
-    if (inFolder)
-        options.configurationFolder = folder.filePath("preset");
-    const QByteArray mode = Scpi::PowerOnRestore + restore;
-    {
-        Bench bench(options);
-        for (const QByteArray& command : QByteArrayList{":FREQ 2e9", ":OUTP ON", ":AM:STAT ON", mode, ":INST:SEL 1",
-                                                        ":POW 5", ":SYST:SET:STOR 12", ":SYST:SET:REC 0"})
+    /// Settings are the selected channel's, the network is that of all.
+    void channels() {
+        Bench bench;
+        for (const char* command :
+             {":INST:SEL 2", ":FREQ 2e9", ":SYST:COMM:LAN:GAT \"10.1.1.1\"", ":SYST:COMM:LAN:DHCP ON"})
             QCOMPARE(bench.ask(command), QByteArray("+OK"));
         QCOMPARE(bench.region->at(0).frequency.value, 1e9);
-        QCOMPARE(bench.region->at(0).rfOutput, 0U);
-        QCOMPARE(bench.ask(":SYST:SET:REC 12"), QByteArray("+OK"));
-        QCOMPARE(bench.region->at(0).frequency.value, 2e9);
-        QCOMPARE(bench.region->at(0).rfOutput, output);
-        QCOMPARE(bench.region->at(0).amState, output);
-        QCOMPARE(bench.region->at(1).power.value, 5.0);
+        QCOMPARE(bench.region->at(2).frequency.value, 2e9);
+        QCOMPARE(QByteArray(bench.region->at(0).gateway), QByteArray("10.1.1.1"));
+        QCOMPARE(bench.region->at(1).dhcp, 1U);
     }
-    QCOMPARE(QFile::exists(folder.filePath("preset/preset-12.json")), inFolder);
-    options.regionName = uniqueRegion();
-    Bench later(options);
-    QCOMPARE(later.ask(":SYST:SET:REC 12") == "+OK", inFolder);
-    QCOMPARE(later.ask(":SYST:SET:CLE 12") == "+OK", inFolder);
-    QVERIFY(later.ask(":SYST:SET:REC 12").startsWith("-ERR -256,"));
-}
 
-void TestSimCommands::stepsDefinedOneByOne() {
-    Bench bench;
-    for (const char* command :
-         {":SOUR:LIST:DEF 1,1e+08,5,0,0,0.0005", ":SOUR:LIST:DEF 2,2e+08,5,1,0,0.0005", ":PATT:DEF 1,8e-07,1e-06,1,1"})
-        QCOMPARE(bench.ask(command), QByteArray("+OK"));
-    QCOMPARE(bench.simulator.data().listSteps.at(0), QByteArray("1,1e+08,5,0,0,0.0005\n2,2e+08,5,1,0,0.0005"));
-    QCOMPARE(bench.simulator.data().patternSteps.at(0), QByteArray("1,8e-07,1e-06,1,1"));
-    QCOMPARE(
-        bench.ask("SIMulator:LIST:DEFined?"),
-        QByteArray("1: 100000000.000 Hz, 5.00 dBm, 500 us, Run; 2: 200000000.000 Hz, 5.00 dBm, 500 us, Run, last"));
-    QCOMPARE(bench.ask("SIMulator:PATTern:DEFined?"), QByteArray("1: on 800 ns, off 1000 ns, 1 times, last"));
-}
+    /// Steps and step time may be fine and the sweep not.
+    void sweepsKeepTheirTotalTime_data() {
+        QTest::addColumn<QByteArray>("sweep");
+        QTest::newRow("frequency") << QByteArray(":FRSW");
+        QTest::newRow("power") << QByteArray(":PRSW");
+    }
+    void sweepsKeepTheirTotalTime() {
+        QFETCH(QByteArray, sweep);
+        Bench bench;
+        const auto takes = [&](const char* rest) {
+            return bench.ask(sweep + rest) == "+OK";
+        };
+        QVERIFY(takes(":TIME 1"));
+        QVERIFY(takes(":STEP 3600")); // an hour
+        QVERIFY(!takes(":STEP 3601"));
+        QVERIFY(!takes(":TIME 1.000001"));
+        QVERIFY(takes(":STEP 2"));
+        QVERIFY(takes(":TIME 0.00001")); // the shortest: 20 us
+        bench.simulator.modify(0, [](ChannelRecord& r) { r.frswTotalTime = r.prswTotalTime = {1, 0.5}; });
+        QVERIFY(!takes(":TIME 0.00002"));
+        QVERIFY(takes(":DIR UPDOWN")); // what does not change the time is not held up by it
+    }
 
-/// The bytes of the manual, read back as words.
-void TestSimCommands::uploadedStepsAreDecoded() {
-    Sim::Options options = optionsOf(1);
-    QByteArrayList shown;
-    options.onUpload = [&shown](const QByteArray& header, const QByteArrayList& steps) {
-        shown << header << steps;
-    };
-    Bench bench(options);
-    QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray());
-    QCOMPARE(bench.ask(":LIST:DATA #232" + QByteArray::fromHex("010000E876481700E6FB02F401000000"
-                                                               "020000E876481700F40101E803000000")),
-             QByteArray("+OK"));
-    QCOMPARE(bench.ask(":PATT:DATA #220" + QByteArray::fromHex("01000500E8030000000000002003000000000000")),
-             QByteArray("+OK"));
-    QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray("1: 100000000.000 Hz, -10.50 dBm, 500 us, Wait; "
-                                                      "2: 100000000.000 Hz, 5.00 dBm, 1000 us, Run, last"));
-    QCOMPARE(bench.ask("SIMulator:PATTern?"), QByteArray("1: on 800 ns, off 1000 ns, 5 times, last"));
-    QCOMPARE(shown.size(), 5);
-    QCOMPARE(shown.at(3), QByteArray("PATT:DATA"));
-}
+    void disconnectedChannelRefuses() {
+        Sim::Options options = optionsOf(2);
+        options.disconnectedChannels = 2;
+        Bench bench(options);
+        QVERIFY(bench.region->at(0).connected != 0);
+        QCOMPARE(bench.region->at(1).connected, 0);
+        bench.ask(":INST:SEL 1");
+        QVERIFY(bench.ask(":FREQ 2e9").startsWith("-ERR -241,"));
+        QCOMPARE(bench.ask("SIMulator:CONNected 1,ON"), QByteArray("+OK"));
+        QCOMPARE(bench.ask(":FREQ 2e9"), QByteArray("+OK"));
+    }
 
-void TestSimCommands::triggersAreCounted() {
-    Bench bench;
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(bench.ask(Scpi::Trigger), QByteArray("+OK"));
-    QCOMPARE(bench.simulator.data().triggers, 3U);
-    QCOMPARE(bench.ask("SIMulator:TRIGgers?"), QByteArray("3"));
-    QCOMPARE(bench.simulator.count("*TRG"), 3);
-    bench.ask("*IDN?");
-    QCOMPARE(bench.simulator.count("*IDN"), 0);
-    QCOMPARE(bench.simulator.count("*IDN?"), 1);
-    bench.simulator.clearReceived();
-    QCOMPARE(bench.simulator.received(), QByteArrayList());
-}
+    void portMoves() {
+        Bench bench;
+        const quint16 before = bench.simulator.port();
+        quint16 next = 0;
+        {
+            QTcpSocket probe; // a port that was free a moment ago
+            QVERIFY(probe.bind(QHostAddress(QHostAddress::LocalHost)));
+            next = probe.localPort();
+        }
+        QCOMPARE(bench.ask(":SYST:COMM:LAN:PORT " + QByteArray::number(next)), QByteArray("+OK"));
+        QCOMPARE(QByteArray(bench.region->at(2).scpiPort), QByteArray::number(next));
+        QCOMPARE(bench.ask(":SYST:COMM:LAN:PORT?"), QByteArray::number(next)); // the old connection stays
+        QCOMPARE(SimClient(next).ask(":INST:SEL?"), QByteArray("0"));
+        QTcpSocket old;
+        old.connectToHost(QHostAddress::LocalHost, before);
+        QVERIFY(!old.waitForConnected(2000));
+    }
 
-void TestSimCommands::requestsInAnyPieces_data() {
-    QTest::addColumn<int>("piece");
-    for (const int piece : {1, 2, 7, 1000})
-        QTest::addRow("%d bytes", piece) << piece;
-}
+    void resetKeepsIdentityAndNetwork() {
+        Bench bench;
+        const ChannelRecord factory = bench.simulator.record(1);
+        for (const char* command : {":SYST:COMM:LAN:IPAD \"10.0.0.7\"", ":INST:SEL 1", ":FREQ 2e9", ":AM:STAT ON",
+                                    ":TRIG:SOUR BUS", ":MODulation:ENABle:MASK 1"})
+            QCOMPARE(bench.ask(command), QByteArray("+OK"));
+        QCOMPARE(bench.ask(Scpi::Reset), QByteArray("+OK"));
+        const ChannelRecord& after = bench.region->at(1);
+        QCOMPARE(memcmp(&after, &factory, offsetof(ChannelRecord, model)), 0);
+        QCOMPARE(QByteArray(after.ipAddress), QByteArray("10.0.0.7"));
+        QCOMPARE(QByteArray(after.model), QByteArray("KV-6000"));
+    }
 
-void TestSimCommands::requestsInAnyPieces() {
-    QFETCH(int, piece);
-    Bench bench;
-    const QByteArray steps("\n\rOK\r\n\2\0#\0;\"\t.\0", 16);
-    const QByteArray pattern("\n\r+O\r\n;#\0\0\0\0\"\t.\0\0\0\0", 20);
-    const QByteArray stream =
-        ":FREQ 2e9\r\n\r\n:POW?\n:LIST:DATA #216" + steps + "\r\n:OUTP ON\n:PATT:DATA #220" + pattern + "\n:OUTP?\r\n";
-    for (int at = 0; at < stream.size(); at += piece)
-        bench.client->send(stream.mid(at, piece));
-    for (const char* answer : {"+OK", "-10", "+OK", "+OK", "+OK", "1"})
-        QCOMPARE(bench.client->line(), QByteArray(answer));
-    QCOMPARE(bench.simulator.data().lists.at(0), steps);
-    QCOMPARE(bench.simulator.data().patterns.at(0), pattern);
-    QCOMPARE(bench.simulator.received().at(2), ":LIST:DATA #216" + steps);
-    QCOMPARE(bench.simulator.count(":LIST:DATA"), 1);
-}
+    void configurations_data() {
+        QTest::addColumn<bool>("inFolder");
+        QTest::addColumn<QByteArray>("restore");
+        QTest::addColumn<quint32>("output");
+        QTest::newRow("in memory, output restored") << false << QByteArray("AUTO") << 1U;
+        QTest::newRow("in a folder, output restored") << true << QByteArray("AUTO") << 1U;
+        QTest::newRow("output off") << true << QByteArray("MANUAL") << 0U;
+    }
 
-void TestSimCommands::uploads_data() {
-    QTest::addColumn<QByteArray>("request");
-    QTest::addColumn<QByteArray>("answer");
-    const auto row = [](const char* name, const QByteArray& request, const char* answer) {
-        QTest::newRow(name) << request << QByteArray(answer);
-    };
-    const QByteArray step = QByteArray::fromHex("010000E876481700E6FB02F401000000");
-    row("one step", ":LIST:DATA #216" + step, "+OK");
-    row("long form, leading zero", ":LIST:DATA #3016" + step, "+OK");
-    row("not a whole step", ":LIST:DATA #217" + QByteArray(17, 'x'), "-ERR -161,");
-    row("no step", ":LIST:DATA #10", "-ERR -161,");
-    row("pattern with a list step", ":PATT:DATA #216" + QByteArray(16, 'x'), "-ERR -161,");
-    row("longer than announced", ":LIST:DATA #216" + QByteArray(17, 'x'), "-ERR -161,");
-    row("no length", ":LIST:DATA #x", "-ERR -113,");
-    row("unknown length", ":LIST:DATA #0", "-ERR -113,");
-    row("absurd length", ":LIST:DATA #9999999999", "-ERR -113,");
-}
+    void configurations() {
+        QFETCH(bool, inFolder);
+        QFETCH(QByteArray, restore);
+        QFETCH(quint32, output);
+        const QTemporaryDir folder;
+        Sim::Options options = optionsOf(2);
+        if (inFolder)
+            options.configurationFolder = folder.filePath("preset");
+        const QByteArray mode = Scpi::PowerOnRestore + restore;
+        {
+            Bench bench(options);
+            for (const QByteArray& command : QByteArrayList{":FREQ 2e9", ":OUTP ON", ":AM:STAT ON", mode, ":INST:SEL 1",
+                                                            ":POW 5", ":SYST:SET:STOR 12", ":SYST:SET:REC 0"})
+                QCOMPARE(bench.ask(command), QByteArray("+OK"));
+            QCOMPARE(bench.region->at(0).frequency.value, 1e9);
+            QCOMPARE(bench.region->at(0).rfOutput, 0U);
+            QCOMPARE(bench.ask(":SYST:SET:REC 12"), QByteArray("+OK"));
+            QCOMPARE(bench.region->at(0).frequency.value, 2e9);
+            QCOMPARE(bench.region->at(0).rfOutput, output);
+            QCOMPARE(bench.region->at(0).amState, output);
+            QCOMPARE(bench.region->at(1).power.value, 5.0);
+        }
+        QCOMPARE(QFile::exists(folder.filePath("preset/preset-12.json")), inFolder);
+        options.regionName = uniqueRegion();
+        Bench later(options);
+        QCOMPARE(later.ask(":SYST:SET:REC 12") == "+OK", inFolder);
+        QCOMPARE(later.ask(":SYST:SET:CLE 12") == "+OK", inFolder);
+        QVERIFY(later.ask(":SYST:SET:REC 12").startsWith("-ERR -256,"));
+    }
 
-void TestSimCommands::uploads() {
-    QFETCH(QByteArray, request);
-    QFETCH(QByteArray, answer);
-    Bench bench;
-    const QByteArray given = bench.ask(request);
-    QVERIFY2(given.startsWith(answer), given.constData());
-}
+    void stepsDefinedOneByOne() {
+        Bench bench;
+        for (const char* command : {":SOUR:LIST:DEF 1,1e+08,5,0,0,0.0005", ":SOUR:LIST:DEF 2,2e+08,5,1,0,0.0005",
+                                    ":PATT:DEF 1,8e-07,1e-06,1,1"})
+            QCOMPARE(bench.ask(command), QByteArray("+OK"));
+        QCOMPARE(
+            bench.ask("SIMulator:LIST:DEFined?"),
+            QByteArray("1: 100000000.000 Hz, 5.00 dBm, 500 us, Run; 2: 200000000.000 Hz, 5.00 dBm, 500 us, Run, last"));
+        QCOMPARE(bench.ask("SIMulator:PATTern:DEFined?"), QByteArray("1: on 800 ns, off 1000 ns, 1 times, last"));
+    }
+
+    /// The bytes of the manual, read back as words.
+    void uploadedStepsAreDecoded() {
+        Sim::Options options = optionsOf(1);
+        QByteArrayList shown;
+        options.onUpload = [&shown](const QByteArray& header, const QByteArrayList& steps) {
+            shown << header << steps;
+        };
+        Bench bench(options);
+        QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray());
+        QCOMPARE(bench.ask(":LIST:DATA #232" + QByteArray::fromHex("010000E876481700E6FB02F401000000"
+                                                                   "020000E876481700F40101E803000000")),
+                 QByteArray("+OK"));
+        QCOMPARE(bench.ask(":PATT:DATA #220" + QByteArray::fromHex("01000500E8030000000000002003000000000000")),
+                 QByteArray("+OK"));
+        QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray("1: 100000000.000 Hz, -10.50 dBm, 500 us, Wait; "
+                                                          "2: 100000000.000 Hz, 5.00 dBm, 1000 us, Run, last"));
+        QCOMPARE(bench.ask("SIMulator:PATTern?"), QByteArray("1: on 800 ns, off 1000 ns, 5 times, last"));
+        QCOMPARE(shown.size(), 5);
+        QCOMPARE(shown.at(3), QByteArray("PATT:DATA"));
+    }
+
+    void requestsAreCounted() {
+        Bench bench;
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(bench.ask(Scpi::Trigger), QByteArray("+OK"));
+        QCOMPARE(bench.ask("SIMulator:TRIGgers?"), QByteArray("3"));
+        QCOMPARE(bench.simulator.count("*TRG"), 3);
+        bench.ask("*IDN?");
+        QCOMPARE(bench.simulator.count("*IDN"), 0);
+        QCOMPARE(bench.simulator.count("*IDN?"), 1);
+        bench.simulator.clearReceived();
+        QCOMPARE(bench.simulator.received(), QByteArrayList());
+        QCOMPARE(bench.simulator.count("*TRG"), 0);
+    }
+
+    /// It may run for days.
+    void logIsBoundedAndCountsAreExact() {
+        Sim::RequestLog log;
+        log.add(":FREQ 1");
+        for (int i = 0; i < Sim::RequestLog::MaximumLines; ++i)
+            log.add(":pow " + QByteArray::number(i));
+        QCOMPARE(log.lines().size(), Sim::RequestLog::MaximumLines);
+        QCOMPARE(log.lines().first(), QByteArray(":pow 0"));
+        QCOMPARE(log.count("FREQ"), 1);
+        QCOMPARE(log.count(":POW"), Sim::RequestLog::MaximumLines);
+    }
+
+    void requestsInAnyPieces() {
+        const QByteArray steps("\n\rOK\r\n\2\0#\0;\"\t.\0", 16);
+        const QByteArray pattern("\n\r+O\r\n;#\0\0\0\0\"\t.\0\0\0\0", 20);
+        const QByteArray stream = ":FREQ 2e9\r\n\r\n:POW?\n:LIST:DATA #216" + steps + "\r\n:OUTP ON\n:PATT:DATA #220" +
+                                  pattern + "\n:OUTP?\r\n";
+        for (const int piece : {1, 2, 7, 1000}) {
+            Bench bench;
+            for (int at = 0; at < stream.size(); at += piece)
+                bench.client->send(stream.mid(at, piece));
+            for (const char* answer : {"+OK", "-10", "+OK", "+OK", "+OK", "1"})
+                QCOMPARE(bench.client->line(), QByteArray(answer));
+            QCOMPARE(bench.simulator.data().lists.at(0), steps);
+            QCOMPARE(bench.simulator.data().patterns.at(0), pattern);
+            QCOMPARE(bench.simulator.received().at(2), ":LIST:DATA #216" + steps);
+            QCOMPARE(bench.simulator.count(":LIST:DATA"), 1);
+        }
+    }
+
+    void uploads_data() {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("answer");
+        const auto row = [](const char* name, const QByteArray& request, const char* answer) {
+            QTest::newRow(name) << request << QByteArray(answer);
+        };
+        const QByteArray step = QByteArray::fromHex("010000E876481700E6FB02F401000000");
+        row("one step", ":LIST:DATA #216" + step, "+OK");
+        row("long form, leading zero", ":LIST:DATA #3016" + step, "+OK");
+        row("not a whole step", ":LIST:DATA #217" + QByteArray(17, 'x'), "-ERR -161,");
+        row("no step", ":LIST:DATA #10", "-ERR -161,");
+        row("pattern with a list step", ":PATT:DATA #216" + QByteArray(16, 'x'), "-ERR -161,");
+        row("longer than announced", ":LIST:DATA #216" + QByteArray(17, 'x'), "-ERR -161,");
+        row("no length", ":LIST:DATA #x", "-ERR -113,");
+        row("unknown length", ":LIST:DATA #0", "-ERR -113,");
+        row("absurd length", ":LIST:DATA #9999999999", "-ERR -113,");
+    }
+
+    void uploads() {
+        QFETCH(QByteArray, request);
+        QFETCH(QByteArray, answer);
+        Bench bench;
+        const QByteArray given = bench.ask(request);
+        QVERIFY2(given.startsWith(answer), given.constData());
+    }
+};
 
 VELDA_TEST_MAIN(QCoreApplication, TestSimCommands)
 #include "tst_sim_commands.moc"
