@@ -1,7 +1,6 @@
 #include "portable/screens/wdgethernet.h"
 #include "portable/widgets/styles/styles.h"
-#include "tests/gui/panelfixture.h"
-#include "tests/support/testbase.h"
+#include "tests/gui/paneltest.h"
 
 #include <QApplication>
 #include <QDir>
@@ -50,14 +49,12 @@ NetworkFacts oneInterface(const QString& address) {
 } // namespace
 
 /// The LAN page on a simulated module, with a network and a cable of the test's own.
-class LanTest : public TestBase {
+class LanTest : public PanelTest {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_netClass;
     std::unique_ptr<FakeNetwork> m_network;
-    std::unique_ptr<PanelFixture> m_panel;
 
-    PanelFixture& panel() { return *m_panel; }
     QStringList rows() {
         QStringList texts;
         for (const QString& row : Rows)
@@ -76,13 +73,6 @@ class LanTest : public TestBase {
         QVERIFY(panel().press("sysLan"));
         QTRY_COMPARE(panel().text("lanHostName"), QString("bench-3"));
     }
-    void fail(Sim::Fault::Kind kind, const QByteArray& header) {
-        Sim::Fault fault;
-        fault.kind = kind;
-        fault.header = header;
-        panel().module().addFault(fault);
-        allowMessages("\\[SCPI\\] write failed");
-    }
 
 protected:
     void setUp() override {
@@ -95,32 +85,25 @@ protected:
         setup.readNetwork = [this] {
             return m_network->read();
         };
-        m_panel = std::make_unique<PanelFixture>(setup);
+        start(setup);
     }
     void tearDown() override {
-        const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
         m_network->open(); // the panel waits for a look under way
-        m_panel.reset();
-        if (!problems.isEmpty())
-            QFAIL(qPrintable(problems.join("; ")));
+        PanelTest::tearDown();
     }
 
 private slots:
     void addresses_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("usual") << "192.168.1.10" << true;
-        QTest::newRow("zeros") << "0.0.0.0" << true;
         QTest::newRow("highest") << "255.255.255.255" << true;
         QTest::newRow("leading zeros") << "192.168.001.010" << true;
-        QTest::newRow("an empty part counts as 0") << "1..2.3" << true;
-        QTest::newRow("points alone") << "..." << true;
+        QTest::newRow("an empty part counts as 0") << "1..2." << true;
         QTest::newRow("part above 255") << "192.168.1.256" << false;
         QTest::newRow("part of many digits") << "192.168.1.99999999999999999999" << false;
         QTest::newRow("three parts") << "192.168.1" << false;
         QTest::newRow("five parts") << "1.2.3.4.5" << false;
         QTest::newRow("empty") << "" << false;
-        QTest::newRow("letter") << "192.168.1.a" << false;
         QTest::newRow("sign") << "192.168.1.-1" << false;
         QTest::newRow("blank") << "192.168.1. 1" << false;
         QTest::newRow("digits of another script") << QString("192.168.1.\u0661") << false;
@@ -135,24 +118,14 @@ private slots:
         QTest::addColumn<QString>("mask");
         QTest::addColumn<QString>("gateway");
         QTest::addColumn<bool>("within");
-        QTest::newRow("within") << "192.168.1.10"
-                                << "255.255.255.0"
-                                << "192.168.1.1" << true;
-        QTest::newRow("next net") << "192.168.1.10"
-                                  << "255.255.255.0"
-                                  << "192.168.2.1" << false;
-        QTest::newRow("first bit") << "128.0.0.1"
-                                   << "128.0.0.0"
-                                   << "0.0.0.1" << false;
-        QTest::newRow("last bit") << "10.0.0.2"
-                                  << "255.255.255.255"
-                                  << "10.0.0.3" << false;
-        QTest::newRow("odd mask") << "10.0.0.18"
-                                  << "255.255.255.240"
-                                  << "10.0.0.30" << true;
-        QTest::newRow("mask of zeros takes any") << "10.1.2.3"
-                                                 << "0.0.0.0"
-                                                 << "250.9.8.7" << true;
+        const auto row = [](const char* name, const char* address, const char* mask, const char* gateway, bool within) {
+            QTest::newRow(name) << address << mask << gateway << within;
+        };
+        row("within", "192.168.1.10", "255.255.255.0", "192.168.1.1", true);
+        row("next net", "192.168.1.10", "255.255.255.0", "192.168.2.1", false);
+        row("first bit", "128.0.0.1", "128.0.0.0", "0.0.0.1", false);
+        row("last bit", "10.0.0.2", "255.255.255.255", "10.0.0.3", false);
+        row("mask of zeros takes any", "10.1.2.3", "0.0.0.0", "250.9.8.7", true);
     }
     void subnets() {
         QFETCH(QString, address);
@@ -161,17 +134,10 @@ private slots:
         QTEST(ethScreen::IsIpInTheSubnetMask(address, mask, gateway), "within");
     }
 
-    void splitting() {
-        QCOMPARE(ethScreen::split("a..b", '.'), (QStringList{"a", "", "b"}));
-        QCOMPARE(ethScreen::split2("a..b", '.'), (std::vector<std::string>{"a", "", "b"}));
-    }
-
     void cable_data() {
         QTest::addColumn<QStringList>("interfaces"); // name=carrier
         QTest::addColumn<bool>("connected");
         QTest::newRow("no interface") << QStringList() << false;
-        QTest::newRow("not plugged") << QStringList{"eth0=0\n"} << false;
-        QTest::newRow("plugged") << QStringList{"eth0=1\n"} << true;
         QTest::newRow("the second one") << QStringList{"eth0=0\n", "eth1= 1 \n"} << true;
         QTest::newRow("others do not count") << QStringList{"wlan0=1\n", "lo=1\n"} << false;
         QTest::newRow("not the very text") << QStringList{"eth0=11\n"} << false;
@@ -192,7 +158,6 @@ private slots:
         const NetworkFacts::Interface bare{false, "bare", {}};
         const NetworkFacts::Interface first{false, "first", {{"10.0.0.1", "255.0.0.0"}}};
         const NetworkFacts::Interface second{false, "second", {{"10.0.0.2", "255.0.0.0"}}};
-        QTest::newRow("nothing") << NetworkFacts{} << QString();
         QTest::newRow("loopback alone") << NetworkFacts{"", {loop}} << QString();
         QTest::newRow("the first") << NetworkFacts{"", {loop, first, second}} << "first";
         QTest::newRow("one with an address before one without") << NetworkFacts{"", {bare, second}} << "second";
@@ -291,32 +256,17 @@ private slots:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("toast");
-        QTest::newRow("address") << "lanAddress"
-                                 << "Enter static IP for device"
-                                 << "10.0.0.5"
-                                 << "10.0.0.5"
-                                 << "";
-        QTest::newRow("mask") << "lanMask"
-                              << "Enter static IP mask for device"
-                              << "255.0.0.0"
-                              << "255.0.0.0"
-                              << "";
-        QTest::newRow("gateway") << "lanGateway"
-                                 << "Enter Defaut Gateway for device"
-                                 << "10.0.0.1"
-                                 << "10.0.0.1"
-                                 << "";
-        QTest::newRow("port") << "lanPort"
-                              << "Enter TCP SCPI port for device"
-                              << "5025"
-                              << "5025"
-                              << "";
-        QTest::newRow("port too high") << "lanPort"
-                                       << "Enter TCP SCPI port for device"
-                                       << "65536" << QString() << "Range 1 to 65535";
-        QTest::newRow("port 0") << "lanPort"
-                                << "Enter TCP SCPI port for device"
-                                << "0" << QString() << "Range 1 to 65535";
+        const auto row = [](const char* name, const char* row, const char* prompt, const char* typed,
+                            const QString& shown, const char* toast = "") {
+            QTest::newRow(name) << row << prompt << typed << shown << toast;
+        };
+        const char* const port = "Enter TCP SCPI port for device";
+        row("address", "lanAddress", "Enter static IP for device", "10.0.0.5", "10.0.0.5");
+        row("mask", "lanMask", "Enter static IP mask for device", "255.0.0.0", "255.0.0.0");
+        row("gateway", "lanGateway", "Enter Defaut Gateway for device", "10.0.0.1", "10.0.0.1");
+        row("highest port", "lanPort", port, "65535", "65535");
+        row("port too high", "lanPort", port, "65536", QString(), "Range 1 to 65535");
+        row("port 0", "lanPort", port, "0", QString(), "Range 1 to 65535");
     }
     void edits() {
         openPage();
@@ -435,28 +385,22 @@ private slots:
         QTest::addColumn<QString>("logged"); // empty: no line
         QTest::addColumn<QString>("toast");
         QTest::addColumn<int>("taken"); // the static steps that the module took
-        const int refuse = Sim::Fault::Refuse;
-        const int keep = Sim::Fault::Keep;
-        QTest::newRow("dynamic") << "lanDynamic" << refuse << ":SYST:COMM:LAN:DHCP"
-                                 << "Failed to set dynamic configuration"
-                                 << "Failed to set dynamic configuration" << 0;
-        QTest::newRow("dynamic, kept") << "lanDynamic" << keep << ":SYST:COMM:LAN:DHCP"
-                                       << "Failed to set dynamic configuration"
-                                       << "Failed to set dynamic configuration" << 0;
-        QTest::newRow("address") << "lanStatic" << refuse << ":SYST:COMM:LAN:IPAD"
-                                 << "Failed to set ip address 10.0.0.5"
-                                 << "Failed to set static ip 10.0.0.5" << 0;
-        QTest::newRow("mask") << "lanStatic" << refuse << ":SYST:COMM:LAN:MASK"
-                              << "Failed to set netmask 255.0.0.0"
-                              << "Failed to set static netmask 255.0.0.0" << 1;
-        QTest::newRow("gateway") << "lanStatic" << refuse << ":SYST:COMM:LAN:GAT"
-                                 << "Failed to set gateway 10.0.0.1"
-                                 << "Failed to set static gateway 10.0.0.1" << 2;
-        QTest::newRow("static") << "lanStatic" << keep << ":SYST:COMM:LAN:DHCP"
-                                << "Failed to set static configuration"
-                                << "Failed to set static configuration" << 3;
-        QTest::newRow("port") << "lanStatic" << refuse << ":SYST:COMM:LAN:PORT" << QString() << "command send failure"
-                              << 4;
+        const auto row = [](const char* name, const char* mode, Sim::Fault::Kind fault, const char* header,
+                            const QString& logged, const char* toast, int taken) {
+            QTest::newRow(name) << mode << int(fault) << header << logged << toast << taken;
+        };
+        const auto refuse = Sim::Fault::Refuse;
+        const char* const noDynamic = "Failed to set dynamic configuration";
+        const char* const noStatic = "Failed to set static configuration";
+        row("dynamic", "lanDynamic", refuse, ":SYST:COMM:LAN:DHCP", noDynamic, noDynamic, 0);
+        row("address", "lanStatic", refuse, ":SYST:COMM:LAN:IPAD", "Failed to set ip address 10.0.0.5",
+            "Failed to set static ip 10.0.0.5", 0);
+        row("mask", "lanStatic", refuse, ":SYST:COMM:LAN:MASK", "Failed to set netmask 255.0.0.0",
+            "Failed to set static netmask 255.0.0.0", 1);
+        row("gateway", "lanStatic", refuse, ":SYST:COMM:LAN:GAT", "Failed to set gateway 10.0.0.1",
+            "Failed to set static gateway 10.0.0.1", 2);
+        row("static", "lanStatic", Sim::Fault::Keep, ":SYST:COMM:LAN:DHCP", noStatic, noStatic, 3);
+        row("port", "lanStatic", refuse, ":SYST:COMM:LAN:PORT", QString(), "command send failure", 4);
     }
     /// Each step fails in turn: its own text, nothing after it is sent, what was applied stays.
     void failures() {
@@ -474,16 +418,19 @@ private slots:
         QVERIFY(panel().enter("lanPort", "5025"));
         QVERIFY(panel().press(mode));
         fail(static_cast<Sim::Fault::Kind>(fault), header.toLatin1());
+        allowMessages("\\[SCPI\\] write failed");
         if (!logged.isNull())
             expectMessage('^' + QRegularExpression::escape(logged) + '$');
         QVERIFY(panel().press("lanApply"));
         QCOMPARE(panel().toast(), toast);
         const QStringList sent = panel().sent();
-        QVERIFY2(sent.isEmpty() || sent.last().startsWith(header), qPrintable(sent.join("; ")));
+        QCOMPARE(sent.size(), taken + 1);
+        QVERIFY2(sent.last().startsWith(header), qPrintable(sent.last()));
         const ChannelRecord record = panel().record();
         QCOMPARE(recordText(record.ipAddress), std::string(taken > 0 ? "10.0.0.5" : "192.168.1.50"));
         QCOMPARE(recordText(record.networkMask), std::string(taken > 1 ? "255.0.0.0" : "255.255.255.0"));
         QCOMPARE(recordText(record.gateway), std::string(taken > 2 ? "10.0.0.1" : "192.168.1.1"));
+        QCOMPARE(record.dhcp, taken < 4 && mode == "lanStatic" ? 1U : 0U);
         // The edits that are left can be applied again once the module is well.
         QVERIFY(enabled("lanApply"));
         QCOMPARE(panel().text("lanPort"), QString("5025"));
@@ -494,10 +441,7 @@ private slots:
     void tapsWhileApplying() {
         openPage();
         QVERIFY(panel().press("lanDynamic"));
-        Sim::Fault late;
-        late.kind = Sim::Fault::Late;
-        late.milliseconds = 300;
-        panel().module().addFault(late);
+        fail(Sim::Fault::Late, QByteArray(), 300);
         bool open = true;
         QTimer::singleShot(100, [&] { open = panel().press("lanApply") || panel().press("lanStatic"); });
         QVERIFY(panel().press("lanApply"));
