@@ -60,7 +60,6 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("folder keeps its slash") << "/kavor/list/" << "/data/kavor/list/";
         QTest::newRow("file") << "/tmpfw" << "/data/tmpfw";
-        QTest::newRow("no slash in front") << "kavor" << "/data/kavor";
         QTest::newRow("empty") << "" << "/data";
         // clang-format on
     }

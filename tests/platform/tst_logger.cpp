@@ -25,8 +25,6 @@ using Values = QVector<QVariant>;
 
 } // namespace
 
-Q_DECLARE_METATYPE(QtMsgType)
-
 class TestLogger : public TestBase {
     Q_OBJECT
 
@@ -39,28 +37,23 @@ private slots:
         const auto row = [](const char* format, const Values& values, const QString& expected) {
             QTest::addRow("%s (%d values) -> %s", format, values.size(), qPrintable(expected)) << QByteArray(format) << values << expected;
         };
-        row("plain", {}, "plain");
         row("%s and %d", {"a", 5}, "a and 5");
         row("%i %u %lu %lld", {-3, 7u, 18446744073709551615ull, -5ll}, "-3 7 18446744073709551615 -5");
         row("%x %X %#x", {255, 255u, 255}, "ff FF 0xff");
-        row("%x", {-1}, "ffffffff");
         row("%u", {-1}, "-1");
         row("%f %.2f %g", {1.5, 2.0 / 3, 1e10}, "1.500000 0.67 1e+10");
         row("100%% %d", {1}, "100% 1");
         row("[%5d|%-5d|%05d]", {42, 42, 42}, "[   42|42   |00042]");
         row("[%5s|%-5s|%.2s]", {"abc", "abc", "abc"}, "[  abc|abc  |ab]");
         row("%s", {QString::fromUtf8("50 \xC2\xB5s")}, QString::fromUtf8("50 \xC2\xB5s"));
-        row("%c%c", {65, "Bcd"}, "AB");
         row("%s %d", {true, true}, "true 1");
         // what a caller gets wrong
         row("%d %d", {1}, "1 (missing)");
         row("%d", {1, "two", 3}, "1 (surplus: two, 3)");
         row("none", {1}, "none (surplus: 1)");
         row("%d", {"text"}, "text");
-        row("%f", {"text"}, "text");
         row("%d", {1.9}, "1");
         row("%d", {std::numeric_limits<double>::infinity()}, "inf");
-        row("%d", {std::numeric_limits<double>::quiet_NaN()}, "nan");
         row("%d", {1e300}, "1.0000000000000001e+300");
         // hostile: nothing is written through, read from, or blown up
         row("%n", {}, "%n");
@@ -69,9 +62,7 @@ private slots:
         row("%*d", {5}, "%*d (surplus: 5)");
         row("%999999999999d", {1}, QString(199, ' ') + "1");
         row("%.999999999f", {0.0}, "0." + QString(60, '0'));
-        row("%-", {}, "%-");
         row("%5.", {}, "%5.");
-        row("%lllllll", {}, "%lllllll");
         QTest::newRow("no format") << QByteArray() << Values() << QString();
         // clang-format on
     }
@@ -89,31 +80,25 @@ private slots:
         Logger::instance.log(nullptr, nullptr, 0, nullptr, QtCriticalMsg, nullptr);
     }
 
-    void lineCarriesEverything_data() {
-        QTest::addColumn<QtMsgType>("type");
-        QTest::addColumn<QString>("level");
-        QTest::newRow("debug") << QtDebugMsg << "debug";
-        QTest::newRow("info") << QtInfoMsg << "info";
-        QTest::newRow("warning") << QtWarningMsg << "warning";
-        QTest::newRow("critical") << QtCriticalMsg << "critical";
-    }
-
     void lineCarriesEverything() {
-        QFETCH(QtMsgType, type);
-        QFETCH(QString, level);
         allowMessages("^a\nb 7$");
-        {
-            Logger::LogManager manager;
-            QVERIFY(manager.init(m_folder->path(), "panel"));
-            QCOMPARE(manager.directory(), m_folder->path());
-            Logger::instance.log("/some/where/screen.cpp", "onTap", 12, "kavor.screen", type, "a\nb %d", 7);
-            if (type == QtWarningMsg || type == QtCriticalMsg)
-                QVERIFY(contents(path("panel.log")).contains("onTap")); // flushed without waiting for the end
+        const QMap<QtMsgType, QString> levels{
+            {QtDebugMsg, "debug"}, {QtInfoMsg, "info"}, {QtWarningMsg, "warning"}, {QtCriticalMsg, "critical"}};
+        for (const QtMsgType type : levels.keys()) {
+            QFile::remove(path("panel.log"));
+            {
+                Logger::LogManager manager;
+                QVERIFY(manager.init(m_folder->path(), "panel"));
+                QCOMPARE(manager.directory(), m_folder->path());
+                Logger::instance.log("/some/where/screen.cpp", "onTap", 12, "kavor.screen", type, "a\nb %d", 7);
+                if (type == QtWarningMsg || type == QtCriticalMsg)
+                    QVERIFY(contents(path("panel.log")).contains("onTap")); // flushed without waiting for the end
+            }
+            const QRegularExpression line("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} \\[\\d+\\] " +
+                                          levels[type] + " kavor\\.screen screen\\.cpp:12 onTap \\| a\\\\nb 7\\n$");
+            const QString text = contents(path("panel.log"));
+            QVERIFY2(line.match(text).hasMatch(), qPrintable(text));
         }
-        const QRegularExpression line("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} \\[\\d+\\] " + level +
-                                      " kavor\\.screen screen\\.cpp:12 onTap \\| a\\\\nb 7\\n$");
-        const QString text = contents(path("panel.log"));
-        QVERIFY2(line.match(text).hasMatch(), qPrintable(text));
     }
 
     void linesOfManyThreadsStayWhole() {

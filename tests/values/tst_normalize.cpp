@@ -43,21 +43,16 @@ private slots:
         };
         row(0, 1e9, 0, 1);
         row(0, 999999999, 1, 999.999999);
-        row(0, 999.9, 3, 999.9);
         row(0, 0.001, 3, 0.001);
         row(0, 0, 3, 0);
-        row(0, -5e9, 3, -5e9);
         row(1, 5e9, 0, 5000);
         row(1, 0, 2, 0);
         row(1, 0.5, 2, 0.5);
         row(2, 1000, 0, 1);
-        row(2, 0.25, 1, 0.25);
         row(2, -1, 1, -1);
         row(-1, 0, 0, 0);
         row(-1, -5e9, 0, -5e9);
-        row(-1, 999, 0, 999);
         row(-1, 1000, 1, 1);
-        row(-1, 999999, 1, 999.999);
         row(-1, 999999999.9, 2, 999.9999999);
         row(-1, 1e9, 3, 1);
         row(-1, 5e12, 3, 5000);
@@ -94,11 +89,9 @@ private slots:
                 << kind << value << unit << canonical << outValue << outUnit;
         };
         row(Kind::Frequency, 2400, "MHz", 2.4e9, 2.4, "GHz");
-        row(Kind::Frequency, 0.5, "GHz", 5e8, 500, "MHz");
         row(Kind::Frequency, 0, "GHz", 0, 0, "Hz");
         row(Kind::Frequency, 5000, "kHz", 5000, 5, "KHz");
         row(Kind::Frequency, 7, "", 7, 7, "Hz");
-        row(Kind::Time, 999, kMicroSecond, 999e3, 999, kMicroSecond);
         row(Kind::Time, 1000, kMicroSecond, 1e6, 1, "ms");
         row(Kind::Time, 5000, "s", 5e12, 5000, "s");
         row(Kind::Time, 0.5, "s", 5e8, 500, "ms");
@@ -106,7 +99,6 @@ private slots:
         row(Kind::Power, 1000, "mV", 13.010299956639813, 1000, "mV");
         row(Kind::Power, -5, "mV", -5, -5, "mV");
         row(Kind::Power, 3, "", 3, 3, "");
-        row(Kind::Power, 3, "W", 3, 3, "W");
     }
 
     void listValue() {
@@ -138,13 +130,10 @@ private slots:
         row("frequency at max", Kind::Frequency, 6000, "MHz", 9e3, 6e9, "", 6);
         row("frequency low", Kind::Frequency, 8999, "Hz", 9e3, 6e9, "Valid It  range: 9 KHz to 6 GHz", 8.999);
         row("frequency high", Kind::Frequency, 6000.1, "MHz", 9e3, 6e9, "Valid It  range: 9 KHz to 6 GHz", 6.0001);
-        row("time at min", Kind::Time, 20, "ns", 20, 1e9, "", 20);
         row("time at max", Kind::Time, 1000, "ms", 20, 1e9, "", 1);
-        row("time high", Kind::Time, 2000, "ms", 20, 1e9, "Valid It  range: 20 ns to 1 s", 2);
         row("power at max", Kind::Power, 10, "dBm", -120, 10, "", 10);
         row("power high", Kind::Power, 10.01, "dBm", -120, 10, "Valid It  range: -120 dBm to 10 dBm", -1);
         row("power low", Kind::Power, 1e-9, "mV", -120, 10, "Valid It  range: -120 dBm to 10 dBm", -1);
-        row("power voltage", Kind::Power, -5, "mV", -120, 10, "Invalid power value or unit", -1);
         row("power unit", Kind::Power, -5, "W", -120, 10, "Invalid power value or unit", -1);
     }
 
@@ -184,13 +173,10 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
         QTest::newRow("named") << getFreqRangeToast(9000, 6e9, "Start") << "Valid Start  range: 9 KHz to 6 GHz";
-        QTest::newRow("unnamed") << getFreqRangeToast(0, 1e6, "") << "Valid  range: 0 Hz to 1 MHz";
         QTest::newRow("six digits") << getFreqRangeToast(1.23456789, 1234567891, "X")
                                     << "Valid X  range: 1.23457 Hz to 1.23457 GHz";
         QTest::newRow("time") << getTimeRangeToast(20, 2e13, "Total Time")
                               << "Valid Total Time  range: 20 ns to 20000 s";
-        QTest::newRow("time in µs") << getTimeRangeToast(1500, 5e5, "")
-                                    << QString("Valid  range: 1.5 %1 to 500 %1").arg(kMicroSecond);
         QTest::newRow("power") << getPowerRangeToast(-127.5, 19.123456, "")
                                << "Valid  range: -127.5 dBm to 19.1235 dBm";
         QTest::newRow("name like a place") << getPowerRangeToast(0, 1, "at %2") << "Valid at %2  range: 0 dBm to 1 dBm";

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 
+#include "common/instrument/scpireply.h"
 #include "tests/common/instrument/handlerfixture.h"
 #include "tests/support/testbase.h"
 
@@ -45,10 +46,8 @@ private slots:
         QTest::addColumn<int>("bytes");
         QTest::addColumn<unsigned>("loggedChannels");
         QTest::newRow("none") << -1 << 1U;
-        QTest::newRow("empty") << 0 << 1U;
         QTest::newRow("a byte short of a record") << 1815 << 1U;
         QTest::newRow("five records") << 5 * 1816 << 5U;
-        QTest::newRow("a thousand records") << 1000 * 1816 << 1000U;
     }
 
     void unusableRegions() {
@@ -106,7 +105,6 @@ private slots:
     void usableRegions_data() {
         QTest::addColumn<int>("bytes");
         QTest::addColumn<unsigned>("channels");
-        QTest::newRow("one") << 1816 << 1U;
         QTest::newRow("one and most of another") << 3631 << 1U;
         QTest::newRow("three") << 5448 << 3U;
         QTest::newRow("four, rounded up to a page") << 8192 << 4U;
@@ -129,9 +127,7 @@ private slots:
     void badPorts_data() {
         QTest::addColumn<QByteArray>("port");
         QTest::newRow("empty") << QByteArray();
-        QTest::newRow("word") << QByteArray("scpi");
         QTest::newRow("zero") << QByteArray("0");
-        QTest::newRow("negative") << QByteArray("-5025");
         QTest::newRow("one too many") << QByteArray("65536");
         QTest::newRow("no end") << QByteArray(32, '9');
     }
@@ -246,12 +242,11 @@ private slots:
     }
 
     void regionNameFromEnvironment() {
-        qputenv("VELDA_REGION", "mine");
-        QCOMPARE(InstrumentSettings::fromEnvironment().regionName, std::string("/mine"));
-        qputenv("VELDA_REGION", "/mine");
-        QCOMPARE(InstrumentSettings::fromEnvironment().regionName, std::string("/mine"));
+        for (const auto& [given, used] : {std::pair("mine", "/mine"), {"/mine", "/mine"}, {"", "/veldaData"}}) {
+            qputenv("VELDA_REGION", given);
+            QCOMPARE(InstrumentSettings::fromEnvironment().regionName, std::string(used));
+        }
         qunsetenv("VELDA_REGION");
-        QCOMPARE(InstrumentSettings::fromEnvironment().regionName, std::string("/veldaData"));
     }
 
     void replies_data() {
@@ -280,6 +275,19 @@ private slots:
         f.start();
         QTEST(QString::fromStdString(ask(f, command)), "reply");
         QCOMPARE(f.service.lines, QList<QByteArray>{command});
+    }
+
+    // Read in many pieces, and not decoded on the way.
+    void largeBlock() {
+        QByteArray content(ScpiReply::kMaximumSize, ' ');
+        for (int i = 0; i < content.size(); ++i)
+            content[i] = static_cast<char>('<' + i % 60);
+        HandlerFixture f;
+        f.service.answerWith("#8" + QByteArray::number(content.size()) + content + '\n');
+        f.start();
+        QVERIFY(ask(f, "DATA?") == content.toStdString());
+        f.service.answerWith("1\r\n");
+        QCOMPARE(ask(f, "A?"), kAnswered);
     }
 
     void binaryTimeoutGrowsWithSize() {
@@ -395,13 +403,6 @@ private slots:
         QTimer::singleShot(0, f.handler.get(), [&] { inner = ask(f, "B?"); });
         QCOMPARE(ask(f, "A?"), kFailed);
         QCOMPARE(inner, std::string("b"));
-    }
-
-    void nothingIsSentBeforeTheStart() {
-        HandlerFixture f;
-        EventHandler handler(f.settings());
-        QCOMPARE(handler.setTrigger(), -1);
-        QCOMPARE(f.service.connections, 0);
     }
 
     void replacedClientEndsTheWait() {

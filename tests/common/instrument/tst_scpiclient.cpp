@@ -133,7 +133,6 @@ private slots:
         QTest::newRow("refused")             << false << QByteArray("-ERR 1, no\r\n")       << -1 << "-ERR 1, no";
         QTest::newRow("line")                << true  << QByteArray("1.5;2\r\n")            << 0  << "1.5;2";
         QTest::newRow("not Latin")           << true  << QByteArray("\xC2\xB5s\r\n")        << 0  << QString::fromUtf8("\xC2\xB5s");
-        QTest::newRow("query refused")       << true  << QByteArray("-ERR\r\n")             << -1 << "-ERR";
         QTest::newRow("malformed block")     << true  << QByteArray("#x\r\n")               << -1 << "invalid-block-format(nd)";
         QTest::newRow("surplus behind it")   << true  << QByteArray("1\r\nsurplus\r\n#19")  << 0  << "1";
         // clang-format on
@@ -181,31 +180,6 @@ private slots:
         QCOMPARE(service.connections, 1);
     }
 
-    void replyArrivesInPieces() {
-        Pair p("#");
-        const int id = p.query("A?");
-        QTRY_COMPARE(p.service.lines.size(), 1);
-        for (const char* piece : {"1", "5h", "ell"}) {
-            p.service.send(piece);
-            QCoreApplication::processEvents();
-            QVERIFY(!p.c.hasEnded(id));
-        }
-        p.service.send("o\n");
-        QCOMPARE(p.c.endOf(id), QString("reply hello"));
-    }
-
-    void largeBlock() {
-        QByteArray content(ScpiReply::kMaximumSize, ' ');
-        for (int i = 0; i < content.size(); ++i)
-            content[i] = static_cast<char>('!' + i % 89);
-        Pair p("#8" + QByteArray::number(content.size()) + content + '\n');
-        const int id = p.c.client->sendQuery("DATA?", 20000);
-        QTRY_VERIFY_WITH_TIMEOUT(p.c.hasEnded(id), 20000);
-        QVERIFY(p.c.ends.at(id).reply == QString::fromLatin1(content));
-        p.service.answerWith("1\r\n");
-        QCOMPARE(p.c.endOf(p.query("NEXT?")), QString("reply 1"));
-    }
-
     // Its late answer goes to the next, as nothing tells whose it is.
     void silentService() {
         Pair p("");
@@ -243,28 +217,12 @@ private slots:
         service.stop();
         ClientOnThread c(service.port(), 60000, 60000);
         c.start();
-        std::vector<int> ids;
-        for (int i = 0; i < 20; ++i)
-            ids.push_back(c.client->sendQuery("A?", kLong));
-        for (int id : ids)
+        for (int id : {c.client->sendQuery("A?", kLong), c.client->sendQuery("A?", kLong)})
             QCOMPARE(c.endOf(id), QString("error Connection refused"));
-
-        QCOMPARE(c.order, ids);
-        QVERIFY(!c.client->isConnected());
         // A request makes it try at once, whatever the pause between idle attempts.
         service.start();
         QCOMPARE(c.endOf(c.client->sendWrite("B 1", kLong)), QString("reply "));
         QVERIFY(c.client->isConnected());
-    }
-
-    void serviceThatReturnsIsFoundByItself() {
-        Pair p("");
-        QTRY_VERIFY(p.c.client->isConnected());
-        p.service.stop();
-        QTRY_VERIFY(!p.c.client->isConnected());
-        p.service.start();
-        QTRY_VERIFY(p.c.client->isConnected());
-        QVERIFY(p.service.lines.isEmpty());
     }
 
     // The client runs on this thread here, so the end of the connection cannot reach it before the request does.
