@@ -110,21 +110,14 @@ private slots:
         QVERIFY2(near(out, value), qPrintable(QString::number(out, 'g', 17)));
     }
 
-    void powerRefusesVoltagesNotAboveZero_data() {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("unit");
-        for (const QString& unit : {QString("mV"), kMicroVolt}) {
-            for (double value : {0.0, -0.0, -1.0, double(NAN)})
-                QTest::addRow("%g %s", value, unit.toUtf8().constData()) << value << unit;
-        }
-    }
-
     void powerRefusesVoltagesNotAboveZero() {
-        QFETCH(double, value);
-        QFETCH(QString, unit);
-        double out = 42;
-        QVERIFY(!powerToDbm(value, unit.toStdString(), out));
-        QVERIFY(std::isnan(value) ? std::isnan(out) : out == value);
+        for (const QString& unit : {QString("mV"), kMicroVolt}) {
+            for (double value : {0.0, -1.0, double(NAN)}) {
+                double out = 42;
+                QVERIFY(!powerToDbm(value, unit.toStdString(), out));
+                QVERIFY(std::isnan(value) ? std::isnan(out) : out == value);
+            }
+        }
     }
 
     void formatting_data() {
@@ -153,31 +146,27 @@ private slots:
     }
 
     void parsing_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("ok");
-        QTest::addColumn<double>("expected");
+        QTest::addColumn<double>("expected"); // NaN: no number
         QTest::addColumn<bool>("typeable");
-        QTest::newRow("blanks around") << " 12.5\t" << true << 12.5 << false;
-        QTest::newRow("exponent") << "1e3" << true << 1000.0 << false;
-        QTest::newRow("comma") << "1,5" << false << 0.0 << false;
-        QTest::newRow("empty") << "" << false << 0.0 << true;
-        QTest::newRow("minus alone") << "-" << false << 0.0 << true;
-        QTest::newRow("point alone") << "." << false << 0.0 << true;
-        QTest::newRow("too large") << "1e999" << false << 0.0 << false;
-        QTest::newRow("negative") << "-7.50" << true << -7.5 << true;
-        QTest::newRow("plus") << "+1" << true << 1.0 << false;
-        QTest::newRow("ends with point") << "5." << true << 5.0 << true;
+        QTest::newRow(" 12.5\t") << 12.5 << false;
+        QTest::newRow("1e3") << 1000.0 << false;
+        QTest::newRow("1,5") << qQNaN() << false;
+        QTest::newRow("") << qQNaN() << true;
+        QTest::newRow("-") << qQNaN() << true;
+        QTest::newRow(".") << qQNaN() << true;
+        QTest::newRow("1e999") << qQNaN() << false;
+        QTest::newRow("-7.50") << -7.5 << true;
+        QTest::newRow("+1") << 1.0 << false;
+        QTest::newRow("5.") << 5.0 << true;
     }
 
     void parsing() {
-        QFETCH(QString, text);
-        QFETCH(bool, ok);
         QFETCH(double, expected);
-        QFETCH(bool, typeable);
+        const QString text = QTest::currentDataTag();
         double out = -1;
-        QCOMPARE(parseDouble(text, out), ok);
-        QCOMPARE(out, expected);
-        QCOMPARE(kNumericRe.match(text).hasMatch(), typeable);
+        QCOMPARE(parseDouble(text, out), !std::isnan(expected));
+        QCOMPARE(out, std::isnan(expected) ? 0 : expected);
+        QTEST(kNumericRe.match(text).hasMatch(), "typeable");
     }
 };
 
