@@ -337,6 +337,8 @@ private slots:
                 r.amState = 1;
             });
         panel().window().refreshFromModule();
+        for (int channel = 1; channel < 3; ++channel)
+            QCOMPARE(panel().handler().revert_preset(channel), 0);
         QCOMPARE(panel().handler().getModulationsState(), 1U);
         QLineEdit focus(&panel().window());
         focus.show();
@@ -463,7 +465,7 @@ private slots:
         QCOMPARE(panel().widget<QLabel>("sysModel")->textFormat(), Qt::PlainText);
         QCOMPARE(panel().text("sysOptions").remove(QChar(0x200B)), QString(longest));
         const auto* options = panel().widget<QLabel>("sysOptions");
-        QVERIFY(options->heightForWidth(options->width()) <= options->height());
+        QVERIFY(options->wordWrap() && options->heightForWidth(options->width()) <= options->height());
         QCOMPARE(panel().text("sysBatteryProtection"), QString("Battery protection OFF"));
         QCOMPARE(panel().sent(), QStringList());
     }
