@@ -118,14 +118,11 @@ private slots:
         QTest::addColumn<QString>("mask");
         QTest::addColumn<QString>("gateway");
         QTest::addColumn<bool>("within");
-        const auto row = [](const char* name, const char* address, const char* mask, const char* gateway, bool within) {
-            QTest::newRow(name) << address << mask << gateway << within;
-        };
-        row("within", "192.168.1.10", "255.255.255.0", "192.168.1.1", true);
-        row("next net", "192.168.1.10", "255.255.255.0", "192.168.2.1", false);
-        row("first bit", "128.0.0.1", "128.0.0.0", "0.0.0.1", false);
-        row("last bit", "10.0.0.2", "255.255.255.255", "10.0.0.3", false);
-        row("mask of zeros takes any", "10.1.2.3", "0.0.0.0", "250.9.8.7", true);
+        addRow("within", "192.168.1.10", "255.255.255.0", "192.168.1.1", true);
+        addRow("next net", "192.168.1.10", "255.255.255.0", "192.168.2.1", false);
+        addRow("first bit", "128.0.0.1", "128.0.0.0", "0.0.0.1", false);
+        addRow("last bit", "10.0.0.2", "255.255.255.255", "10.0.0.3", false);
+        addRow("mask of zeros takes any", "10.1.2.3", "0.0.0.0", "250.9.8.7", true);
     }
     void subnets() {
         QFETCH(QString, address);
@@ -384,22 +381,18 @@ private slots:
         QTest::addColumn<QString>("logged"); // empty: no line
         QTest::addColumn<QString>("toast");
         QTest::addColumn<int>("taken"); // the static steps that the module took
-        const auto row = [](const char* name, const char* mode, Sim::Fault::Kind fault, const char* header,
-                            const QString& logged, const char* toast, int taken) {
-            QTest::newRow(name) << mode << int(fault) << header << logged << toast << taken;
-        };
-        const auto refuse = Sim::Fault::Refuse;
+        const int refuse = Sim::Fault::Refuse;
         const char* const noDynamic = "Failed to set dynamic configuration";
         const char* const noStatic = "Failed to set static configuration";
-        row("dynamic", "lanDynamic", refuse, ":SYST:COMM:LAN:DHCP", noDynamic, noDynamic, 0);
-        row("address", "lanStatic", refuse, ":SYST:COMM:LAN:IPAD", "Failed to set ip address 10.0.0.5",
-            "Failed to set static ip 10.0.0.5", 0);
-        row("mask", "lanStatic", refuse, ":SYST:COMM:LAN:MASK", "Failed to set netmask 255.0.0.0",
-            "Failed to set static netmask 255.0.0.0", 1);
-        row("gateway", "lanStatic", refuse, ":SYST:COMM:LAN:GAT", "Failed to set gateway 10.0.0.1",
-            "Failed to set static gateway 10.0.0.1", 2);
-        row("static", "lanStatic", Sim::Fault::Keep, ":SYST:COMM:LAN:DHCP", noStatic, noStatic, 3);
-        row("port", "lanStatic", refuse, ":SYST:COMM:LAN:PORT", QString(), "command send failure", 4);
+        addRow("dynamic", "lanDynamic", refuse, ":SYST:COMM:LAN:DHCP", noDynamic, noDynamic, 0);
+        addRow("address", "lanStatic", refuse, ":SYST:COMM:LAN:IPAD", "Failed to set ip address 10.0.0.5",
+               "Failed to set static ip 10.0.0.5", 0);
+        addRow("mask", "lanStatic", refuse, ":SYST:COMM:LAN:MASK", "Failed to set netmask 255.0.0.0",
+               "Failed to set static netmask 255.0.0.0", 1);
+        addRow("gateway", "lanStatic", refuse, ":SYST:COMM:LAN:GAT", "Failed to set gateway 10.0.0.1",
+               "Failed to set static gateway 10.0.0.1", 2);
+        addRow("static", "lanStatic", int(Sim::Fault::Keep), ":SYST:COMM:LAN:DHCP", noStatic, noStatic, 3);
+        addRow("port", "lanStatic", refuse, ":SYST:COMM:LAN:PORT", QString(), "command send failure", 4);
     }
     /// Each step fails in turn: its own text, nothing after it is sent, what was applied stays.
     void failures() {

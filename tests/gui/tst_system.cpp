@@ -203,12 +203,9 @@ private slots:
     void listOfConfigurations_data() {
         QTest::addColumn<QString>("button");
         QTest::addColumn<QString>("title");
-        const auto row = [](const char* button, const char* title) {
-            QTest::newRow(button) << button << title;
-        };
-        row("sysRecall", "PRESET TO LOAD");
-        row("sysStore", "NEW OR EXISTING PRESET");
-        row("sysErase", "SELECT PRESET TO DELETE");
+        addRow("load", "sysRecall", "PRESET TO LOAD");
+        addRow("save", "sysStore", "NEW OR EXISTING PRESET");
+        addRow("delete", "sysErase", "SELECT PRESET TO DELETE");
     }
     /// Numbers in their order, then the other names; every ".json" and "preset-" in small letters goes.
     void listOfConfigurations() {
@@ -414,13 +411,10 @@ private slots:
         QTest::addColumn<QStringList>("sent");
         const QString ten = ":ROSC:EXT:FREQ 10MHz";
         const QString hundred = ":ROSC:EXT:FREQ 100MHz";
-        const auto row = [](const char* name, const char* held, const char* button, const QStringList& sent) {
-            QTest::newRow(name) << held << button << sent;
-        };
-        row("to 100", "10MHz", "reference100MHz", {hundred});
-        row("to 10", "100MHz", "reference10MHz", {ten});
-        row("again", "10MHz", "reference10MHz", {ten});
-        row("from an unknown word", "13MHz", "reference100MHz", {ten, hundred});
+        addRow("to 100", "10MHz", "reference100MHz", QStringList{hundred});
+        addRow("to 10", "100MHz", "reference10MHz", QStringList{ten});
+        addRow("again", "10MHz", "reference10MHz", QStringList{ten});
+        addRow("from an unknown word", "13MHz", "reference100MHz", QStringList{ten, hundred});
     }
     void reference() {
         QFETCH(QString, held);
