@@ -201,17 +201,6 @@ private slots:
         QCOMPARE(QByteArray(first.record(0).scpiPort), QByteArray::number(first.port()));
     }
 
-    void badStartCommandIsRefused() {
-        Sim::Options options = optionsOf(1);
-        options.startCommands << ":FREQ 2e9"
-                              << ":POW 99";
-        Sim::ModuleSimulator simulator(options);
-        QString error;
-        QVERIFY(!simulator.start(&error));
-        QVERIFY2(error.contains(":POW 99") && error.contains("-222"), qPrintable(error));
-        QVERIFY(!MappedRegion(simulator.regionName()).isMapped());
-    }
-
     void replacedRegion() {
         Bench b;
         const MappedRegion before(b.simulator.regionName());
