@@ -47,6 +47,14 @@ private slots:
         row("block: up to the first NUL", query, QByteArray("#15he\0lo\n", 9), Progress::Answered, "he");
         row("block: not Latin", query, "#14\xC2\xB5s!\n", Progress::Answered, "\xC2\xB5s!");
         row("block: no UTF-8", query, "#13a\xFFz\n", Progress::Answered, "a\xEF\xBF\xBDz");
+        const QByteArray longText(200, 'x');
+        for (const int at : {0, 64, 127, 199}) { // wherever it stands in a long one
+            row(qPrintable(QString("block: NUL at %1").arg(at)), query,
+                "#3200" + QByteArray(longText).replace(at, 1, "\0", 1), Progress::Answered, longText.left(at));
+            row(qPrintable(QString("block: no ASCII at %1").arg(at)), query,
+                "#3200" + QByteArray(longText).replace(at, 1, "\x80", 1), Progress::Answered,
+                QByteArray(longText).replace(at, 1, "\xEF\xBF\xBD", 3));
+        }
         row("block: zero digits is a line", query, "#0abc\r\n", Progress::Answered, "#0abc");
         row("block: no digit count", query, "#x\r\n", Progress::Failed, {}, "invalid-block-format(nd)");
         row("block: letter among the digits", query, "#2a", Progress::Failed, {}, "invalid-block-format(len-digit)");
