@@ -96,17 +96,17 @@ private slots:
     void addresses_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("highest") << "255.255.255.255" << true;
-        QTest::newRow("leading zeros") << "192.168.001.010" << true;
-        QTest::newRow("an empty part counts as 0") << "1..2." << true;
-        QTest::newRow("part above 255") << "192.168.1.256" << false;
-        QTest::newRow("part of many digits") << "192.168.1.99999999999999999999" << false;
-        QTest::newRow("three parts") << "192.168.1" << false;
-        QTest::newRow("five parts") << "1.2.3.4.5" << false;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("sign") << "192.168.1.-1" << false;
-        QTest::newRow("blank") << "192.168.1. 1" << false;
-        QTest::newRow("digits of another script") << QString("192.168.1.\u0661") << false;
+        addRow("highest", "255.255.255.255", true);
+        addRow("leading zeros", "192.168.001.010", true);
+        addRow("an empty part counts as 0", "1..2.", true);
+        addRow("part above 255", "192.168.1.256", false);
+        addRow("part of many digits", "192.168.1.99999999999999999999", false);
+        addRow("three parts", "192.168.1", false);
+        addRow("five parts", "1.2.3.4.5", false);
+        addRow("empty", "", false);
+        addRow("sign", "192.168.1.-1", false);
+        addRow("blank", "192.168.1. 1", false);
+        addRow("digits of another script", QString("192.168.1.\u0661"), false);
     }
     void addresses() {
         QFETCH(QString, text);
@@ -134,11 +134,11 @@ private slots:
     void cable_data() {
         QTest::addColumn<QStringList>("interfaces"); // name=carrier
         QTest::addColumn<bool>("connected");
-        QTest::newRow("no interface") << QStringList() << false;
-        QTest::newRow("the second one") << QStringList{"eth0=0\n", "eth1= 1 \n"} << true;
-        QTest::newRow("others do not count") << QStringList{"wlan0=1\n", "lo=1\n"} << false;
-        QTest::newRow("not the very text") << QStringList{"eth0=11\n"} << false;
-        QTest::newRow("down: nothing to read") << QStringList{"eth0="} << false;
+        addRow("no interface", QStringList(), false);
+        addRow("the second one", QStringList{"eth0=0\n", "eth1= 1 \n"}, true);
+        addRow("others do not count", QStringList{"wlan0=1\n", "lo=1\n"}, false);
+        addRow("not the very text", QStringList{"eth0=11\n"}, false);
+        addRow("down: nothing to read", QStringList{"eth0="}, false);
     }
     void cable() {
         QFETCH(QStringList, interfaces);
@@ -155,10 +155,10 @@ private slots:
         const NetworkFacts::Interface bare{false, "bare", {}};
         const NetworkFacts::Interface first{false, "first", {{"10.0.0.1", "255.0.0.0"}}};
         const NetworkFacts::Interface second{false, "second", {{"10.0.0.2", "255.0.0.0"}}};
-        QTest::newRow("loopback alone") << NetworkFacts{"", {loop}} << QString();
-        QTest::newRow("the first") << NetworkFacts{"", {loop, first, second}} << "first";
-        QTest::newRow("one with an address before one without") << NetworkFacts{"", {bare, second}} << "second";
-        QTest::newRow("none has an address") << NetworkFacts{"", {loop, bare}} << "bare";
+        addRow("loopback alone", NetworkFacts{"", {loop}}, QString());
+        addRow("the first", NetworkFacts{"", {loop, first, second}}, "first");
+        addRow("one with an address before one without", NetworkFacts{"", {bare, second}}, "second");
+        addRow("none has an address", NetworkFacts{"", {loop, bare}}, "bare");
     }
     void shownInterface() {
         QFETCH(NetworkFacts, facts);
@@ -248,7 +248,7 @@ private slots:
         QTest::addColumn<QString>("toast");
         const auto row = [](const char* name, const char* row, const char* prompt, const char* typed,
                             const QString& shown, const char* toast = "") {
-            QTest::newRow(name) << row << prompt << typed << shown << toast;
+            addRow(name, row, prompt, typed, shown, toast);
         };
         const char* const port = "Enter TCP SCPI port for device";
         row("address", "lanAddress", "Enter static IP for device", "10.0.0.5", "10.0.0.5");
@@ -348,8 +348,8 @@ private slots:
     void applyPort_data() {
         QTest::addColumn<QString>("mode");
         QTest::addColumn<int>("commandsBefore");
-        QTest::newRow("static") << "lanStatic" << 4;
-        QTest::newRow("dynamic") << "lanDynamic" << 1;
+        addRow("static", "lanStatic", 4);
+        addRow("dynamic", "lanDynamic", 1);
     }
     void applyPort() {
         QFETCH(QString, mode);

@@ -115,8 +115,8 @@ class ListScreenTest : public PanelTest {
 
     static void both() {
         QTest::addColumn<QString>("prefix");
-        QTest::newRow("list") << "list";
-        QTest::newRow("pattern") << "pattern";
+        addRow("list", "list");
+        addRow("pattern", "pattern");
     }
 
 private slots:

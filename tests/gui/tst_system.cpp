@@ -251,10 +251,9 @@ private slots:
         QTest::addColumn<QStringList>("sent");
         const QString automatic = ":OUTPut:RESTore:MODE AUTO";
         const QString manual = ":OUTPut:RESTore:MODE MANUAL";
-        QTest::newRow("new, output comes back") << true << false << true << QStringList{automatic, ":SYST:SET:STOR 12"};
-        QTest::newRow("over an old one, output off")
-            << false << true << true << QStringList{manual, ":SYST:SET:STOR 4"};
-        QTest::newRow("declined") << true << true << false << QStringList();
+        addRow("new, output comes back", true, false, true, QStringList{automatic, ":SYST:SET:STOR 12"});
+        addRow("over an old one, output off", false, true, true, QStringList{manual, ":SYST:SET:STOR 4"});
+        addRow("declined", true, true, false, QStringList());
     }
     void store() {
         QFETCH(bool, fresh);
@@ -363,11 +362,10 @@ private slots:
         QTest::addColumn<QString>("button");
         QTest::addColumn<QStringList>("questions");
         QTest::addColumn<QString>("header");
-        QTest::newRow("store") << "sysStore" << QStringList{Disable, "Store configuration as 9?"} << ":SYST:SET:STOR";
-        QTest::newRow("recall") << "sysRecall" << QStringList{"Recall configuration 9?"} << ":SYST:SET:REC";
-        QTest::newRow("erase") << "sysErase" << QStringList{"Delete configuration 9?"} << ":SYST:SET:CLE";
-        QTest::newRow("preset") << "sysPreset" << QStringList{"Reset system settings to factory defaults?"}
-                                << ":SYST:SET:REC";
+        addRow("store", "sysStore", QStringList{Disable, "Store configuration as 9?"}, ":SYST:SET:STOR");
+        addRow("recall", "sysRecall", QStringList{"Recall configuration 9?"}, ":SYST:SET:REC");
+        addRow("erase", "sysErase", QStringList{"Delete configuration 9?"}, ":SYST:SET:CLE");
+        addRow("preset", "sysPreset", QStringList{"Reset system settings to factory defaults?"}, ":SYST:SET:REC");
     }
     /// Declined, nothing happens; refused by the module, the user is told and everything stays.
     void failures() {
@@ -437,10 +435,10 @@ private slots:
     void information_data() {
         QTest::addColumn<double>("temperature");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("warm") << 41.26 << "41.3 °C";
-        QTest::newRow("cold") << -12.34 << "-12.3 °C";
-        QTest::newRow("a little below zero") << -0.04 << "0.0 °C";
-        QTest::newRow("no reading") << qQNaN() << "--- °C";
+        addRow("warm", 41.26, "41.3 °C");
+        addRow("cold", -12.34, "-12.3 °C");
+        addRow("a little below zero", -0.04, "0.0 °C");
+        addRow("no reading", qQNaN(), "--- °C");
     }
     /// Follows the record by itself, and sends nothing for it.
     void information() {
@@ -468,10 +466,10 @@ private slots:
         QTest::addColumn<int>("charge");
         QTest::addColumn<int>("current");
         QTest::addColumn<bool>("shown");
-        QTest::newRow("empty and discharging") << 0 << -10 << true;
-        QTest::newRow("empty and charging") << 0 << 10 << false;
-        QTest::newRow("nearly empty") << 1 << -10 << false;
-        QTest::newRow("no battery") << -1 << -10 << false;
+        addRow("empty and discharging", 0, -10, true);
+        addRow("empty and charging", 0, 10, false);
+        addRow("nearly empty", 1, -10, false);
+        addRow("no battery", -1, -10, false);
     }
     void emptyBattery() {
         QFETCH(int, charge);

@@ -57,7 +57,7 @@ private slots:
         QTest::addColumn<QJsonArray>("steps");
         QTest::addColumn<QString>("result"); // all cells, or the sentence behind a "!"
         const auto list = [](const char* name, const char* steps, const char* result) {
-            QTest::newRow(name) << false << parsed(steps) << QString(result);
+            addRow(name, false, parsed(steps), QString(result));
         };
         list("empty", "[]", "!List file contains no steps");
         list("numbers only", "[1,2,[],null,'x']", "!List file contains no valid steps");
@@ -72,7 +72,7 @@ private slots:
              "1,9 GHz,99 dBm,1 ns,Run");
         list("whole numbers and the second of two members", "[{'Frequency':1,'Frequency':3}]", "1,3 Hz,0 dBm,0 ns,Run");
         const auto pattern = [](const char* name, const char* steps, const char* result) {
-            QTest::newRow(name) << true << parsed(steps) << QString(result);
+            addRow(name, true, parsed(steps), QString(result));
         };
         pattern("pattern, empty", "[]", "!Pattern file contains no steps");
         pattern("pattern, numbers only", "[1]", "!Pattern file contains no valid steps");

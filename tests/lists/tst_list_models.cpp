@@ -11,15 +11,15 @@ private slots:
         QTest::addColumn<bool>("isPattern");
         QTest::addColumn<int>("column");
         QTest::addColumn<QString>("described"); // title|kind, and where it can be edited |text|unit|options|min|max|power range
-        QTest::newRow("step") << false << 0 << "Step|0";
-        QTest::newRow("frequency") << false << 1 << "Frequency|1|1.500000000|MHz|GHz MHz KHz Hz|0|0|0";
-        QTest::newRow("power") << false << 2 << "Power|2|-10.1235|dBm|dBm dB\u00B5V \u00B5V mV|-120|20|1";
-        QTest::newRow("dwell") << false << 3 << "Dwell Time|3|1.500|\u00B5s|ns \u00B5s ms s|1000|1e+10|0";
-        QTest::newRow("advance") << false << 4 << "Adv.|5|Wait|Wait|Run Wait|0|0|0";
-        QTest::newRow("pattern step") << true << 0 << "Step|0";
-        QTest::newRow("on time") << true << 1 << "On Time|3|1.23457|ms|ns \u00B5s ms s|0|0|0";
-        QTest::newRow("off time") << true << 2 << "Off Time|3|250|ns|ns \u00B5s ms s|0|0|0";
-        QTest::newRow("repetition") << true << 3 << "Repetition|4|7|| K|0|0|0";
+        addRow("step", false, 0, "Step|0");
+        addRow("frequency", false, 1, "Frequency|1|1.500000000|MHz|GHz MHz KHz Hz|0|0|0");
+        addRow("power", false, 2, "Power|2|-10.1235|dBm|dBm dB\u00B5V \u00B5V mV|-120|20|1");
+        addRow("dwell", false, 3, "Dwell Time|3|1.500|\u00B5s|ns \u00B5s ms s|1000|1e+10|0");
+        addRow("advance", false, 4, "Adv.|5|Wait|Wait|Run Wait|0|0|0");
+        addRow("pattern step", true, 0, "Step|0");
+        addRow("on time", true, 1, "On Time|3|1.23457|ms|ns \u00B5s ms s|0|0|0");
+        addRow("off time", true, 2, "Off Time|3|250|ns|ns \u00B5s ms s|0|0|0");
+        addRow("repetition", true, 3, "Repetition|4|7|| K|0|0|0");
         // clang-format on
     }
 

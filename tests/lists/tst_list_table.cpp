@@ -260,12 +260,11 @@ private slots:
         QTest::addColumn<QStringList>("files");
         QTest::addColumn<QString>("shown");
         const QStringList two{"<b>b<b>.json", "a.json"};
-        QTest::newRow("load") << ListFileMode::Load << two << "# SELECT FILE TO LOAD;1 <b>b<b>.json;2 a.json";
-        QTest::newRow("save") << ListFileMode::Save << two
-                              << "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file;1 <b>b<b>.json;2 a.json";
-        QTest::newRow("save, none") << ListFileMode::Save << QStringList()
-                                    << "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file";
-        QTest::newRow("delete, none") << ListFileMode::Delete << QStringList() << "# SELECT FILE TO DELETE";
+        addRow("load", ListFileMode::Load, two, "# SELECT FILE TO LOAD;1 <b>b<b>.json;2 a.json");
+        addRow("save", ListFileMode::Save, two,
+               "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file;1 <b>b<b>.json;2 a.json");
+        addRow("save, none", ListFileMode::Save, QStringList(), "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file");
+        addRow("delete, none", ListFileMode::Delete, QStringList(), "# SELECT FILE TO DELETE");
     }
     void fileRows() {
         QFETCH(ListFileMode, mode);

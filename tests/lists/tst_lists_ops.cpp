@@ -61,7 +61,7 @@ private slots:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("file"); // empty: no name
         const auto row = [](const QString& typed, const QString& file) {
-            QTest::newRow(qPrintable(typed.left(20))) << typed << file;
+            addRow(qPrintable(typed.left(20)), typed, file);
         };
         row(" \t my sweep \n", "my sweep.json");
         row("Sweep.JSON", "Sweep.JSON");
@@ -174,7 +174,7 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("sentence");
         const auto row = [](const char* name, const QByteArray& bytes, const char* sentence) {
-            QTest::newRow(name) << bytes << sentence;
+            addRow(name, bytes, sentence);
         };
         const char* invalid = "Invalid list JSON file";
         const char* noRoot = "List JSON root is missing";

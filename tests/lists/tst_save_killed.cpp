@@ -119,8 +119,8 @@ protected:
 private slots:
     void atEverySystemCall_data() {
         QTest::addColumn<bool>("overOld");
-        QTest::newRow("over an old file") << true;
-        QTest::newRow("a first file") << false;
+        addRow("over an old file", true);
+        addRow("a first file", false);
     }
 
     void atEverySystemCall() {

@@ -11,10 +11,10 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("piece");
         QTest::addColumn<quint32>("crc");
-        QTest::newRow("check value at once") << QByteArray("123456789") << 9 << quint32{0xCBF43926};
-        QTest::newRow("check value, uneven pieces") << QByteArray("123456789") << 4 << quint32{0xCBF43926};
-        QTest::newRow("no bytes") << QByteArray() << 1 << quint32{0};
-        QTest::newRow("four 0xFF") << QByteArray(4, '\xFF') << 3 << quint32{0xFFFFFFFF};
+        addRow("check value at once", QByteArray("123456789"), 9, quint32{0xCBF43926});
+        addRow("check value, uneven pieces", QByteArray("123456789"), 4, quint32{0xCBF43926});
+        addRow("no bytes", QByteArray(), 1, quint32{0});
+        addRow("four 0xFF", QByteArray(4, '\xFF'), 3, quint32{0xFFFFFFFF});
     }
 
     void sameValueInAnyPieces() {

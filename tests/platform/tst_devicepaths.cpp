@@ -29,7 +29,7 @@ private slots:
         QTest::addColumn<QString>("expected");
         const auto row = [](const char* name, Place place, const char* variable, const char* value,
                             const char* expected) {
-            QTest::newRow(name) << place << QByteArray(variable) << QByteArray(value) << QString(expected);
+            addRow(name, place, QByteArray(variable), QByteArray(value), QString(expected));
         };
         row("data root", DevicePaths::dataRoot, "VELDA_HOME", "", "/home/velda");
         row("data root moved", DevicePaths::dataRoot, "VELDA_HOME", "/tmp/v/", "/tmp/v");
@@ -58,9 +58,9 @@ private slots:
         // clang-format off
         QTest::addColumn<QString>("relative");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("folder keeps its slash") << "/kavor/list/" << "/data/kavor/list/";
-        QTest::newRow("file") << "/tmpfw" << "/data/tmpfw";
-        QTest::newRow("empty") << "" << "/data";
+        addRow("folder keeps its slash", "/kavor/list/", "/data/kavor/list/");
+        addRow("file", "/tmpfw", "/data/tmpfw");
+        addRow("empty", "", "/data");
         // clang-format on
     }
 

@@ -63,7 +63,7 @@ private slots:
         row("%999999999999d", {1}, QString(199, ' ') + "1");
         row("%.999999999f", {0.0}, "0." + QString(60, '0'));
         row("%5.", {}, "%5.");
-        QTest::newRow("no format") << QByteArray() << Values() << QString();
+        addRow("no format", QByteArray(), Values(), QString());
         // clang-format on
     }
 
@@ -156,8 +156,8 @@ private slots:
 
     void unwritableFolderFallsBack_data() {
         QTest::addColumn<bool>("stateFolderToo");
-        QTest::newRow("to the state folder") << false;
-        QTest::newRow("to standard error alone") << true;
+        addRow("to the state folder", false);
+        addRow("to standard error alone", true);
     }
 
     void unwritableFolderFallsBack() {

@@ -54,7 +54,7 @@ private slots:
         QTest::addColumn<Getter>("field");
         QTest::addColumn<QString>("expected");
         const auto row = [](const char* command, Getter field, const QString& expected) {
-            QTest::newRow(command) << QByteArray(command) << field << expected;
+            addRow(command, QByteArray(command), field, expected);
         };
         row(":FREQ 1234567890.123", NUMBER(frequency.value), text(1234567890.123));
         row(":Freq 6e9", NUMBER(frequency.value), text(6e9));
@@ -98,7 +98,7 @@ private slots:
         QTest::addColumn<QByteArray>("request");
         QTest::addColumn<QByteArray>("answer");
         const auto row = [](const QByteArray& request, const char* answer) {
-            QTest::newRow(request.constData()) << request << QByteArray(answer);
+            addRow(request.constData(), request, QByteArray(answer));
         };
         row(":FREQ?", "1e+09");
         row(":FRSW:STEP? ", "11");
@@ -203,8 +203,8 @@ private slots:
     /// Steps and step time may be fine and the sweep not.
     void sweepsKeepTheirTotalTime_data() {
         QTest::addColumn<QByteArray>("sweep");
-        QTest::newRow("frequency") << QByteArray(":FRSW");
-        QTest::newRow("power") << QByteArray(":PRSW");
+        addRow("frequency", QByteArray(":FRSW"));
+        addRow("power", QByteArray(":PRSW"));
     }
     void sweepsKeepTheirTotalTime() {
         QFETCH(QByteArray, sweep);

@@ -42,7 +42,7 @@ private slots:
         QTest::addColumn<double>("frequency");  // what the region shows then
         QTest::addColumn<double>("later");      // what it shows after another command
         const auto row = [](const char* fault, const char* answer, double frequency, double later) {
-            QTest::newRow(fault) << QByteArray(fault) << QByteArray(answer) << frequency << later;
+            addRow(fault, QByteArray(fault), QByteArray(answer), frequency, later);
         };
         row("SILent", "", 1e9, 1e9);
         row("LOST", "", 2e9, 2e9);
@@ -143,9 +143,9 @@ private slots:
     void serviceGone_data() {
         QTest::addColumn<QByteArray>("request");
         QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("told to") << QByteArray("SIMulator:GONE 150") << QByteArray("+OK\r\n");
-        QTest::newRow("by a command") << QByteArray(":FREQ 2e9") << QByteArray();
-        QTest::newRow("by the program") << QByteArray() << QByteArray();
+        addRow("told to", QByteArray("SIMulator:GONE 150"), QByteArray("+OK\r\n"));
+        addRow("by a command", QByteArray(":FREQ 2e9"), QByteArray());
+        addRow("by the program", QByteArray(), QByteArray());
     }
 
     void serviceGone() {

@@ -124,7 +124,7 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
         const auto row = [](const QString& text, const QString& expected) {
-            QTest::newRow(expected.toUtf8().constData()) << text << expected;
+            addRow(expected.toUtf8().constData(), text, expected);
         };
         row(formatNumber(1.5, 6), "1.5");
         row(formatNumber(100, 0), "100");
@@ -148,16 +148,16 @@ private slots:
     void parsing_data() {
         QTest::addColumn<double>("expected"); // NaN: no number
         QTest::addColumn<bool>("typeable");
-        QTest::newRow(" 12.5\t") << 12.5 << false;
-        QTest::newRow("1e3") << 1000.0 << false;
-        QTest::newRow("1,5") << qQNaN() << false;
-        QTest::newRow("") << qQNaN() << true;
-        QTest::newRow("-") << qQNaN() << true;
-        QTest::newRow(".") << qQNaN() << true;
-        QTest::newRow("1e999") << qQNaN() << false;
-        QTest::newRow("-7.50") << -7.5 << true;
-        QTest::newRow("+1") << 1.0 << false;
-        QTest::newRow("5.") << 5.0 << true;
+        addRow(" 12.5\t", 12.5, false);
+        addRow("1e3", 1000.0, false);
+        addRow("1,5", qQNaN(), false);
+        addRow("", qQNaN(), true);
+        addRow("-", qQNaN(), true);
+        addRow(".", qQNaN(), true);
+        addRow("1e999", qQNaN(), false);
+        addRow("-7.50", -7.5, true);
+        addRow("+1", 1.0, false);
+        addRow("5.", 5.0, true);
     }
 
     void parsing() {

@@ -45,9 +45,9 @@ private slots:
     void unusableRegions_data() {
         QTest::addColumn<int>("bytes");
         QTest::addColumn<unsigned>("loggedChannels");
-        QTest::newRow("none") << -1 << 1U;
-        QTest::newRow("a byte short of a record") << 1815 << 1U;
-        QTest::newRow("five records") << 5 * 1816 << 5U;
+        addRow("none", -1, 1U);
+        addRow("a byte short of a record", 1815, 1U);
+        addRow("five records", 5 * 1816, 5U);
     }
 
     void unusableRegions() {
@@ -105,8 +105,8 @@ private slots:
     void usableRegions_data() {
         QTest::addColumn<int>("bytes");
         QTest::addColumn<unsigned>("channels");
-        QTest::newRow("one and most of another") << 3631 << 1U;
-        QTest::newRow("four, rounded up to a page") << 8192 << 4U;
+        addRow("one and most of another", 3631, 1U);
+        addRow("four, rounded up to a page", 8192, 4U);
     }
 
     void usableRegions() {
@@ -125,9 +125,9 @@ private slots:
 
     void badPorts_data() {
         QTest::addColumn<QByteArray>("port");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("one too many") << QByteArray("65536");
-        QTest::newRow("no end") << QByteArray(32, '9');
+        addRow("empty", QByteArray());
+        addRow("one too many", QByteArray("65536"));
+        addRow("no end", QByteArray(32, '9'));
     }
 
     void badPorts() {
@@ -244,7 +244,7 @@ private slots:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QString>("reply");
         const auto row = [](const char* name, const char* command, const char* answer, const char* reply) {
-            QTest::newRow(name) << QByteArray(command) << QByteArray(answer) << QString::fromUtf8(reply);
+            addRow(name, QByteArray(command), QByteArray(answer), QString::fromUtf8(reply));
         };
         row("first of two",                 "A?",               "1;2\n",         "1");
         row("question mark in the argument", ":NAME \"why?\"", "yes\r\n",       "yes");

@@ -11,22 +11,22 @@ private slots:
         QTest::addColumn<unsigned>("mask");
         QTest::addColumn<int>("result");
 
-        QTest::newRow("a kind, empty mask") << 0x02U << 0x00U << -1;
-        QTest::newRow("AM beside FM") << 0x01U << 0x03U << 0x02;
-        QTest::newRow("AM beside all") << 0x01U << 0xFFU << 0xFE;
-        QTest::newRow("PM beside FM") << 0x04U << 0x06U << 0x02;
-        QTest::newRow("sweep beside power sweep") << 0x08U << 0x18U << 0x10;
-        QTest::newRow("power sweep beside list and FM") << 0x10U << 0x52U << 0x40;
-        QTest::newRow("pulse beside pattern") << 0x20U << 0xA0U << 0x80;
-        QTest::newRow("list beside pulse") << 0x40U << 0x60U << 0x20;
-        QTest::newRow("pattern beside sweep and PM") << 0x80U << 0x8CU << 0x08;
-        QTest::newRow("kind that is not in the mask") << 0x08U << 0x31U << 0;
-        QTest::newRow("of two kinds the lowest rules") << 0x22U << 0x62U << 0;
-        QTest::newRow("bits that are no kind") << 0x100U << 0x103U << 0;
-        QTest::newRow("whole mask: FM with list") << 0x00U << 0x42U << 0;
-        QTest::newRow("whole mask: sweep and pulse") << 0x00U << 0x28U << 0x20;
-        QTest::newRow("whole mask: AM first") << 0x00U << 0x07U << 0x06;
-        QTest::newRow("whole mask: later rows") << 0x00U << 0xC2U << 0x80;
+        addRow("a kind, empty mask", 0x02U, 0x00U, -1);
+        addRow("AM beside FM", 0x01U, 0x03U, 0x02);
+        addRow("AM beside all", 0x01U, 0xFFU, 0xFE);
+        addRow("PM beside FM", 0x04U, 0x06U, 0x02);
+        addRow("sweep beside power sweep", 0x08U, 0x18U, 0x10);
+        addRow("power sweep beside list and FM", 0x10U, 0x52U, 0x40);
+        addRow("pulse beside pattern", 0x20U, 0xA0U, 0x80);
+        addRow("list beside pulse", 0x40U, 0x60U, 0x20);
+        addRow("pattern beside sweep and PM", 0x80U, 0x8CU, 0x08);
+        addRow("kind that is not in the mask", 0x08U, 0x31U, 0);
+        addRow("of two kinds the lowest rules", 0x22U, 0x62U, 0);
+        addRow("bits that are no kind", 0x100U, 0x103U, 0);
+        addRow("whole mask: FM with list", 0x00U, 0x42U, 0);
+        addRow("whole mask: sweep and pulse", 0x00U, 0x28U, 0x20);
+        addRow("whole mask: AM first", 0x00U, 0x07U, 0x06);
+        addRow("whole mask: later rows", 0x00U, 0xC2U, 0x80);
     }
 
     void combinations() {

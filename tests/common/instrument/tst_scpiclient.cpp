@@ -129,12 +129,12 @@ private slots:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("replyOrError");
-        QTest::newRow("acknowledged")        << false << QByteArray("+OK\r\n")              << 0  << "";
-        QTest::newRow("refused")             << false << QByteArray("-ERR 1, no\r\n")       << -1 << "-ERR 1, no";
-        QTest::newRow("line")                << true  << QByteArray("1.5;2\r\n")            << 0  << "1.5;2";
-        QTest::newRow("not Latin")           << true  << QByteArray("\xC2\xB5s\r\n")        << 0  << QString::fromUtf8("\xC2\xB5s");
-        QTest::newRow("malformed block")     << true  << QByteArray("#x\r\n")               << -1 << "invalid-block-format(nd)";
-        QTest::newRow("surplus behind it")   << true  << QByteArray("1\r\nsurplus\r\n#19")  << 0  << "1";
+        addRow("acknowledged", false, QByteArray("+OK\r\n"), 0, "");
+        addRow("refused", false, QByteArray("-ERR 1, no\r\n"), -1, "-ERR 1, no");
+        addRow("line", true, QByteArray("1.5;2\r\n"), 0, "1.5;2");
+        addRow("not Latin", true, QByteArray("\xC2\xB5s\r\n"), 0, QString::fromUtf8("\xC2\xB5s"));
+        addRow("malformed block", true, QByteArray("#x\r\n"), -1, "invalid-block-format(nd)");
+        addRow("surplus behind it", true, QByteArray("1\r\nsurplus\r\n#19"), 0, "1");
         // clang-format on
     }
 
@@ -281,8 +281,8 @@ private slots:
 
     void idleAttemptsAreRare_data() {
         QTest::addColumn<bool>("refused");
-        QTest::newRow("nobody listens") << true;
-        QTest::newRow("somebody accepts and hangs up") << false;
+        addRow("nobody listens", true);
+        addRow("somebody accepts and hangs up", false);
     }
 
     void idleAttemptsAreRare() {
@@ -325,8 +325,8 @@ private slots:
 
     void endsAll_data() {
         QTest::addColumn<bool>("byClose");
-        QTest::newRow("closed by another thread") << true;
-        QTest::newRow("destroyed") << false;
+        addRow("closed by another thread", true);
+        addRow("destroyed", false);
     }
 
     void endsAll() {

@@ -18,7 +18,7 @@ private slots:
 
         const auto row = [](const char* name, bool isQuery, const QByteArray& bytes, Progress progress,
                             const QByteArray& payload = {}, const QString& error = {}) {
-            QTest::newRow(name) << isQuery << bytes << progress << payload << error;
+            addRow(name, isQuery, bytes, progress, payload, error);
         };
         constexpr bool write = false;
         constexpr bool query = true;
@@ -92,11 +92,11 @@ private slots:
         QTest::addColumn<Progress>("progress");
 
         const int most = ScpiReply::kMaximumSize;
-        QTest::newRow("longest line yet") << QByteArray() << most << QByteArray() << Progress::Waiting;
-        QTest::newRow("longest line") << QByteArray() << most - 1 << QByteArray("\n") << Progress::Answered;
-        QTest::newRow("endless line") << QByteArray() << most + 1 << QByteArray() << Progress::Failed;
-        QTest::newRow("too long a line, ended") << QByteArray() << most << QByteArray("\n") << Progress::Failed;
-        QTest::newRow("longest block") << QByteArray("#816777216") << most << QByteArray("\n") << Progress::Answered;
+        addRow("longest line yet", QByteArray(), most, QByteArray(), Progress::Waiting);
+        addRow("longest line", QByteArray(), most - 1, QByteArray("\n"), Progress::Answered);
+        addRow("endless line", QByteArray(), most + 1, QByteArray(), Progress::Failed);
+        addRow("too long a line, ended", QByteArray(), most, QByteArray("\n"), Progress::Failed);
+        addRow("longest block", QByteArray("#816777216"), most, QByteArray("\n"), Progress::Answered);
     }
 
     void sizeLimits() {
@@ -135,12 +135,12 @@ private slots:
         // clang-format off
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("cleaned");
-        QTest::newRow("blanks and line ends") << " \t1 0.5 \r\n" << "1 0.5";
-        QTest::newRow("only blanks") << " \t\r\n" << "";
-        QTest::newRow("first of two") << "1;2\n" << "1";
-        QTest::newRow("blank before the semicolon stays") << "1 ;2" << "1 ";
-        QTest::newRow("starts with a semicolon") << " ;2" << "";
-        QTest::newRow("vertical tab is no blank") << "\v1" << "\v1";
+        addRow("blanks and line ends", " \t1 0.5 \r\n", "1 0.5");
+        addRow("only blanks", " \t\r\n", "");
+        addRow("first of two", "1;2\n", "1");
+        addRow("blank before the semicolon stays", "1 ;2", "1 ");
+        addRow("starts with a semicolon", " ;2", "");
+        addRow("vertical tab is no blank", "\v1", "\v1");
         // clang-format on
     }
 

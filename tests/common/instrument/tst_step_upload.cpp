@@ -112,7 +112,7 @@ private slots:
         QTest::addColumn<QByteArray>("encoded");
         QTest::addColumn<QByteArray>("expected");
         const auto list = [](const char* name, list_point step, const char* hex) {
-            QTest::newRow(name) << SetListData(&step, step.last, step.advance != "Run").toHex() << QByteArray(hex).replace(' ', "");
+            addRow(name, SetListData(&step, step.last, step.advance != "Run").toHex(), QByteArray(hex).replace(' ', ""));
         };
         list("a new step", list_point(), "0100 00e876481700 f401 00 f401000000");
         list("waits, last", listStep(100, "MHz", 5, 500, "\u00B5s", "Wait", true), "0100 00e876481700 f401 03 f401000000");
@@ -125,14 +125,14 @@ private slots:
         list("below any integer", listStep(-kHuge, "GHz", -kHuge, -1, "s"), "0100 000000000000 0000 00 0000000000");
         list("no numbers", listStep(kNan, "GHz", kNan, kNan, "s"), "0100 000000000000 0000 00 0000000000");
         const auto pattern = [](const char* name, pattern_point step, const char* hex) {
-            QTest::newRow(name) << SetPattData(&step).toHex() << QByteArray(hex).replace(' ', "");
+            addRow(name, SetPattData(&step).toHex(), QByteArray(hex).replace(' ', ""));
         };
         pattern("off time first", patternStep(800, "ns", 1, "\u00B5s"), "0100 0100 e803000000000000 2003000000000000");
         pattern("ms, s, loops cut", patternStep(1.5, "ms", 2, "s", 65536 + 258), "0100 0201 0094357700000000 60e3160000000000");
         pattern("signed, truncated", patternStep(-1.9, "ns", 0.9999, "\u00B5s"), "0100 0100 e703000000000000 ffffffffffffffff");
         pattern("out of range", patternStep(kHuge, "s", -kHuge, "s"), "0100 0100 0000000000000080 ffffffffffffff7f");
         const auto text = [](const std::string& encoded, const char* expected) {
-            QTest::newRow(expected) << QByteArray::fromStdString(encoded) << QByteArray(expected);
+            addRow(expected, QByteArray::fromStdString(encoded), QByteArray(expected));
         };
         text(StepWire::listCommand(listStep(2.4, "GHz", -10.25, 500, "\u00B5s", "Wait", true)), ":SOUR:LIST:DEF 1,2.4e+09,-10.25,1,1,0.0005");
         text(StepWire::listCommand(listStep(150, "KHz", 0, 20, "ms")), ":SOUR:LIST:DEF 1,150,0,0,0,0.02"); // as it stands
@@ -203,7 +203,7 @@ private slots:
         const QByteArrayList patternLines{":PATT:DEF 1,8e-07,1e-06,1,0", ":PATT:DEF 2,0.001,1,9,1"};
         const auto row = [](const char* name, const Upload& upload, bool pulseRuns, const QByteArrayList& lines,
                             const char* refused = "", const char* warning = "") {
-            QTest::newRow(name) << upload << pulseRuns << QByteArray(refused) << QString(warning) << lines;
+            addRow(name, upload, pulseRuns, QByteArray(refused), QString(warning), lines);
         };
         row("list", binaryList, false, {list});
         row("list, pulse runs", binaryList, true, off + QByteArrayList{list} + on);
