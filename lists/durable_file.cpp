@@ -12,11 +12,9 @@
 #include <cerrno>
 #include <climits>
 
-namespace {
-
 // QSaveFile puts the content on the disk, not the folder's entry. File systems that cannot do that for a folder say
 // EINVAL.
-bool syncFolder(const QString& folder) {
+bool DurableFile::syncFolder(const QString& folder) {
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
@@ -24,8 +22,6 @@ bool syncFolder(const QString& folder) {
     ::close(descriptor);
     return synced;
 }
-
-} // namespace
 
 bool DurableFile::makeFolder(const QString& folder) {
     QStringList changed;

@@ -11,6 +11,9 @@ enum class Result { Ok, CannotOpen, CannotWrite };
 /// Makes a folder with all its parents and sees to it that they last. True also for one that is there.
 [[nodiscard]] bool makeFolder(const QString& folder);
 
+/// Puts a folder's entries on the disk, after a file in it got its name.
+[[nodiscard]] bool syncFolder(const QString& folder);
+
 /// Puts a file in the place of the one at `path`, or makes it: content and folder entry are on the disk afterwards.
 /// What had been there stays untouched on failure, and no other name is left behind.
 [[nodiscard]] Result replace(const QString& path, const QByteArray& content);

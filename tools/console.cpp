@@ -21,18 +21,24 @@ int refuse(const QString& why, int code) {
     return code;
 }
 
-bool parse(QCommandLineParser& parser, int& code) {
-    const QCommandLineOption help = parser.addHelpOption();
-    if (!parser.parse(QCoreApplication::arguments())) {
-        code = refuse(parser.errorText(), kUsage);
-        return false;
-    }
+int run(int argc, char** argv, const Tool& tool, const Carry& carry) {
+    const QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(tool.description);
+    parser.addPositionalArgument("command", tool.commands);
+    parser.addPositionalArgument("arguments", tool.places, tool.placeholder);
+    parser.addOptions(tool.options);
+    const QCommandLineOption help({"h", "help"}, "Shows this help.");
+    parser.addOption(help);
+    if (!parser.parse(QCoreApplication::arguments()))
+        return refuse(parser.errorText(), kUsage);
     if (parser.isSet(help)) {
         say(parser.helpText());
-        code = kDone;
-        return false;
+        return kDone;
     }
-    return true;
+    const QStringList arguments = parser.positionalArguments();
+    const std::optional<int> code = carry(parser, arguments.value(0), arguments.mid(1));
+    return code ? *code : refuse(QStringLiteral("say %1, or --help").arg(tool.commands), kUsage);
 }
 
 QString writeFile(const QString& path, const QByteArray& bytes) {

@@ -1,6 +1,12 @@
 #pragma once
 
+#include <QCommandLineOption>
+#include <QList>
 #include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
 
 class QCommandLineParser;
 
@@ -17,8 +23,20 @@ void say(const QString& line);
 /// A line on standard error, with the program's name in front; returns the exit code.
 int refuse(const QString& why, int code = kRefused);
 
-/// Parses the program's arguments. True: go on. False: end with `code`, help was shown or the arguments refused.
-[[nodiscard]] bool parse(QCommandLineParser& parser, int& code);
+/// What a tool says of itself in its help.
+struct Tool {
+    QString description;
+    QString commands;    ///< the words that its first argument may be
+    QString places;      ///< what the arguments behind it are
+    QString placeholder; ///< of one of those in the usage
+    QList<QCommandLineOption> options;
+};
+
+/// Does a command with the arguments behind it; returns the exit code, or nothing when it knows no such command.
+using Carry = std::function<std::optional<int>(const QCommandLineParser&, const QString& command, const QStringList&)>;
+
+/// A tool's main: parses the arguments, shows the help, refuses what is wrong with them, carries the command out.
+int run(int argc, char** argv, const Tool& tool, const Carry& carry);
 
 /// Replaces a file as a whole. Returns why not, or nothing.
 [[nodiscard]] QString writeFile(const QString& path, const QByteArray& bytes);

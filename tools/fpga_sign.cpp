@@ -66,9 +66,9 @@ int sign(const QCommandLineParser& parser, const QStringList& files) {
     return problem.isEmpty() ? Console::kDone : Console::refuse(problem);
 }
 
-int check(const QStringList& files) {
-    if (files.isEmpty())
-        return Console::refuse("check takes signed files", Console::kUsage);
+int check(const QCommandLineParser& parser, const QStringList& files) {
+    if (files.isEmpty() || !parser.optionNames().isEmpty())
+        return Console::refuse("check takes signed files and no options", Console::kUsage);
     int code = Console::kDone;
     for (const QString& path : files) {
         QByteArray file;
@@ -94,26 +94,23 @@ int check(const QStringList& files) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Adds the trailer to an FPGA image that the instrument asks for, and checks it.\n\n"
-        "  fpga-sign --version 1.4 sign IMAGE SIGNED\n"
-        "  fpga-sign check SIGNED...\n\n"
-        "Ends with 0 when done, 1 when an image is refused, 2 when called the wrong way.");
-    parser.addPositionalArgument("command", "sign or check");
-    parser.addPositionalArgument("files", "the image and the file to write, or the files to check", "FILE...");
-    parser.addOption({"version", "Version of the image, MAJOR.MINOR.", "version"});
-    parser.addOption({"date", "Build date, YYYY-MM-DD; today when left out.", "date"});
-    parser.addOption({"design", "Design name; the instrument takes velda_top alone.", "name", kFpgaDesign});
-    int code = Console::kDone;
-    if (!Console::parse(parser, code))
-        return code;
-    const QStringList arguments = parser.positionalArguments();
-    const QString command = arguments.value(0);
-    if (command == "sign")
-        return sign(parser, arguments.mid(1));
-    if (command == "check")
-        return check(arguments.mid(1));
-    return Console::refuse("say sign or check, or --help", Console::kUsage);
+    const Console::Tool tool{"Adds the trailer to an FPGA image that the instrument asks for, and checks it.\n\n"
+                             "  fpga-sign --version 1.4 sign IMAGE SIGNED\n"
+                             "  fpga-sign check SIGNED...\n\n"
+                             "Ends with 0 when done, 1 when an image is refused, 2 when called the wrong way.",
+                             "sign or check",
+                             "the image and the file to write, or the files to check",
+                             "FILE...",
+                             {{"version", "Version of the image, MAJOR.MINOR.", "version"},
+                              {"date", "Build date, YYYY-MM-DD; today when left out.", "date"},
+                              {"design", "Design name; the instrument takes velda_top alone.", "name", kFpgaDesign}}};
+    return Console::run(
+        argc, argv, tool,
+        [](const QCommandLineParser& parser, const QString& command, const QStringList& files) -> std::optional<int> {
+            if (command == "sign")
+                return sign(parser, files);
+            if (command == "check")
+                return check(parser, files);
+            return std::nullopt;
+        });
 }

@@ -60,9 +60,9 @@ int build(PackageType type, const QCommandLineParser& parser, const QStringList&
     return tell(buildPackage(request));
 }
 
-int inspect(bool list, const QStringList& places) {
-    if (places.size() != 1)
-        return Console::refuse("name one manifest, or the folder that holds it", Console::kUsage);
+int inspect(bool list, const QCommandLineParser& parser, const QStringList& places) {
+    if (places.size() != 1 || !parser.optionNames().isEmpty())
+        return Console::refuse("name one manifest, or the folder that holds it, and no options", Console::kUsage);
     const QString manifest = QFileInfo(places[0]).isDir() ? places[0] + "/Manifest" : places[0];
     const QStringList problems = checkPackage(manifest);
     if (list && QFileInfo(manifest).isFile()) {
@@ -73,12 +73,24 @@ int inspect(bool list, const QStringList& places) {
     return tell(problems);
 }
 
+std::optional<int> carryOut(const QCommandLineParser& parser, const QString& command, const QStringList& places) {
+    constexpr struct {
+        const char* command;
+        PackageType type;
+    } kBuilds[] = {{"software", PackageType::Software}, {"fpga", PackageType::Fpga}, {"module", PackageType::Module}};
+    for (const auto& row : kBuilds) {
+        if (command == row.command)
+            return build(row.type, parser, places);
+    }
+    if (command == "check" || command == "list")
+        return inspect(command == "list", parser, places);
+    return std::nullopt;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
+    const Console::Tool tool{
         "Builds update packages with their manifest, checks one, and lists what an installation of it would do.\n\n"
         "  update-pack --version 2.1 --install app=/opt/app --run \"sudo ldconfig\" --reboot software FOLDER OUTPUT\n"
         "  update-pack --version 1.4 fpga SIGNED-IMAGE OUTPUT\n"
@@ -86,28 +98,15 @@ int main(int argc, char** argv) {
         "  update-pack check PACKAGE\n"
         "  update-pack list PACKAGE\n\n"
         "PACKAGE is a manifest or the folder that holds it. Components are installed in the order of their options.\n"
-        "Ends with 0 when done, 1 when something is refused, 2 when called the wrong way.");
-    parser.addPositionalArgument("command", "software, fpga, module, check or list");
-    parser.addPositionalArgument("places", "the source and the folder to write, or the package", "PLACE...");
-    parser.addOption({"version", "Version that the instrument shows.", "version"});
-    parser.addOption({"name", "Name in the manifest; it decides the kind: FW, FPGA or NMX.", "name"});
-    parser.addOption({"description", "Description in the manifest.", "text"});
-    parser.addOption({"install", "Copies a file or folder of the package to a place of the instrument.", "name=place"});
-    parser.addOption({"run", "Runs a command on the instrument; its failure stops the installation.", "command"});
-    parser.addOption({"reboot", "Reboots the instrument."});
-    int code = Console::kDone;
-    if (!Console::parse(parser, code))
-        return code;
-    const QStringList arguments = parser.positionalArguments();
-    constexpr struct {
-        const char* command;
-        PackageType type;
-    } kBuilds[] = {{"software", PackageType::Software}, {"fpga", PackageType::Fpga}, {"module", PackageType::Module}};
-    for (const auto& row : kBuilds) {
-        if (arguments.value(0) == row.command)
-            return build(row.type, parser, arguments.mid(1));
-    }
-    if (arguments.value(0) == "check" || arguments.value(0) == "list")
-        return inspect(arguments.value(0) == "list", arguments.mid(1));
-    return Console::refuse("say software, fpga, module, check or list, or --help", Console::kUsage);
+        "Ends with 0 when done, 1 when something is refused, 2 when called the wrong way.",
+        "software, fpga, module, check or list",
+        "the source and the folder to write, or the package",
+        "PLACE...",
+        {{"version", "Version that the instrument shows.", "version"},
+         {"name", "Name in the manifest; it decides the kind: FW, FPGA or NMX.", "name"},
+         {"description", "Description in the manifest.", "text"},
+         {"install", "Copies a file or folder of the package to a place of the instrument.", "name=place"},
+         {"run", "Runs a command on the instrument; its failure stops the installation.", "command"},
+         QCommandLineOption("reboot", "Reboots the instrument.")}};
+    return Console::run(argc, argv, tool, carryOut);
 }

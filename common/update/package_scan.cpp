@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
 #include <filesystem>
 #include <stdexcept>
@@ -47,6 +48,8 @@ QStringList findManifests(const QString& root) {
         std::error_code gone;
         if (name.compare(QLatin1String("Manifest"), Qt::CaseInsensitive) == 0 && at->is_regular_file(gone))
             found << QFile::decodeName(at->path().c_str());
+        if (QThread::currentThread()->isInterruptionRequested())
+            break;
         if (found.size() >= kMostManifests) {
             VELDA_LOG("update", QtInfoMsg, "%s holds more than %d manifests, the others are left out", root,
                       kMostManifests);
@@ -71,4 +74,8 @@ std::unique_ptr<fwData> readPackages(const QStringList& manifestPaths) {
             fail(path.toStdString() + ": the medium was removed");
     }
     return packages;
+}
+
+std::unique_ptr<fwData> packagesBelow(const QString& root) {
+    return readPackages(findManifests(root));
 }

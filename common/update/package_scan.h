@@ -7,9 +7,13 @@ QString packageSearchRoot();
 
 /// Paths of all manifests below a folder, sorted; links to folders and hidden folders are not entered. A folder that is
 /// not there holds none. Throws std::runtime_error, "Error reading fw files " and why, when the walk breaks off because
-/// the medium is gone. May take seconds on a slow medium; any thread.
+/// the medium is gone. May take seconds on a slow medium; any thread. A request to interrupt that thread ends the walk
+/// with what was found so far.
 [[nodiscard]] QStringList findManifests(const QString& root);
 
 /// Reads what findManifests found. Throws std::runtime_error as findManifests does when a manifest cannot be read or is
 /// no longer there.
 [[nodiscard]] std::unique_ptr<fwData> readPackages(const QStringList& manifestPaths);
+
+/// findManifests and readPackages in one.
+[[nodiscard]] std::unique_ptr<fwData> packagesBelow(const QString& root);

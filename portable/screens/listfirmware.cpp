@@ -1,9 +1,6 @@
 #include "portable/screens/listfirmware.h"
 
-#include "common/update/datafw.h"
-#include "common/update/package_scan.h"
 #include "portable/screens/system_listpage.h"
-#include "portable/screens/update_scan.h"
 
 #include <QHeaderView>
 #include <QTimer>
@@ -21,8 +18,8 @@ constexpr int QuietSeconds = 3;     ///< a look shorter than this is not counted
 
 } // namespace
 
-fwList::fwList(QWidget* parent)
-    : QTableWidget(parent), m_scan(std::make_unique<PackageScan>()), m_second(new QTimer(this)) {
+fwList::fwList(QWidget* parent, PackageLook look)
+    : QTableWidget(parent), m_scan(std::make_unique<PackageScan>(std::move(look))), m_second(new QTimer(this)) {
     setObjectName(QStringLiteral("fwList"));
     dressTable(*this);
     setColumnCount(ColumnCount);
@@ -66,7 +63,8 @@ void fwList::onScanned() {
     const PackageScan::Result result = m_scan->result();
     m_packages = result.packages;
     fill();
-    emit noteChanged(QStringLiteral("No update package found"));
+    emit noteChanged(result.error.isEmpty() ? QStringLiteral("No update package found")
+                                            : QStringLiteral("The media cannot be read"));
     if (!result.error.isEmpty())
         emit failed(result.error);
 }

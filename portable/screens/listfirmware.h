@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/update/datafw.h"
+#include "portable/screens/update_scan.h"
 
 #include <QTableWidget>
 
@@ -10,14 +10,12 @@ class QTimer;
 
 namespace Kavor::HandheldGui {
 
-class PackageScan;
-
 /// The update packages on the removable media. A row is chosen by a touch. GUI thread; the media are read on another.
 class fwList : public QTableWidget {
     Q_OBJECT
 
 public:
-    explicit fwList(QWidget* parent);
+    explicit fwList(QWidget* parent, PackageLook look = packagesBelow);
     ~fwList() override;
 
     /// With the mode "load" empties the table and looks for packages; any other mode gives an empty table. The number

@@ -2,7 +2,9 @@
 
 #include "portable/screens/update_dialog.h"
 #include "portable/widgets/dialogs.h"
+#include "portable/widgets/styles/tokens.h"
 
+#include <QLabel>
 #include <QMessageBox>
 #include <QThread>
 #include <QTimer>
@@ -34,10 +36,15 @@ void show(QWidget* parent, DialogKind kind, const QString& title, const QString&
     box.setObjectName(QStringLiteral("updateBox"));
     box.setWindowTitle(title);
     box.setTextFormat(Qt::PlainText); // a path is what it is
-    box.setText(breakable(text));
+    box.setText(title);
+    box.setInformativeText(breakable(text));
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
     dressBox(box);
+    if (auto* heading = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+        const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
+        heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));
+    }
     DialogRunner::current().run(box, kind, text);
 }
 

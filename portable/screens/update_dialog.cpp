@@ -93,6 +93,7 @@ void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
     QString times = QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    times += QStringLiteral("    Do not switch the device off");
     // Where there are no steps, none can fail to come.
     if (!m_progress->isHidden() && still >= StillSeconds)
         times += QStringLiteral("    No progress for %1 s").arg(still);

@@ -1,7 +1,9 @@
 #include "portable/screens/update_drop.h"
 
-#include <QDir>
+#include "lists/durable_file.h"
+
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace Kavor::HandheldGui {
@@ -11,22 +13,24 @@ constexpr qint64 Piece = 256 * 1024;
 }
 
 DropResult dropPackage(const QString& package, const QString& folder, const QString& target) {
-    if (!QDir().mkpath(folder))
+    if (!DurableFile::makeFolder(folder))
         return DropResult::NoFolder;
+    DurableFile::sweep(folder, QFileInfo(target).fileName());
     QFile from(package);
     QSaveFile to(target);
     if (!from.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || !to.open(QIODevice::WriteOnly))
         return DropResult::NotCopied;
-    for (;;) {
-        const QByteArray piece = from.read(Piece);
-        if (piece.isEmpty())
-            break;
+    const qint64 size = from.size();
+    qint64 copied = 0;
+    for (QByteArray piece = from.read(Piece); !piece.isEmpty(); piece = from.read(Piece)) {
         if (to.write(piece) != piece.size())
             return DropResult::NotCopied;
+        copied += piece.size();
     }
-    // A stick that was pulled reads as an end with an error.
-    const bool whole = from.error() == QFileDevice::NoError;
-    return whole && to.commit() ? DropResult::Copied : DropResult::NotCopied;
+    // A stick that was pulled reads as an end with an error, or as a file that ends too early.
+    const bool whole = from.error() == QFileDevice::NoError && copied == size;
+    return whole && to.flush() && to.commit() && DurableFile::syncFolder(folder) ? DropResult::Copied
+                                                                                 : DropResult::NotCopied;
 }
 
 } // namespace Kavor::HandheldGui

@@ -2,6 +2,7 @@
 
 #include "common/update/fpga_update_job.h"
 #include "common/update/package_installer.h"
+#include "portable/screens/update_scan.h"
 
 #include <functional>
 
@@ -15,6 +16,8 @@ struct UpdateSettings {
 
     /// How the boards of that many channels are reached.
     std::function<FpgaUpdateSettings(int channels)> fpga = FpgaUpdateSettings::forChannels;
+
+    PackageLook look = packagesBelow;
 
     int patienceMs = 400; ///< what takes longer shows a dialog
 };

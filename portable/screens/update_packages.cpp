@@ -37,7 +37,7 @@ const std::array<Flow, 3> Flows{
 UpdatePackages::UpdatePackages(const UpdateSettings& settings) : m_settings(settings) {}
 
 QTableWidget* UpdatePackages::makeList(QWidget* parent, PanelHost& host) {
-    m_list = new fwList(parent);
+    m_list = new fwList(parent, m_settings.look);
     connect(m_list, &fwList::loadList, this, &UpdateEntry::chosen);
     connect(m_list, &fwList::noteChanged, this, &UpdateEntry::noteChanged);
     // Whoever has left the page is not told that a look at the media failed.

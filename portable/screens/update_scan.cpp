@@ -1,18 +1,19 @@
 #include "portable/screens/update_scan.h"
 
-#include "common/update/package_scan.h"
-
 #include <exception>
 
 namespace Kavor::HandheldGui {
 
 PackageScan::~PackageScan() {
+    requestInterruption();
     wait();
 }
 
 void PackageScan::lookBelow(const QString& root) {
     m_next = root;
-    if (!isRunning())
+    if (isRunning())
+        requestInterruption();
+    else
         looksAgain();
 }
 
@@ -34,7 +35,7 @@ PackageScan::Result PackageScan::result() const {
 void PackageScan::run() {
     Result result;
     try {
-        result.packages = readPackages(findManifests(m_root));
+        result.packages = m_look(m_root);
     } catch (const std::exception& error) {
         result.error = QString::fromLocal8Bit(error.what());
     }

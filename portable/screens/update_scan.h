@@ -1,16 +1,20 @@
 #pragma once
 
-#include "common/update/datafw.h"
+#include "common/update/package_scan.h"
 
 #include <QThread>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
 namespace Kavor::HandheldGui {
 
+/// How the packages below a folder are found; as packagesBelow.
+using PackageLook = std::function<std::unique_ptr<fwData>(const QString& root)>;
+
 /// Reads the packages of the removable media on a thread of its own, since a medium may be slow or go while it is read.
-/// Created, asked and destroyed on the GUI thread; the destructor waits for the look under way.
+/// Created, asked and destroyed on the GUI thread; the destructor breaks off the look under way.
 class PackageScan : public QThread {
     Q_OBJECT
 
@@ -20,10 +24,10 @@ public:
         QString error;                    ///< then what the user is to read
     };
 
-    using QThread::QThread;
+    explicit PackageScan(PackageLook look) : m_look(std::move(look)) {}
     ~PackageScan() override;
 
-    /// Looks below that folder; while a look is under way, once more after it. Ends with finished(), each time.
+    /// Looks below that folder, in place of the look under way, which is broken off. Ends with finished(), each time.
     void lookBelow(const QString& root);
 
     /// Of the last look that has ended.
@@ -36,6 +40,7 @@ protected:
     void run() override;
 
 private:
+    const PackageLook m_look;
     QString m_root;             ///< written only while the thread does not run
     QString m_next;             ///< root of the look to come, empty for none
     mutable std::mutex m_mutex; ///< of the result

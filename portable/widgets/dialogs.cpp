@@ -70,7 +70,7 @@ bool DialogRunner::anyOpen() {
 
 void dressBox(QMessageBox& box) {
     constexpr int Margin = 32;
-    constexpr int NarrowestText = 480;
+    constexpr int NarrowestText = 600;
     constexpr double Enlarged = 1.5;
     constexpr QSize SmallestButton(144, 64);
     box.setWindowFlag(Qt::FramelessWindowHint);
@@ -80,10 +80,16 @@ void dressBox(QMessageBox& box) {
         if (auto* grid = qobject_cast<QGridLayout*>(layout))
             grid->setVerticalSpacing(Margin);
     }
-    if (auto* text = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
-        text->setMinimumWidth(NarrowestText);
-    if (auto* buttons = box.findChild<QDialogButtonBox*>())
+    for (const char* name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
+        if (auto* text = box.findChild<QLabel*>(QLatin1String(name))) {
+            text->setMinimumWidth(NarrowestText);
+            text->setAlignment(Qt::AlignCenter);
+        }
+    }
+    if (auto* buttons = box.findChild<QDialogButtonBox*>()) {
+        buttons->setCenterButtons(true);
         buttons->layout()->setSpacing(Style::Gap);
+    }
     for (QPushButton* button : box.findChildren<QPushButton*>()) {
         button->setFont(QFont(QStringLiteral("Segoe UI"), 18));
         button->setStyleSheet(button == box.defaultButton() ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE);
