@@ -64,7 +64,7 @@ ListPage::ListPage(QWidget* page, const QString& title, const QString& note, con
     m_note->setGeometry(TableMargin, TableTop + HeaderHeight, m_group->width() - 2 * TableMargin,
                         TableHeight - HeaderHeight);
     m_note->setAlignment(Qt::AlignCenter);
-    m_note->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_note->setObjectName(QStringLiteral("listNote"));
     m_note->setStyleSheet(WIDGET_LBL_STYLE);
 
     const int left = m_group->geometry().right() + 1 + GroupGap;
@@ -82,7 +82,6 @@ QWidget* ListPage::group() const {
 void ListPage::setTable(QTableWidget* table) {
     m_table = table;
     m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, TableHeight);
-    m_note->raise();
     // Rows may come while the page is shown.
     connect(m_table->model(), &QAbstractItemModel::rowsInserted, this, &ListPage::showNote);
     connect(m_table->model(), &QAbstractItemModel::rowsRemoved, this, &ListPage::showNote);
@@ -93,7 +92,9 @@ void ListPage::setNote(const QString& note) {
 }
 
 void ListPage::showNote() {
-    m_note->setVisible(m_table->rowCount() == 0);
+    const bool empty = m_table->rowCount() == 0;
+    m_note->setVisible(empty);
+    m_table->setFixedHeight(empty ? HeaderHeight : TableHeight);
 }
 
 void ListPage::show() {

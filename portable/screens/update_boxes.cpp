@@ -74,8 +74,9 @@ void UpdateBoxes::runAside(const QString& text, const std::function<void()>& wor
     UpdateDialog dialog(m_parent, QStringLiteral("asideProgress"), text);
     ShortWait wait(m_patienceMs);
     const std::unique_ptr<QThread> thread(QThread::create(work));
-    QObject::connect(thread.get(), &QThread::finished, &wait, &ShortWait::end);
+    // The dialog hears of it first: the wait's end must not let a dialog flash up that has nothing to say.
     QObject::connect(thread.get(), &QThread::finished, &dialog, &UpdateDialog::end);
+    QObject::connect(thread.get(), &QThread::finished, &wait, &ShortWait::end);
     thread->start();
     wait.run();
     dialog.run();

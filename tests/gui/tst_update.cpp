@@ -1,8 +1,11 @@
+#include "platform/devicepaths.h"
 #include "portable/screens/listfirmware.h"
 #include "portable/screens/screensystem.h"
+#include "portable/screens/update_boxes.h"
 #include "portable/screens/update_dialog.h"
 #include "portable/screens/update_packages.h"
 #include "tests/common/update/fpga_rig.h"
+#include "tests/gui/boardnetwork.h"
 #include "tests/gui/lookrules.h"
 #include "tests/gui/paneltest.h"
 #include "tests/gui/updatestick.h"
@@ -12,18 +15,23 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QLabel>
+#include <QSemaphore>
+#include <QSignalSpy>
 #include <QTimer>
 
 using namespace Kavor::HandheldGui;
 
 namespace {
 
-constexpr int Channels = 4;
 const QString SoftwareQuestion = "Continue to update Firmware to version 2.1?";
 const QString FpgaQuestion = "Continue to update FPGA to version 1.4?";
 const QString ModuleQuestion = "Continue to update NMX module to version 5.0?";
 const QString NoImage = "FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\n"
                         "or not intended for this device.";
+QByteArray sha256(const QByteArray& bytes) {
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+}
+
 const QString Drop = "home/kavor/upgrade/veldax/";
 
 } // namespace
@@ -35,6 +43,7 @@ class UpdateTest : public PanelTest {
     std::unique_ptr<UpdateStick> m_stick;
     std::unique_ptr<FpgaRig> m_rig;
     std::unique_ptr<UpdatePackages> m_updates;
+    std::unique_ptr<UpdatePackages> m_closing; ///< outlives the window it was made for
     QByteArray m_image;
     QStringList m_looks; ///< what the rules of the look found in the dialogs
 
@@ -43,11 +52,8 @@ class UpdateTest : public PanelTest {
     fwList& list() { return *panel().widget<fwList>("fwList"); }
 
     QString noteShown() {
-        for (const QLabel* label : panel().widget<QWidget>("pagePackages")->findChildren<QLabel*>()) {
-            if (label->isVisible() && (label->text().contains("update package")))
-                return label->text();
-        }
-        return QString();
+        const auto* note = panel().widget<QWidget>("pagePackages")->findChild<QLabel*>("listNote");
+        return note->isVisible() ? note->text() : QString();
     }
     bool mainPageIsShown() { return panel().widget<QWidget>("pageSystem")->isVisible(); }
 
@@ -80,11 +86,6 @@ class UpdateTest : public PanelTest {
                 look(dialog);
         });
     }
-    void makeSilent(int board, int Sim::FpgaFaults::*what) {
-        Sim::FpgaFaults faults;
-        faults.*what = Sim::FpgaFaults::kAlways;
-        m_rig->boards[static_cast<std::size_t>(board)]->setFaults(faults);
-    }
     /// One of each kind; the list shows them in the order of their folders.
     void fillStick() {
         stick().addFpga("1-fpga", "1.4", m_image);
@@ -97,35 +98,43 @@ class UpdateTest : public PanelTest {
             untouched = untouched && board->counts().inits == 0;
         return untouched;
     }
+    void startPanel(unsigned channels, const PackageLook& look = packagesBelow, int patienceMs = 60000) {
+        UpdateSettings settings;
+        settings.look = look;
+        settings.patienceMs = patienceMs; // a busy machine is no slow stick
+        settings.fpga = [port = m_rig->port](int count) {
+            FpgaUpdateSettings fpga = FpgaUpdateSettings::forChannels(count);
+            if (!BoardNetwork::entered())
+                fpga.port = port;
+            fpga.ackTimeoutMs = 300;
+            fpga.burnPollMs = 5;
+            return fpga;
+        };
+        m_closing = std::move(m_updates);
+        m_updates = std::make_unique<UpdatePackages>(settings);
+        PanelFixture::Setup setup;
+        setup.channels = channels;
+        setup.updateEntry = m_updates.get();
+        start(setup);
+        m_closing.reset();
+    }
 
 protected:
     void setUp() override {
         m_stick = std::make_unique<UpdateStick>();
         m_image = testImage(64 * 1024 + 7);
         m_rig = std::make_unique<FpgaRig>();
-        Sim::FpgaBoardSettings board;
-        board.burnMs = 600;
-        board.statusMs = 5;
-        QVERIFY(m_rig->start(Channels, board));
-        QStringList addresses;
-        for (const QHostAddress& address : qAsConst(m_rig->addresses))
-            addresses << address.toString();
-        qputenv("VELDA_FPGA_ADDRESSES", addresses.join(',').toLatin1());
-        UpdateSettings settings;
-        settings.patienceMs = 60000; // a busy machine is no slow stick
-        settings.fpga = [port = m_rig->port](int channels) {
-            FpgaUpdateSettings fpga = FpgaUpdateSettings::forChannels(channels);
-            fpga.port = port;
-            fpga.ackTimeoutMs = 300;
-            fpga.burnPollMs = 5;
-            return fpga;
-        };
-        m_updates = std::make_unique<UpdatePackages>(settings);
-        PanelFixture::Setup setup;
-        setup.channels = Channels;
-        setup.updateEntry = m_updates.get();
+        Sim::FpgaBoardSettings board = quickBoard();
+        board.burnMs = 400;
+        if (BoardNetwork::entered()) {
+            board.port = FpgaUpdateSettings().port;
+            QVERIFY(m_rig->start(4, board, DevicePaths::fpgaAddresses()));
+        } else {
+            qputenv("VELDA_FPGA_ADDRESSES", "127.0.0.2,127.0.0.3,127.0.0.4,127.0.0.5");
+            QVERIFY(m_rig->start(4, board));
+        }
         m_looks.clear();
-        start(setup);
+        startPanel(4);
     }
     void tearDown() override {
         PanelTest::tearDown();
@@ -137,6 +146,10 @@ protected:
     }
 
 private slots:
+    void initTestCase() {
+        qInfo("The boards are on %s.", BoardNetwork::entered() ? "the instrument's own addresses" : "127.0.0.2 to .5");
+    }
+
     void emptyStickSaysSo() {
         openList(0);
         QTRY_COMPARE(noteShown(), QString("No update package found"));
@@ -171,15 +184,62 @@ private slots:
         QTRY_VERIFY(mainPageIsShown());
     }
 
-    void aNewLookReplacesTheOneUnderWay() {
+    /// Each look waits for the test: a slow stick. The page goes on meanwhile, and an older look says nothing any more.
+    void slowStick() {
+        QSemaphore go;
+        std::atomic<int> looks{0};
+        startPanel(1, [&](const QString& root) {
+            ++looks;
+            while (!go.tryAcquire(1, 1)) {
+                if (QThread::currentThread()->isInterruptionRequested())
+                    throw std::runtime_error("Error reading fw files: broken off");
+            }
+            return packagesBelow(root);
+        });
         fillStick();
-        openList(3);
-        for (int i = 0; i < 20; ++i)
-            list().update_view(0, "load");
-        QCOMPARE(list().rowCount(), 0);
-        QTRY_COMPARE(list().rowCount(), 3);
+        QVERIFY(panel().press("funcSystem") && panel().press("sysUpdate"));
+        QCOMPARE(noteShown(), QString("Looking for update packages..."));
+        QTRY_COMPARE(noteShown(), QString("Looking for update packages... 3 s"));
+        m_looks << LookRules::violations(panel().window());
+        QVERIFY(panel().press("packagesBack") && mainPageIsShown());
+        QVERIFY(panel().press("sysUpdate")); // a newer look, in place of the one that hangs
+        QTRY_COMPARE(looks.load(), 2);
+        QCOMPARE(noteShown(), QString("Looking for update packages..."));
+        stick().addModule("4-module", "6.0", "newer");
+        go.release();
+        QTRY_COMPARE(list().rowCount(), 4);
         list().update_view(0, "other");
         QCOMPARE(list().rowCount(), 0);
+        list().update_view(0, "load");
+        QTRY_COMPARE(looks.load(), 3);
+        startPanel(1); // the window goes while it looks
+    }
+
+    void stickPulledInTheLook() {
+        QSemaphore walked;
+        QSemaphore go;
+        startPanel(1, [&](const QString& root) {
+            const QStringList found = findManifests(root);
+            walked.release();
+            go.acquire();
+            return readPackages(found);
+        });
+        QSignalSpy failed(&list(), &fwList::failed);
+        for (const bool left : {true, false}) { // whoever has left the page is not told
+            fillStick();
+            QVERIFY(panel().press("funcSystem") && panel().press("sysUpdate"));
+            QVERIFY(walked.tryAcquire(1, 5000));
+            QVERIFY(QDir(stick().at("media")).removeRecursively());
+            if (left)
+                QVERIFY(panel().press("packagesBack"));
+            else
+                expectFailure("the medium was removed");
+            failed.clear();
+            go.release();
+            QTRY_COMPARE(failed.size(), 1);
+            QTRY_COMPARE(dialogs().asked().size(), left ? 0 : 1);
+        }
+        QCOMPARE(noteShown(), QString("The media cannot be read"));
     }
 
     void softwareIsInstalled() {
@@ -221,7 +281,7 @@ private slots:
         const auto times = [&dialog] {
             return dialog.findChild<QLabel*>("updateTimes")->text();
         };
-        QTRY_COMPARE(times(), QString("0:01"));
+        QTRY_COMPARE(times(), QString("0:01    Do not switch the device off"));
         dialog.setProgress(3);
         QVERIFY(!shown("updateBusy") && shown("updateProgress"));
         QTRY_VERIFY_WITH_TIMEOUT(times().contains("No progress for 10 s"), 20000);
@@ -230,20 +290,15 @@ private slots:
         QTRY_VERIFY(!times().contains("No progress"));
     }
 
-    void failedInstallationNamesItsCode() {
-        stick().addSoftware("s", "2.1", {"file|app|copy|%D/installed"});
-        openList(1);
-        const QString package = list().item(0, 3)->text();
-        stick().put("media/tester/s/" + package, "no archive");
-        expectMessage("failed extracting package");
-        answer(SoftwareQuestion);
-        expectProgress("Wait until upgrade process finished");
-        expectFailure("Upgrade failed. Error code: -4");
-        QVERIFY(choose(0));
-        QCOMPARE(stick().sudoed(), QStringList());
+    void imageReachesEveryBoard_data() {
+        QTest::addColumn<unsigned>("channels");
+        for (unsigned channels = 1; channels <= 4; ++channels)
+            QTest::addRow("%u", channels) << channels;
     }
-
     void imageReachesEveryBoard() {
+        QFETCH(unsigned, channels);
+        if (channels != 4)
+            startPanel(channels);
         stick().addFpga("f", "1.4", m_image);
         openList(1);
         answer(FpgaQuestion);
@@ -260,9 +315,8 @@ private slots:
         });
         expectBox(DialogKind::Information, "FPGA update completed.\nPlease power OFF/ON the device.", QMessageBox::Ok);
         QVERIFY(choose(0));
-        const QByteArray expected = QCryptographicHash::hash(m_image, QCryptographicHash::Sha256).toHex();
-        for (const auto& board : m_rig->boards)
-            QCOMPARE(board->sha256(), expected);
+        for (unsigned i = 0; i < 4; ++i)
+            QCOMPARE(m_rig->boards[i]->sha256(), sha256(i < channels ? m_image : QByteArray()));
         QCOMPARE(texts.last(), QString("FPGA update completed: 100%"));
         for (const char* phase : {"Programming FPGA: ", "Verifying FPGA: "})
             QVERIFY2(!texts.filter(phase).isEmpty(), phase);
@@ -270,32 +324,44 @@ private slots:
         QVERIFY(mainPageIsShown());
     }
 
-    /// A transfer that some other channel's board fails ends for all; the instrument has as many boards as channels.
-    void silentBoardEndsInWords() {
-        makeSilent(Channels - 1, &Sim::FpgaFaults::ignoredInits);
-        stick().addFpga("f", "1.4", m_image);
-        openList(1);
-        answer(FpgaQuestion);
-        expectProgress("Transferring FPGA image...");
-        expectFailure("FPGA update failed (timeout/communication error).");
-        expectMessage("Failed to initialize");
-        expectMessage("Transfer Phase Failed");
-        QVERIFY(choose(0));
-        QCOMPARE(m_rig->boards[0]->counts().data, 0);
-        QVERIFY(mainPageIsShown());
+    void fails_data() {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("archive that is none") << "archive"
+                                              << "Upgrade failed. Error code: -4";
+        QTest::newRow("a board that is silent") << "board"
+                                                << "FPGA update failed (timeout/communication error).";
+        QTest::newRow("a spoilt image") << "image" << NoImage;
     }
-
-    void spoiltImageIsRefused() {
-        stick().addFpga("f", "1.4", m_image);
-        const QString image = "media/tester/f/f.img";
-        QByteArray bytes = stick().contentOf(image);
-        bytes[100] = static_cast<char>(bytes[100] ^ 1);
-        stick().put(image, bytes);
-        openList(1);
-        answer(FpgaQuestion);
-        expectFailure(NoImage);
-        QVERIFY(choose(0));
-        QVERIFY(nothingWasDone());
+    void fails() {
+        QFETCH(QString, fault);
+        QFETCH(QString, message);
+        fillStick();
+        openList(3);
+        panel().sent();
+        if (fault == "archive") {
+            stick().put("media/tester/3-software/" + list().item(2, 3)->text(), "no archive");
+            expectMessage("failed extracting package");
+        } else if (fault == "board") {
+            Sim::FpgaFaults silent;
+            silent.ignoredInits = Sim::FpgaFaults::kAlways;
+            m_rig->boards[3]->setFaults(silent);
+            expectMessage("Failed to initialize");
+            expectMessage("Transfer Phase Failed");
+        } else {
+            const QString image = "media/tester/1-fpga/1-fpga.img";
+            QByteArray bytes = stick().contentOf(image);
+            bytes[100] = static_cast<char>(bytes[100] ^ 1);
+            stick().put(image, bytes);
+        }
+        answer(fault == "archive" ? SoftwareQuestion : FpgaQuestion);
+        if (fault != "image")
+            expectProgress(fault == "board" ? "Transferring FPGA image..." : "Wait until upgrade process finished");
+        expectFailure(message);
+        QVERIFY(choose(fault == "archive" ? 2 : 0));
+        QCOMPARE(m_rig->boards[0]->counts().data, 0);
+        QVERIFY(fault == "board" || nothingWasDone());
+        QVERIFY(mainPageIsShown());
     }
 
     void moduleSoftwareIsHandedOver() {
@@ -318,6 +384,8 @@ private slots:
         QTest::newRow("no folder") << "home/kavor/upgrade" << false << "Failed to create upgrade folder:\n%D/" + Drop;
         QTest::newRow("no copy") << Drop + "m.bin/x" << false
                                  << "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin";
+        QTest::newRow("ends too early") << "short" << false
+                                        << "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin";
         QTest::newRow("refused") << "home/x" << true << "Failed to start NMX upgrade for %D/" + Drop + "m.bin";
     }
     void moduleHandOverFails() {
@@ -326,6 +394,10 @@ private slots:
         QFETCH(QString, message);
         stick().addModule("m", "5.0", "module software");
         stick().put(obstacle, "in the way");
+        if (obstacle == "short") { // says that it has 4096 bytes
+            const QString package = stick().at("media/tester/m/m.bin");
+            QVERIFY(QFile::remove(package) && QFile::link("/sys/class/net/lo/mtu", package));
+        }
         if (refused)
             fail(Sim::Fault::Refuse, ":GUI:UPD:SOFT");
         allowMessages("\\[SCPI\\] write failed");
@@ -337,62 +409,59 @@ private slots:
         QCOMPARE(panel().sent().size(), refused ? 1 : 0);
     }
 
-    void stickPulledBeforeTheChoice_data() {
+    void notInstalled_data() {
         QTest::addColumn<int>("row");
         QTest::addColumn<QString>("question");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("FPGA") << 0 << FpgaQuestion << "Cannot open FPGA image:\n";
-        QTest::newRow("module") << 1 << ModuleQuestion << "Upgrade package not found:\n";
-        QTest::newRow("software") << 2 << SoftwareQuestion << "Upgrade package not found:\n";
+        QTest::addColumn<QString>("pulled"); ///< what is told when the stick was pulled before the choice
+        const QString notFound = "Upgrade package not found:\n";
+        for (const bool pulled : {false, true}) {
+            const auto row = [pulled](const char* kind, int number, const QString& question, const QString& message) {
+                QTest::addRow("%s, %s", kind, pulled ? "pulled" : "declined")
+                    << number << question << (pulled ? message : QString());
+            };
+            row("FPGA", 0, FpgaQuestion, "Cannot open FPGA image:\n");
+            row("module", 1, ModuleQuestion, notFound);
+            row("software", 2, SoftwareQuestion, notFound);
+        }
     }
-    void stickPulledBeforeTheChoice() {
+    void notInstalled() {
         QFETCH(int, row);
         QFETCH(QString, question);
-        QFETCH(QString, message);
+        QFETCH(QString, pulled);
         fillStick();
         openList(3);
         panel().sent();
-        const QStringList folders{"1-fpga", "2-module", "3-software"};
-        const QString path = stick().package(folders[row]) + '/' + list().item(row, 3)->text();
-        QVERIFY(QDir(stick().at("media")).removeRecursively());
-        answer(question);
-        expectFailure(message + path);
+        const QString path = stick().package(QStringList{"1-fpga", "2-module", "3-software"}[row]) + '/';
+        answer(question, !pulled.isEmpty());
+        if (!pulled.isEmpty()) {
+            QVERIFY(QDir(stick().at("media")).removeRecursively());
+            expectFailure(pulled + path + list().item(row, 3)->text());
+        }
         QVERIFY(choose(row));
         QVERIFY(nothingWasDone());
         QVERIFY(mainPageIsShown());
     }
 
-    void declinedQuestionDoesNothing_data() {
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("question");
-        QTest::newRow("FPGA") << 0 << FpgaQuestion;
-        QTest::newRow("module") << 1 << ModuleQuestion;
-        QTest::newRow("software") << 2 << SoftwareQuestion;
-    }
-    void declinedQuestionDoesNothing() {
-        QFETCH(int, row);
-        QFETCH(QString, question);
-        fillStick();
-        openList(3);
-        panel().sent();
-        answer(question, false);
-        QVERIFY(choose(row));
-        QVERIFY(nothingWasDone());
-        QVERIFY(mainPageIsShown());
-    }
-
-    void kindOfPackage_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("question");
-        QTest::newRow("FW wins over FPGA") << "FPGA-FW" << SoftwareQuestion;
-        QTest::newRow("FW wins over NMX") << "NMX-FW" << SoftwareQuestion;
-    }
-    void kindOfPackage() {
-        QFETCH(QString, name);
-        QFETCH(QString, question);
-        stick().addSoftware("s", "2.1", {}, name);
+    /// What takes longer than the patience says so, and closes when it has ended.
+    void slowWorkShowsADialog() {
+        startPanel(1, packagesBelow, 0);
+        QSemaphore go;
+        expectProgress("Copying...", [&go](QDialog& dialog) {
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+            if (dialog.isVisible())
+                go.release();
+        });
+        UpdateBoxes(&panel().window(), "Slow", 0).runAside("Copying...", [&go] { go.acquire(); });
+        bool done = false;
+        UpdateBoxes(&panel().window(), "Quick", 60000).runAside("Copying...", [&done] { done = true; });
+        QVERIFY(done);
+        QCOMPARE(dialogs().asked().size(), 1);
+        stick().addFpga("f", "1.4", m_image);
+        QVERIFY(QFile::resize(stick().at("media/tester/f/f.img"), 60 * 1024 * 1024)); // takes a while to read and check
         openList(1);
-        answer(question, false);
+        answer(FpgaQuestion);
+        expectProgress("Transferring FPGA image...");
+        expectFailure(NoImage);
         QVERIFY(choose(0));
     }
 
@@ -422,28 +491,28 @@ private slots:
         doNMXUpdate(nullptr, &panel().window(), &panel().handler());
     }
 
-    void progressDisplay_data() {
-        QTest::addColumn<int>("phase");
-        QTest::addColumn<int>("percent");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("shown");
-        QTest::newRow("sent") << 0 << 37 << "Transferring FPGA image: 37%" << 37;
-        QTest::newRow("below") << 0 << -3 << "Transferring FPGA image: 0%" << 0;
-        QTest::newRow("above") << 0 << 104 << "Transferring FPGA image: 100%" << 100;
-        QTest::newRow("programmed") << 1 << 50 << "Programming FPGA: 100%" << 100;
-        QTest::newRow("begins to verify") << 1 << 51 << "Verifying FPGA: 2%" << 2;
-        QTest::newRow("verified") << 1 << 100 << "Verifying FPGA: 100%" << 100;
-        QTest::newRow("verified apart") << 2 << 31 << "Verifying FPGA: 31%" << 65;
-        QTest::newRow("done") << 3 << 12 << "FPGA update completed: 100%" << 100;
-    }
     void progressDisplay() {
-        QFETCH(int, phase);
-        QFETCH(int, percent);
-        const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
-        QTEST(display.text, "text");
-        QTEST(display.percent, "shown");
+        const struct {
+            int phase;
+            int percent;
+            const char* text;
+            int shown;
+        } table[] = {{0, -3, "Transferring FPGA image: 0%", 0}, {0, 104, "Transferring FPGA image: 100%", 100},
+                     {1, 50, "Programming FPGA: 100%", 100},    {1, 51, "Verifying FPGA: 2%", 2},
+                     {2, 31, "Verifying FPGA: 31%", 65},        {3, 12, "FPGA update completed: 100%", 100}};
+        for (const auto& row : table) {
+            const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(row.phase, row.percent);
+            QCOMPARE(display.text, QString(row.text));
+            QCOMPARE(display.percent, row.shown);
+        }
     }
 };
 
-VELDA_TEST_MAIN(QApplication, UpdateTest)
+int main(int argc, char** argv) {
+    BoardNetwork::enter(argv);
+    QApplication app(argc, argv);
+    UpdateTest test;
+    return runTest(test, argc, argv);
+}
+
 #include "tst_update.moc"

@@ -4,8 +4,6 @@
 #include "common/update/fpga_trailer.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 namespace {
 
@@ -15,11 +13,7 @@ const QByteArray Sudo = "#!/bin/sh\necho \"$@\" >>\"$VELDA_TEST_SUDO_LOG\"\n[ \"
 } // namespace
 
 UpdateStick::UpdateStick() {
-    if (!m_dir.isValid())
-        qFatal("No folder for the packages.");
-    put("bin/sudo", Sudo);
-    if (!QFile::setPermissions(at("bin/sudo"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
-        qFatal("The sudo of the test cannot be made executable.");
+    putProgram("bin/sudo", Sudo);
     QDir().mkpath(at("media/tester"));
     set("PATH", QFile::encodeName(at("bin")) + ':' + qgetenv("PATH"));
     set("VELDA_TEST_SUDO_LOG", QFile::encodeName(at("sudo.log")));
@@ -42,18 +36,6 @@ void UpdateStick::set(const char* variable, const QByteArray& value) {
     qputenv(variable, value);
 }
 
-void UpdateStick::put(const QString& name, const QByteArray& bytes) const {
-    QFile file(at(name));
-    QDir().mkpath(QFileInfo(file).path());
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("%s cannot be written.", qPrintable(name));
-}
-
-QByteArray UpdateStick::contentOf(const QString& name) const {
-    QFile file(at(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void UpdateStick::build(PackageRequest request, PackageType type, const QString& name, const QString& version) const {
     request.type = type;
     request.version = version;
@@ -70,7 +52,7 @@ void UpdateStick::addSoftware(const QString& name, const QString& version, const
     request.name = manifestName;
     request.source = at("source/" + name);
     for (QString component : components) {
-        const QStringList words = component.replace("%D", m_dir.path()).split('|');
+        const QStringList words = component.replace("%D", path()).split('|');
         request.components << MANIFEST_DATA_COMPONENT{words.value(0), words.value(1), words.value(2), words.value(3)};
     }
     build(request, PackageType::Software, name, version);
@@ -93,5 +75,5 @@ void UpdateStick::addModule(const QString& name, const QString& version, const Q
 }
 
 QStringList UpdateStick::sudoed() const {
-    return QString::fromUtf8(contentOf("sudo.log")).replace(m_dir.path(), "%D").split('\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(contentOf("sudo.log")).replace(path(), "%D").split('\n', Qt::SkipEmptyParts);
 }

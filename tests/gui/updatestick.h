@@ -1,23 +1,16 @@
 #pragma once
 
+#include "tests/common/update/test_folder.h"
 #include "tools/package_build.h"
 
 #include <QMap>
-#include <QTemporaryDir>
 
 /// A removable medium with update packages, an instrument's folders, and a `sudo` that records, first on PATH; all in a
 /// folder of its own. What it changes of the environment is as it was when it goes.
-class UpdateStick {
+class UpdateStick : public TestFolder {
 public:
     UpdateStick();
     ~UpdateStick();
-
-    /// A path in the folder.
-    QString at(const QString& name) const { return m_dir.filePath(name); }
-
-    /// Writes a file with its folders.
-    void put(const QString& name, const QByteArray& bytes) const;
-    QByteArray contentOf(const QString& name) const;
 
     /// Where the package of that name lies: a folder with the manifest and the package.
     QString package(const QString& name) const { return at("media/tester/" + name); }
@@ -36,6 +29,5 @@ private:
     void set(const char* variable, const QByteArray& value);
     void build(PackageRequest request, PackageType type, const QString& name, const QString& version) const;
 
-    QTemporaryDir m_dir;
     QMap<QByteArray, QByteArray> m_before;
 };

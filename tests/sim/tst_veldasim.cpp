@@ -1,8 +1,11 @@
+#include "common/update/fwUpdater.h"
 #include "tests/sim/sim_client.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QProcess>
+#include <QUdpSocket>
 
 #include <csignal>
 
@@ -13,9 +16,9 @@ class TestVeldasim : public TestBase {
 private slots:
     void servesUntilASignal_data();
     void servesUntilASignal();
+    void boardsTakeAnImage();
     void badArguments_data();
     void badArguments();
-    void help();
 };
 
 void TestVeldasim::servesUntilASignal_data() {
@@ -57,25 +60,51 @@ void TestVeldasim::servesUntilASignal() {
     QVERIFY(!MappedRegion(region).isMapped());
 }
 
+void TestVeldasim::boardsTakeAnImage() {
+    QUdpSocket free;
+    QVERIFY(free.bind(QHostAddress("127.0.0.12"), 0));
+    const quint16 port = free.localPort();
+    free.close();
+    const QVector<QHostAddress> boards{QHostAddress("127.0.0.12"), QHostAddress("127.0.0.13")};
+    QProcess program;
+    program.start(VELDASIM_PROGRAM,
+                  {"--region", QString::fromStdString(uniqueRegion()), "--boards", "2", "--board-address",
+                   "127.0.0.12,127.0.0.13,127.0.0.14", "--board-port", QString::number(port), "--burn-ms", "100"});
+    QTRY_VERIFY_WITH_TIMEOUT(program.canReadLine(), 10000);
+    program.readLine();
+    const QByteArray image(3000, 'i');
+    FpgaUpdater updater;
+    updater.setImage(reinterpret_cast<const unsigned char*>(image.constData()), 3000);
+    updater.setTargets(boards.constData(), boards.size(), port);
+    QVERIFY(updater.runBlocking(5000, 10, 10, 5000, 10000));
+    QByteArray told;
+    QTRY_COMPARE_WITH_TIMEOUT((told += program.readAll()).count('\n'), 2, 10000);
+    const QByteArray sum = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
+    for (const QHostAddress& board : boards)
+        QVERIFY(told.contains("board " + board.toString().toLatin1() + " has burnt 3000 bytes, SHA-256 " + sum));
+    program.terminate();
+    QVERIFY(program.waitForFinished(10000));
+}
+
 void TestVeldasim::badArguments_data() {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("sentence");
-    QTest::newRow("channels") << QStringList{"--channels", "5"} << "--channels takes 1 to 4";
-    QTest::newRow("port") << QStringList{"--port", "70000"} << "--port takes 0 to 65535";
-    QTest::newRow("region") << QStringList{"--region", "data"} << "--region takes one name behind a slash";
-    QTest::newRow("nested region") << QStringList{"--region", "/a/b"} << "--region takes one name behind a slash";
-    QTest::newRow("disconnected") << QStringList{"--disconnected", "4"} << "--disconnected takes channels from 0";
-    QTest::newRow("battery") << QStringList{"--battery", "full"} << "\"full\" is no battery point";
-    QTest::newRow("boards") << QStringList{"--boards", "5"} << "--boards takes 0 to 4";
-    QTest::newRow("board address") << QStringList{"--board-address", "::1"} << "--board-address takes IPv4 addresses";
-    QTest::newRow("too few addresses") << QStringList{"--boards", "2", "--board-address", "127.0.0.2"}
-                                       << "--board-address names fewer addresses";
-    QTest::newRow("loss of all") << QStringList{"--board-loss", "100"} << "--board-loss takes 0 to 99";
-    QTest::newRow("silent board") << QStringList{"--boards", "1", "--board-silent", "2"}
-                                  << "--board-silent takes 0 to 1";
-    QTest::newRow("address of nobody here")
-        << QStringList{"--boards", "1", "--board-address", "192.0.2.1"} << "192.0.2.1:7502: ";
-    QTest::newRow("command") << QStringList{"--command", ":POW 99"} << "\":POW 99\": -ERR -222,";
+    const auto row = [](const QStringList& arguments, const char* sentence) {
+        QTest::newRow(qPrintable(arguments.join(' '))) << arguments << QString(sentence);
+    };
+    row({"--channels", "5"}, "--channels takes 1 to 4");
+    row({"--port", "70000"}, "--port takes 0 to 65535");
+    row({"--region", "data"}, "--region takes one name behind a slash");
+    row({"--region", "/a/b"}, "--region takes one name behind a slash");
+    row({"--disconnected", "4"}, "--disconnected takes channels from 0");
+    row({"--battery", "full"}, "\"full\" is no battery point");
+    row({"--boards", "5"}, "--boards takes 0 to 4");
+    row({"--board-address", "::1"}, "--board-address takes IPv4 addresses");
+    row({"--boards", "2", "--board-address", "127.0.0.2"}, "--board-address names fewer addresses");
+    row({"--board-loss", "100"}, "--board-loss takes 0 to 99");
+    row({"--boards", "1", "--board-silent", "2"}, "--board-silent takes 0 to 1");
+    row({"--boards", "1", "--board-address", "192.0.2.1"}, "192.0.2.1:7502: ");
+    row({"--command", ":POW 99"}, "\":POW 99\": -ERR -222,");
 }
 
 void TestVeldasim::badArguments() {
@@ -89,14 +118,6 @@ void TestVeldasim::badArguments() {
     QCOMPARE(program.exitCode(), 2);
     const QString output = program.readAllStandardError();
     QVERIFY2(output.startsWith("veldasim: " + sentence), qPrintable(output));
-}
-
-void TestVeldasim::help() {
-    QProcess program;
-    program.start(VELDASIM_PROGRAM, {"--help"});
-    QVERIFY(program.waitForFinished(10000));
-    QCOMPARE(program.exitCode(), 0);
-    QVERIFY(program.readAllStandardOutput().contains("--channels"));
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestVeldasim)

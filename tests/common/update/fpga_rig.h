@@ -9,16 +9,25 @@
 #include <memory>
 #include <vector>
 
-/// Simulated boards on 127.0.0.2 and up, on one free port, served by the event loop of the test's thread.
+/// A board that has burnt its image before anybody waits for it.
+inline Sim::FpgaBoardSettings quickBoard() {
+    Sim::FpgaBoardSettings settings;
+    settings.burnMs = 60;
+    settings.statusMs = 5;
+    settings.port = 0;
+    return settings;
+}
+
+/// Simulated boards on addresses of this machine and one port, served by the event loop of the test's thread.
 struct FpgaRig {
     std::vector<std::unique_ptr<Sim::FpgaBoard>> boards;
     QVector<QHostAddress> addresses;
     quint16 port = 0;
 
-    bool start(int count, Sim::FpgaBoardSettings settings = {}) {
-        settings.port = 0;
+    bool start(int count, Sim::FpgaBoardSettings settings = quickBoard(),
+               const QStringList& places = {"127.0.0.2", "127.0.0.3", "127.0.0.4", "127.0.0.5"}) {
         for (int i = 0; i < count; ++i) {
-            settings.address = QHostAddress(QStringLiteral("127.0.0.%1").arg(i + 2));
+            settings.address = QHostAddress(places.at(i));
             boards.push_back(std::make_unique<Sim::FpgaBoard>(settings));
             QString error;
             if (!boards.back()->listen(error)) {

@@ -1,14 +1,16 @@
 #include "common/update/package_scan.h"
+#include "tests/common/update/test_folder.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
+#include <QThread>
 
+#include <atomic>
 #include <functional>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -36,36 +38,139 @@ class TestDatafw : public TestBase {
 
 private slots:
     void manifest_data();
-    void manifest();
-    void packagePathIsInTheManifestsFolder();
-    void specialFile_data();
-    void specialFile();
-    void readErrorKeepsTheRecordsBeforeIt();
-    void type_data();
-    void type();
-    void scanFindsEveryFolder();
-    void scanIsNotLedAstray();
-    void nothingThere();
-    void mediumPulledAfterTheWalk();
-    void searchRoot();
+    void manifest() {
+        QFETCH(QByteArray, json);
+        const fwData data({put("Manifest", json)});
+        QCOMPARE(data.manifests().size(), std::size_t{1});
+        QTEST(textOf(*data.manifests().front()), "expected");
+    }
+
+    void packagePathIsInTheManifestsFolder() {
+        const QString first = put("a/Manifest", R"({"package":"p.tgz"})");
+        const QString second = put("b/c/Manifest", "");
+        const fwData data({first, second});
+        QCOMPARE(data.manifests()[0]->package_path, m_dir->at("a/p.tgz"));
+        QCOMPARE(data.manifests()[1]->package_path, m_dir->at("b/c/"));
+        QVERIFY(fwData().manifests().empty());
+    }
+
+    void specialFile_data() {
+        QTest::addColumn<QString>("kind");
+        for (const char* kind : {"missing", "folder", "pipe", "endless"})
+            QTest::newRow(kind) << kind;
+    }
+
+    // Each gives an empty record, and none may block or fill the memory.
+    void specialFile() {
+        QFETCH(QString, kind);
+        const QString path = m_dir->at("Manifest");
+        if (kind == "folder")
+            QVERIFY(QDir().mkpath(path));
+        if (kind == "pipe")
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        if (kind == "endless")
+            QVERIFY(QFile::link("/dev/zero", path));
+        const fwData data({path});
+        QCOMPARE(textOf(*data.manifests().front()), QString("||||"));
+    }
+
+    void readErrorKeepsTheRecordsBeforeIt() {
+        const QString good = put("Manifest", R"({"name":"FW"})");
+        const QString bad = m_dir->at("b");
+        QVERIFY(QFile::link("/proc/self/mem", bad)); // opens, and fails when it is read
+        fwData data;
+        const QString thrown = thrownBy([&] { data.init_cmd_config({good, bad, good}); });
+        QVERIFY2(thrown.startsWith("Error reading fw file " + bad), qPrintable(thrown));
+        QCOMPARE(data.manifests().size(), std::size_t{1});
+        const QString list = thrownBy([&] { const auto packages = readPackages({bad}); });
+        QVERIFY2(list.startsWith("Error reading fw files "), qPrintable(list));
+    }
+
+    void type() {
+        const QVector<QPair<const char*, PackageType>> table{
+            {"FW", PackageType::Software},   {"NMX-FW", PackageType::Software}, {"FPGA and FW", PackageType::Software},
+            {"NMX FPGA", PackageType::Fpga}, {"xNMXx", PackageType::Module},    {"fpga", PackageType::Unknown},
+            {"F W", PackageType::Unknown}};
+        for (const auto& row : table)
+            QVERIFY2(packageType(row.first) == row.second, row.first);
+    }
+
+    void scanFindsEveryFolder() {
+        const QStringList expected{put("Manifest"), put("a/Manifest"), put("a/b/c/MANIFEST"), put("z/manifest")};
+        put("Manifest.txt");
+        put("aManifest");
+        put(".Trash/Manifest");
+        QStringList found = findManifests(m_dir->path());
+        QCOMPARE(found, expected);
+        QCOMPARE(readPackages(found)->manifests().size(), std::size_t{4});
+    }
+
+    void scanIsNotLedAstray() {
+        put("a/Manifest");
+        QVERIFY(QFile::link(m_dir->path(), m_dir->at("a/round")));
+        QVERIFY(QFile::link("/", m_dir->at("a/out")));
+        QVERIFY(QDir().mkpath(m_dir->at("b/Manifest"))); // a folder of that name
+        put(QString("d/").repeated(40) + "Manifest");
+        QCOMPARE(findManifests(m_dir->path()), QStringList{m_dir->at("a/Manifest")});
+        for (int i = 0; i < 1010; ++i)
+            put(QString("many/%1/Manifest").arg(i));
+        QCOMPARE(findManifests(m_dir->path()).size(), 1000);
+    }
+
+    void nothingThere() {
+        for (const QString& root : {m_dir->at("none"), put("file"), m_dir->path(), QString()})
+            QCOMPARE(findManifests(root), QStringList());
+    }
+
+    void mediumPulledAfterTheWalk() {
+        const QStringList found{put("a/Manifest"), put("b/Manifest")};
+        QVERIFY(QDir(m_dir->at("b")).removeRecursively());
+        const QString thrown = thrownBy([&] { const auto packages = readPackages(found); });
+        QVERIFY2(thrown.startsWith("Error reading fw files ") && thrown.contains("removed"), qPrintable(thrown));
+    }
+
+    // A folder that cannot be opened while the walk is on its way to it; here because no more files may be open.
+    void mediumUnreadableInTheWalk() {
+        put("a/Manifest");
+        rlimit before{};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
+        const int lowestFree = dup(0);
+        close(lowestFree);
+        const rlimit onlyTheRoot{static_cast<rlim_t>(lowestFree) + 1, before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &onlyTheRoot), 0);
+        const QString thrown = thrownBy([&] { const auto packages = packagesBelow(m_dir->path()); });
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &before), 0);
+        QVERIFY2(thrown.startsWith("Error reading fw files "), qPrintable(thrown));
+    }
+
+    // Whatever goes at whatever moment of the look: it ends with what is there, or with a sentence.
+    void mediumPulledAtAnyMoment() {
+        std::atomic<bool> ended{false};
+        const std::unique_ptr<QThread> hand(QThread::create([&] {
+            while (!ended) {
+                for (int i = 0; i < 30; ++i)
+                    put(QString("stick/%1/deep/Manifest").arg(i));
+                QDir(m_dir->at("stick")).removeRecursively();
+            }
+        }));
+        hand->start();
+        for (int i = 0; i < 100; ++i) {
+            std::size_t found = 0;
+            const QString thrown = thrownBy([&] { found = packagesBelow(m_dir->path())->manifests().size(); });
+            QVERIFY(found <= 30);
+            QVERIFY2(thrown.isEmpty() || thrown.startsWith("Error reading fw files "), qPrintable(thrown));
+        }
+        ended = true;
+        hand->wait();
+    }
 
 protected:
-    void setUp() override {
-        m_dir = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_dir->isValid());
-    }
+    void setUp() override { m_dir = std::make_unique<TestFolder>(); }
 
 private:
-    QString put(const QString& name, const QByteArray& bytes = "{}") {
-        const QString path = m_dir->filePath(name);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qWarning("cannot write %s", qPrintable(path));
-        return path;
-    }
+    QString put(const QString& name, const QByteArray& bytes = "{}") { return m_dir->put(name, bytes); }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestFolder> m_dir;
 };
 
 void TestDatafw::manifest_data() {
@@ -76,10 +181,9 @@ void TestDatafw::manifest_data() {
         "package":"p.tgz","components":[{"type":"file","name":"a","action":"copy","destination":"/x"},
         {"type":"dir","name":"b","action":"delete"}],"unknown":{"deep":[1]}})")
                            << "1|FW-A|2.0|d|p.tgz|{file,a,copy,/x}|{dir,b,delete,}";
-    QTest::newRow("no components") << QByteArray(R"({"name":"NMX"})") << "|NMX|||";
     QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF{\"name\":\"FPGA\"}") << "|FPGA|||";
-    QTest::newRow("other letters") << QByteArray(u8R"({"description":"größer ±3 µs"})")
-                                   << QString::fromUtf8(u8"|||größer ±3 µs|");
+    QTest::newRow("other letters") << QByteArray(R"({"description":"größer ±3 µs"})")
+                                   << QString::fromUtf8("|||größer ±3 µs|");
     QTest::newRow("wrong types") << QByteArray(R"({"name":5,"version":null,"description":["x"],"package":{},
         "components":{"type":"file"}})")
                                  << nothing;
@@ -90,125 +194,10 @@ void TestDatafw::manifest_data() {
     QTest::newRow("no JSON") << QByteArray("name = FW") << nothing;
     QTest::newRow("cut in the middle") << QByteArray(R"({"name":"FW-A","version":"2.)") << nothing;
     QTest::newRow("an array") << QByteArray(R"([{"name":"FW"}])") << nothing;
-    QTest::newRow("NULs") << QByteArray(100, '\0') << nothing;
     QTest::newRow("broken UTF-8") << QByteArray("{\"name\":\"F\xFF\xFEW\"}") << nothing;
     QTest::newRow("deep") << (QByteArray(100000, '[') + QByteArray(100000, ']')) << nothing;
-    QTest::newRow("deep objects") << QByteArray("{\"a\":").repeated(50000) << nothing;
     QTest::newRow("a mebibyte") << ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 13, ' ')) << "|FW|||";
     QTest::newRow("a byte more") << ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 12, ' ')) << nothing;
-}
-
-void TestDatafw::manifest() {
-    QFETCH(QByteArray, json);
-    const fwData data({put("Manifest", json)});
-    QCOMPARE(data.manifests().size(), std::size_t{1});
-    QTEST(textOf(*data.manifests().front()), "expected");
-}
-
-void TestDatafw::packagePathIsInTheManifestsFolder() {
-    const QString first = put("a/Manifest", R"({"package":"p.tgz"})");
-    const QString second = put("b/c/Manifest", "");
-    const fwData data({first, second});
-    QCOMPARE(data.manifests()[0]->package_path, m_dir->filePath("a/p.tgz"));
-    QCOMPARE(data.manifests()[1]->package_path, m_dir->filePath("b/c/"));
-    QVERIFY(fwData().manifests().empty());
-}
-
-void TestDatafw::specialFile_data() {
-    QTest::addColumn<QString>("kind");
-    for (const char* kind : {"missing", "folder", "pipe", "endless"})
-        QTest::newRow(kind) << kind;
-}
-
-// Each gives an empty record, and none may block or fill the memory.
-void TestDatafw::specialFile() {
-    QFETCH(QString, kind);
-    const QString path = m_dir->filePath("Manifest");
-    if (kind == "folder")
-        QVERIFY(QDir().mkpath(path));
-    if (kind == "pipe")
-        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
-    if (kind == "endless")
-        QVERIFY(QFile::link("/dev/zero", path));
-    const fwData data({path});
-    QCOMPARE(textOf(*data.manifests().front()), QString("||||"));
-}
-
-void TestDatafw::readErrorKeepsTheRecordsBeforeIt() {
-    const QString good = put("Manifest", R"({"name":"FW"})");
-    const QString bad = m_dir->filePath("b");
-    QVERIFY(QFile::link("/proc/self/mem", bad)); // opens, and fails when it is read
-    fwData data;
-    const QString thrown = thrownBy([&] { data.init_cmd_config({good, bad, good}); });
-    QVERIFY2(thrown.startsWith("Error reading fw file " + bad), qPrintable(thrown));
-    QCOMPARE(data.manifests().size(), std::size_t{1});
-    const QString list = thrownBy([&] { const auto packages = readPackages({bad}); });
-    QVERIFY2(list.startsWith("Error reading fw files "), qPrintable(list));
-}
-
-void TestDatafw::type_data() {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("expected");
-    const auto row = [](const char* name, PackageType type) {
-        QTest::newRow(name) << name << static_cast<int>(type);
-    };
-    row("FW", PackageType::Software);
-    row("NMX-FW", PackageType::Software);
-    row("FPGA and FW", PackageType::Software);
-    row("NMX FPGA", PackageType::Fpga);
-    row("xNMXx", PackageType::Module);
-    row("fpga", PackageType::Unknown);
-    row("F W", PackageType::Unknown);
-    row("", PackageType::Unknown);
-}
-
-void TestDatafw::type() {
-    QFETCH(QString, name);
-    QTEST(static_cast<int>(packageType(name)), "expected");
-}
-
-void TestDatafw::scanFindsEveryFolder() {
-    const QStringList expected{put("Manifest"), put("a/Manifest"), put("a/b/c/MANIFEST"), put("z/manifest")};
-    put("Manifest.txt");
-    put("aManifest");
-    put(".Trash/Manifest");
-    QStringList found = findManifests(m_dir->path());
-    QCOMPARE(found, expected);
-    QCOMPARE(readPackages(found)->manifests().size(), std::size_t{4});
-}
-
-void TestDatafw::scanIsNotLedAstray() {
-    put("a/Manifest");
-    QVERIFY(QFile::link(m_dir->path(), m_dir->filePath("a/round")));
-    QVERIFY(QFile::link("/", m_dir->filePath("a/out")));
-    QVERIFY(QDir().mkpath(m_dir->filePath("b/Manifest"))); // a folder of that name
-    put(QString("d/").repeated(40) + "Manifest");
-    QCOMPARE(findManifests(m_dir->path()), QStringList{m_dir->filePath("a/Manifest")});
-    for (int i = 0; i < 1010; ++i)
-        put(QString("many/%1/Manifest").arg(i));
-    QCOMPARE(findManifests(m_dir->path()).size(), 1000);
-}
-
-void TestDatafw::nothingThere() {
-    QCOMPARE(findManifests(m_dir->filePath("none")), QStringList());
-    QCOMPARE(findManifests(put("file")), QStringList());
-    QCOMPARE(findManifests(m_dir->path()), QStringList());
-    QCOMPARE(findManifests(""), QStringList());
-}
-
-void TestDatafw::mediumPulledAfterTheWalk() {
-    const QStringList found{put("a/Manifest"), put("b/Manifest")};
-    QVERIFY(QDir(m_dir->filePath("b")).removeRecursively());
-    const QString thrown = thrownBy([&] { const auto packages = readPackages(found); });
-    QVERIFY2(thrown.startsWith("Error reading fw files ") && thrown.contains("removed"), qPrintable(thrown));
-}
-
-void TestDatafw::searchRoot() {
-    qputenv("VELDA_MEDIA", "/mnt/m");
-    qputenv("VELDA_USER", "anna");
-    QCOMPARE(packageSearchRoot(), QString("/mnt/m/anna"));
-    qunsetenv("VELDA_MEDIA");
-    qunsetenv("VELDA_USER");
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestDatafw)

@@ -1,5 +1,4 @@
 #include "common/update/fpga_image.h"
-#include "common/update/fpga_trailer.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
@@ -43,21 +42,13 @@ private slots:
         const QString good("Loading velda_top FPGA 2 \\. 7 Date: 21 - 11 - 2024");
         QByteArray wrongCrcAndName = signedFile("abc", "other");
         wrongCrcAndName[0] = 'x';
-        QTest::newRow("empty") << QByteArray() << tooSmall;
         QTest::newRow("33 bytes that end well") << signedFile("").right(33) << tooSmall;
         QTest::newRow("34 bytes") << signedFile("") << good;
-        QTest::newRow("35 bytes") << signedFile("a") << good;
-        QTest::newRow("a block and one") << signedFile(QByteArray(1025, 'a')) << good;
         QTest::newRow("unsigned") << QByteArray(100, 'a') << "FPGA image is not signed";
         QTest::newRow("identifier in lower case") << signedFile("abc", "velda_top", "kvs1") << "FPGA image is not signed";
-        QTest::newRow("identifier elsewhere") << ("KVS1" + QByteArray(100, 'a')) << "FPGA image is not signed";
-        QTest::newRow("something behind it") << (signedFile("abc") + "\n") << "FPGA image is not signed";
         QTest::newRow("CRC before name") << wrongCrcAndName << "Image CRC failure: [0-9a-f]+ vs [0-9a-f]+";
         QTest::newRow("another design") << signedFile("abc", "other") << "Wrong project: other";
-        QTest::newRow("design in capitals") << signedFile("abc", "VELDA_TOP") << "Wrong project: VELDA_TOP";
         QTest::newRow("one character more") << signedFile("abc", "velda_top2") << "Wrong project: velda_top2";
-        QTest::newRow("one character less") << signedFile("abc", "velda_to") << "Wrong project: velda_to";
-        QTest::newRow("no design") << signedFile("abc", "") << "Wrong project: ";
         QTest::newRow("garbage after the NUL") << signedFile("abc", QByteArray("velda_top\0zzz", 13)) << good;
         QTest::newRow("no NUL at all") << signedFile("abc", "velda_top_velda_top_") << "Wrong project: velda_top_velda_top_";
         QTest::newRow("no printable name") << signedFile("abc", "a\n\xff\x1b") << "Wrong project: a\\?\\?\\?";
@@ -88,43 +79,19 @@ private slots:
         }
     }
 
-    void everyCutIsFound() {
-        const QByteArray good = signedFile(QByteArray(50, 'i'));
-        for (int size = 0; size < good.size(); ++size) {
-            QVERIFY(!checkFpgaImage(good.left(size)).ok);
-            if (size > 0)
-                QVERIFY(!checkFpgaImage(good.right(size)).ok || size >= 34); // cut in front, the CRC has to notice
-        }
-    }
-
-    void trailerIsWrittenAsItIsRead() {
-        FpgaTrailer trailer;
-        trailer.versionMajor = 2;
-        trailer.versionMinor = 7;
-        trailer.year = 2024;
-        trailer.month = 11;
-        trailer.day = 21;
-        trailer.design = "velda_top";
-        QCOMPARE(withFpgaTrailer("an image", trailer), signedFile("an image"));
-        trailer.design = "a name of more than nineteen characters";
-        QCOMPARE(withFpgaTrailer("", trailer), signedFile("", "a name of more than"));
-    }
-
     void load_data() {
         // clang-format off
         QTest::addColumn<QString>("what");
         QTest::addColumn<QString>("error");
         QTest::addColumn<QString>("warning");
         const QString cannot("Cannot open FPGA image:\n%1");
+        const QString tooEarly("cannot be read to its end");
         QTest::newRow("good") << "good" << "" << "";
-        QTest::newRow("missing") << "missing" << cannot << "";
-        QTest::newRow("a folder") << "folder" << cannot << "";
-        QTest::newRow("a device") << "device" << cannot << "";
-        QTest::newRow("unreadable") << "unreadable" << cannot << "cannot be read to its end";
-        QTest::newRow("bad") << "bad"
-                             << "FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\nor not "
-                                "intended for this device."
-                             << "";
+        QTest::newRow("a device") << "/dev/zero" << cannot << "";
+        // As a stick that is pulled: it opens, and fails when it is read, or ends before its size.
+        QTest::newRow("unreadable") << "/proc/self/mem" << cannot << tooEarly;
+        QTest::newRow("ends too early") << "/sys/class/net/lo/mtu" << cannot << tooEarly;
+        QTest::newRow("bad") << "bad" << "FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\nor not intended for this device." << "";
         QTest::newRow("too large") << "large" << "FPGA update failed (timeout/communication error)." << "more blocks";
         // clang-format on
     }
@@ -133,20 +100,14 @@ private slots:
         QFETCH(QString, what);
         QFETCH(QString, error);
         QFETCH(QString, warning);
-        const QString path = m_dir.filePath(what);
-        QFile file(path);
-        if (what == "folder") {
-            QVERIFY(QDir().mkpath(path));
-        } else if (what == "device") {
-            QVERIFY(QFile::link("/dev/zero", path));
-        } else if (what == "unreadable") {
-            QVERIFY(QFile::link("/proc/self/mem", path)); // opens, and fails when it is read, as a pulled stick does
-        } else if (what != "missing") {
+        const QString path = m_dir.filePath(QTest::currentDataTag());
+        if (what.startsWith('/')) {
+            QVERIFY(QFile::link(what, path));
+        } else {
+            QFile file(path);
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(what == "bad" ? signedFile("abc", "other") : signedFile("abc"));
-            if (what == "large")
-                QVERIFY(file.resize(65534LL * 1024 + 35)); // sparse
-            file.close();
+            QVERIFY(what != "large" || file.resize(65534LL * 1024 + 35)); // sparse
         }
         if (!warning.isEmpty())
             expectMessage(warning);
@@ -156,9 +117,6 @@ private slots:
         QCOMPARE(got, error.contains("%1") ? error.arg(path) : error);
         QCOMPARE(image, error.isEmpty() ? QByteArray("abc") : QByteArray("untouched"));
     }
-
-protected:
-    void setUp() override { QVERIFY(m_dir.isValid()); }
 
 private:
     QTemporaryDir m_dir;

@@ -1,14 +1,12 @@
 #include "common/update/package_installer.h"
 #include "tests/common/update/tar_file.h"
+#include "tests/common/update/test_folder.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
@@ -25,11 +23,6 @@ case "$1" in
     *) exec "$@" ;;
 esac
 )";
-
-QByteArray contentOf(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 } // namespace
 
@@ -51,24 +44,18 @@ private slots:
         const QString after("file|copy|a|%D/target/after");
         const QString ranAfter("cp %D/scratch/patch/a %D/target/after");
         row("none", {}, 0);
-        row("copy a file", {"file|copy|a|%D/target/x"}, 0, {"cp %D/scratch/patch/a %D/target/x"});
-        row("copy a folder", {"dir|copy|d|%D/target"}, 0, {"cp -r %D/scratch/patch/d %D/target"});
-        row("delete a file", {"file|delete|d/b"}, 0, {"rm %D/scratch/patch/d/b"});
-        row("delete a folder", {"dir|delete|d"}, 0, {"rm -rf %D/scratch/patch/d"});
-        row("in order", {"dir|delete|d", after}, 0, {"rm -rf %D/scratch/patch/d", ranAfter});
+        row("copy and delete, in order", {"file|copy|a|%D/target/x", "dir|copy|d|%D/target", "file|delete|d/b", "dir|delete|d"}, 0,
+            {"cp %D/scratch/patch/a %D/target/x", "cp -r %D/scratch/patch/d %D/target", "rm %D/scratch/patch/d/b", "rm -rf %D/scratch/patch/d"});
         row("actions", {"file|action|sudo echo one", "dir|action|sudo echo two; true"}, 0, {"echo one", "echo two"});
-        row("failing copy goes on", {"file|copy|none|%D/target", after}, 0, {"cp %D/scratch/patch/none %D/target", ranAfter},
-            {"failed file copy command: sudo cp .*/scratch/patch/none .*/target$"});
-        row("failing folder copy goes on", {"dir|copy|none|%D/x", after}, 0, {"cp -r %D/scratch/patch/none %D/x", ranAfter},
-            {"failed dir copy command: sudo cp -r .*/none .*/x$"});
-        row("failing delete goes on", {"file|delete|none", after}, 0, {"rm %D/scratch/patch/none", ranAfter},
-            {"failed file delete command: sudo rm .*/patch/none$"});
+        row("failing copies and deletes go on", {"file|copy|none|%D/x", "dir|copy|none|%D/x", "file|delete|none", after}, 0,
+            {"cp %D/scratch/patch/none %D/x", "cp -r %D/scratch/patch/none %D/x", "rm %D/scratch/patch/none", ranAfter},
+            {"failed file copy command: sudo cp .*/none .*/x$", "failed dir copy command: sudo cp -r .*/none .*/x$", "failed file delete command: sudo rm .*/patch/none$"});
         row("failing folder action goes on", {"dir|action|exit 3", after}, 0, {ranAfter}, {"failed dir action command: exit 3$"});
         row("failing file action stops", {"file|action|exit 3", after}, -5, {}, {"failed action command: exit 3$"});
-        row("killed file action stops", {"file|action|kill -9 $$", after}, -5, {}, {"failed action command: kill -9 \\$\\$$"});
         row("unknown file action stops", {"file|Copy|a|%D/target", after}, -5, {}, {"unknown file action: Copy$"});
         row("unknown folder action goes on", {"dir|move|d|%D/target", after}, 0, {ranAfter}, {"unknown dir action: move$"});
         row("unknown type goes on", {"File|copy|a|%D/target", "||", after}, 0, {ranAfter}, {"unknown component type: File$", "unknown component type: $"});
+        row("refused copy goes on", {"file|copy|a;b|%D/x", after}, 0, {ranAfter}, {"failed file copy command: sudo cp .*/a;b .*/x$"});
         row("no reboot by another spelling", {"file|action|sudo  reboot", "dir|action|sudo reboot", after}, 0, {"reboot", "reboot", ranAfter});
         // clang-format on
     }
@@ -81,8 +68,6 @@ private slots:
             expectMessage("^fwThread::fwUpgrade " + failure);
         QTEST(install(), "code");
         QTEST(sudoed(), "commands");
-        if (!components.isEmpty() && components.first().startsWith("file|copy|a|%D/target/x"))
-            QCOMPARE(contentOf(at("target/x")), QByteArray("A"));
     }
 
     void refusedNames_data() {
@@ -101,8 +86,6 @@ private slots:
         row("option as destination", "a", "-t/etc");
         row("way out", "../canary", "/d");
         row("way out behind", "d/../../../canary", "/d");
-        row("nothing but the way out", "..", "/d");
-        row("leads back in", "d/../a", "/d");
         for (const QChar bad : QString::fromUtf8(" \t\n;&|$`'\"\\*?[]{}()<>~#!^\xC3\xA4\x01\x7F")) {
             row(qPrintable(QString("name with U+%1").arg(bad.unicode(), 4, 16)), QString("a") + bad + 'b', "/d");
             row(qPrintable(QString("destination with U+%1").arg(bad.unicode(), 4, 16)), "a", QString("/d") + bad);
@@ -113,27 +96,16 @@ private slots:
     void refusedNames() {
         QFETCH(QString, name);
         QFETCH(QString, destination);
-        QFETCH(bool, runs);
-        for (const char* type : {"file", "dir"}) {
-            const MANIFEST_DATA_COMPONENT copy{type, name, "copy", destination};
-            const ComponentPlan plan = planComponent(copy, at("scratch"));
-            QCOMPARE(plan.refusal.isEmpty(), runs);
-            QVERIFY(!plan.stops);
-        }
-        if (runs)
-            return;
-        m_manifest->components.push_back(
-            std::make_unique<MANIFEST_DATA_COMPONENT>(MANIFEST_DATA_COMPONENT{"file", name, "copy", destination}));
-        expectMessage("^fwThread::fwUpgrade failed file copy command: sudo cp ");
-        const QStringList before = outside();
-        QCOMPARE(install(), 0);
-        QCOMPARE(outside(), before);
+        for (const char* type : {"file", "dir"})
+            QTEST(planComponent({type, name, "copy", destination}, at("scratch")).refusal.isEmpty(), "runs");
+        if (destination == "/d") // what is deleted has a name only
+            QTEST(planComponent({"file", name, "delete", {}}, at("scratch")).refusal.isEmpty(), "runs");
     }
 
     void linksInTheArchive_data() {
         QTest::addColumn<QString>("name");
-        for (const char* name : {"inside", "insideFolder/b", "out", "outFolder/canary", "outFolder/", "up/canary",
-                                 "nowhere", "loop/x", "second"})
+        for (const char* name :
+             {"inside", "insideFolder/b", "out", "outFolder/canary", "up/canary", "nowhere", "loop/x", "second"})
             QTest::newRow(name) << name;
     }
 
@@ -141,18 +113,11 @@ private slots:
         QFETCH(QString, name);
         const bool runs = name.startsWith("inside");
         const QByteArray here = QFile::encodeName(m_dir->path());
-        // clang-format off
-        usePackage(TarFile().add("patch/a", "A").add("patch/d/b", "B")
-                       .link("patch/inside", "a")
-                       .link("patch/insideFolder", "d")
-                       .link("patch/out", here + "/canary")
-                       .link("patch/outFolder", here)
-                       .link("patch/up", "../..")
-                       .link("patch/nowhere", here + "/none")
-                       .link("patch/loop", "loop")
-                       .link("patch/second", "out")
-                       .gzip());
-        // clang-format on
+        TarFile archive;
+        archive.add("patch/a", "A").add("patch/d/b", "B").link("patch/inside", "a").link("patch/insideFolder", "d");
+        archive.link("patch/out", here + "/canary").link("patch/outFolder", here).link("patch/up", "../..");
+        archive.link("patch/nowhere", here + "/none").link("patch/loop", "loop").link("patch/second", "out");
+        usePackage(archive.gzip());
         useComponents({"file|copy|" + name + "|%D/target/x", "file|delete|" + name, "dir|delete|" + name});
         for (const char* what : {"file copy", "file delete", "dir delete"}) {
             if (!runs)
@@ -161,22 +126,18 @@ private slots:
         QCOMPARE(install(), 0);
         QCOMPARE(sudoed().size(), runs ? 3 : 0);
         QCOMPARE(QFile::exists(at("target/x")), runs);
-        QCOMPARE(contentOf(at("canary")), QByteArray("alive"));
+        QCOMPARE(m_dir->contentOf("canary"), QByteArray("alive"));
     }
 
     void hostileArchive_data() {
         // clang-format off
         QTest::addColumn<QByteArrayList>("members");
         QTest::newRow("way out")                << QByteArrayList{"../canary|evil"};
-        QTest::newRow("way out behind")         << QByteArrayList{"patch/../../canary|evil"};
         QTest::newRow("absolute")               << QByteArrayList{"%D/canary|evil"};
-        QTest::newRow("absolute, new")          << QByteArrayList{"%D/new|evil"};
         QTest::newRow("through a link")         << QByteArrayList{"l|2|%D", "l/canary|evil"};
-        QTest::newRow("through a link up")      << QByteArrayList{"l|2|..", "l/canary|evil"};
         QTest::newRow("through two links")      << QByteArrayList{"a|2|..", "b|2|a", "b/canary|evil"};
         QTest::newRow("onto a link")            << QByteArrayList{"l|2|%D/canary", "l|evil"};
         QTest::newRow("onto a hard link")       << QByteArrayList{"h|1|%D/canary", "h|evil"};
-        QTest::newRow("onto a hard link up")    << QByteArrayList{"h|1|../canary", "h|evil"};
         QTest::newRow("hard link through a link") << QByteArrayList{"l|2|..", "h|1|l/canary", "h|evil"};
         QTest::newRow("folder over a link")     << QByteArrayList{"l|2|..", "l/|5|", "l/canary|evil"};
         // clang-format on
@@ -202,48 +163,37 @@ private slots:
         QCOMPARE(outside(), before);
     }
 
-    void cutArchive_data() {
-        QTest::addColumn<int>("permille");
-        for (const int permille : {0, 1, 10, 500, 990, 999})
-            QTest::addRow("%d of 1000", permille) << permille;
+    void spoiltPackage_data() {
+        QTest::addColumn<QString>("kind");
+        for (const char* kind :
+             {"cut at 500", "cut at 999", "missing", "folder", "pipe", "device", "unreadable", "no archive"})
+            QTest::newRow(kind) << kind;
     }
 
-    // What a stick that is pulled leaves of the package.
-    void cutArchive() {
-        QFETCH(int, permille);
+    // The first are what a stick that is pulled leaves of a package.
+    void spoiltPackage() {
+        QFETCH(QString, kind);
         QByteArray noise(200000, '\0');
         for (int i = 0; i < noise.size(); ++i)
             noise[i] = static_cast<char>((i * 7919) >> 5 ^ i);
         const QByteArray whole = TarFile().add("patch/a", noise).gzip();
-        usePackage(whole.left(whole.size() * permille / 1000));
+        const QString path = at("package");
+        QVERIFY(QFile::remove(path));
+        if (kind.startsWith("cut"))
+            m_dir->put("package", whole.left(whole.size() * kind.mid(7).toInt() / 1000));
+        else if (kind == "folder")
+            QVERIFY(QDir().mkpath(path));
+        else if (kind == "pipe")
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        else if (kind == "device" || kind == "unreadable")
+            QVERIFY(QFile::link(kind == "device" ? "/dev/zero" : "/proc/self/mem", path));
+        else if (kind == "no archive")
+            m_dir->put("package", "text");
         useComponents({"file|copy|a|%D/target/x"});
-        expectMessage("^fwThread::fwUpgrade failed extracting package " + m_manifest->package_path + '$');
+        expectMessage("^fwThread::fwUpgrade failed extracting package " + path + '$');
         QCOMPARE(install(), -4);
         QCOMPARE(sudoed(), QStringList());
         QVERIFY(!QFile::exists(at("scratch"))); // half a package stays nowhere
-    }
-
-    void packageThatIsNoFile_data() {
-        QTest::addColumn<QString>("kind");
-        for (const char* kind : {"missing", "folder", "pipe", "device", "unreadable", "no archive"})
-            QTest::newRow(kind) << kind;
-    }
-
-    void packageThatIsNoFile() {
-        QFETCH(QString, kind);
-        QVERIFY(QFile::remove(at("package")));
-        if (kind == "folder")
-            QVERIFY(QDir().mkpath(at("package")));
-        if (kind == "pipe")
-            QCOMPARE(mkfifo(QFile::encodeName(at("package")).constData(), 0600), 0);
-        if (kind == "device")
-            QVERIFY(QFile::link("/dev/zero", at("package")));
-        if (kind == "unreadable")
-            QVERIFY(QFile::link("/proc/self/mem", at("package")));
-        if (kind == "no archive")
-            put("package", "text");
-        expectMessage("failed extracting package");
-        QCOMPARE(install(), -4);
     }
 
     void scratchFolder_data() {
@@ -270,8 +220,8 @@ private slots:
         if (before == "link")
             QVERIFY(QFile::link(at("target"), at("scratch")));
         else if (!before.isEmpty())
-            put(before, "x");
-        put("target/mine", "x");
+            m_dir->put(before, "x");
+        m_dir->put("target/mine", "x");
         if (code != 0)
             expectMessage(
                 QString("^fwThread::fwUpgrade failed %1 %2$").arg(code == -2 ? "deleting" : "creating", folder));
@@ -281,44 +231,45 @@ private slots:
         QVERIFY(QFile::exists(at("target/mine")));
     }
 
-    void noManifest() {
-        m_manifest.reset();
-        expectMessage("^fwThread::fwUpgrade: manifest is null$");
-        QCOMPARE(install(), -1);
-        QVERIFY(!QFile::exists(at("scratch")));
-    }
-
-    void nullComponent() {
+    void nothingToInstall() {
         useComponents({"file|copy|a|%D/target/x"});
         m_manifest->components.push_back(nullptr);
         useComponents({"file|copy|a|%D/target/y"});
         expectMessage("^fwThread::fwUpgrade: null manifest component$");
         QCOMPARE(install(), -1);
         QVERIFY(QFile::exists(at("target/x")) && !QFile::exists(at("target/y")));
+        m_manifest.reset();
+        expectMessage("^fwThread::fwUpgrade: manifest is null$");
+        QCOMPARE(install(), -1);
+        QVERIFY(QFile::exists(at("scratch"))); // as it was
     }
 
-    void rebootTakesThePatchFolderFirst() {
-        useComponents({"file|copy|a|%D/target/x", "file|action|sudo reboot"});
-        QCOMPARE(install(), 0);
-        QCOMPARE(sudoed().last(), QString("reboot"));
-        QVERIFY(QFile::exists(at("scratch")) && !QFile::exists(at("scratch/patch")));
+    void reboot_data() {
+        QTest::addColumn<QByteArray>("rebootCode");
+        QTest::addColumn<bool>("removes");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("failure");
+        QTest::newRow("takes the patch folder first") << QByteArray("0") << true << 0 << "";
+        QTest::newRow("fails") << QByteArray("1") << true << -5 << "failed action command: sudo reboot$";
+        QTest::newRow("is left out when the folder stays")
+            << QByteArray("0") << false << -5 << "failed cleanup before reboot: rm -rf .*/scratch/patch$";
     }
 
-    void failingReboot() {
-        qputenv("REBOOT_CODE", "1");
-        useComponents({"file|action|sudo reboot", "file|copy|a|%D/target/x"});
-        expectMessage("^fwThread::fwUpgrade failed action command: sudo reboot$");
-        QCOMPARE(install(), -5);
-        QVERIFY(!QFile::exists(at("target/x")));
-    }
-
-    void failingCleanUpDoesNotReboot() {
-        put("bin/rm", "#!/bin/sh\nexit 1\n");
-        QVERIFY(QFile::setPermissions(at("bin/rm"), QFile::ReadOwner | QFile::ExeOwner));
-        useComponents({"file|action|sudo reboot"});
-        expectMessage("^fwThread::fwUpgrade failed cleanup before reboot: rm -rf .*/scratch/patch$");
-        QCOMPARE(install(), -5);
-        QCOMPARE(sudoed(), QStringList());
+    void reboot() {
+        QFETCH(QByteArray, rebootCode);
+        QFETCH(bool, removes);
+        QFETCH(QString, failure);
+        qputenv("REBOOT_CODE", rebootCode);
+        if (!removes)
+            m_dir->putProgram("bin/rm", "#!/bin/sh\nexit 1\n");
+        useComponents({"file|copy|a|%D/target/x", "file|action|sudo reboot", "file|action|touch %D/target/y"});
+        if (!failure.isEmpty())
+            expectMessage("^fwThread::fwUpgrade " + failure);
+        QTEST(install(), "code");
+        QCOMPARE(sudoed().contains("reboot"), removes);
+        QCOMPARE(QFile::exists(at("scratch/patch")), !removes);
+        QVERIFY(QFile::exists(at("target/x")));
+        QCOMPARE(QFile::exists(at("target/y")), failure.isEmpty());
     }
 
     void command_data() {
@@ -351,33 +302,15 @@ private slots:
         QVERIFY(installer.RunSystemShellCommand("kill $(cat " + at("pid") + ')'));
     }
 
-    void resultCrossesThreads() {
-        useComponents({"file|copy|a|%D/target/x"});
-        fwThread installer(m_manifest.get(), m_settings);
-        int code = -99;
-        QThread* thread = nullptr;
-        connect(&installer, &fwThread::fwUpgraded, this, [&](int result) {
-            code = result;
-            thread = QThread::currentThread();
-        });
-        installer.start();
-        QTRY_COMPARE(code, 0);
-        QCOMPARE(thread, QThread::currentThread());
-        QVERIFY(installer.wait(5000));
-        QVERIFY(QFile::exists(at("target/x")));
-    }
-
 protected:
     void setUp() override {
-        m_dir = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_dir->isValid());
-        put("bin/sudo", kSudo);
-        QVERIFY(QFile::setPermissions(at("bin/sudo"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        m_dir = std::make_unique<TestFolder>();
+        m_dir->putProgram("bin/sudo", kSudo);
         m_path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(at("bin")) + ':' + m_path);
         qputenv("SUDO_LOG", QFile::encodeName(at("sudo.log")));
         qunsetenv("REBOOT_CODE");
-        put("canary", "alive");
+        m_dir->put("canary", "alive");
         QVERIFY(QDir().mkpath(at("target")));
         m_settings.scratchFolder = at("scratch");
         m_settings.startTimeoutMs = 10000;
@@ -388,17 +321,10 @@ protected:
     void tearDown() override { qputenv("PATH", m_path); }
 
 private:
-    QString at(const QString& name) const { return m_dir->filePath(name); }
-
-    void put(const QString& name, const QByteArray& bytes) const {
-        QDir().mkpath(QFileInfo(at(name)).absolutePath());
-        QFile file(at(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qWarning("cannot write %s", qPrintable(name));
-    }
+    QString at(const QString& name) const { return m_dir->at(name); }
 
     void usePackage(const QByteArray& bytes) {
-        put("package", bytes);
+        m_dir->put("package", bytes);
         m_manifest->package_path = at("package");
     }
 
@@ -419,7 +345,7 @@ private:
 
     /// What sudo was asked for, with the test's folder as %D.
     QStringList sudoed() const {
-        return QString(contentOf(at("sudo.log"))).replace(m_dir->path(), "%D").split('\n', Qt::SkipEmptyParts);
+        return QString(m_dir->contentOf("sudo.log")).replace(m_dir->path(), "%D").split('\n', Qt::SkipEmptyParts);
     }
 
     /// Everything below the test's folder but the scratch folder, with contents.
@@ -430,13 +356,13 @@ private:
         while (files.hasNext()) {
             const QString path = files.next();
             if (!path.startsWith(at("scratch")))
-                found << path + '=' + (files.fileInfo().isFile() ? contentOf(path) : QByteArray());
+                found << path + '=' + (files.fileInfo().isFile() ? m_dir->contentOf(path) : QByteArray());
         }
         found.sort();
         return found;
     }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<TestFolder> m_dir;
     std::unique_ptr<MANIFEST_DATA> m_manifest;
     InstallSettings m_settings;
     QByteArray m_path;
