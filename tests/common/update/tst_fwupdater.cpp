@@ -141,27 +141,23 @@ private slots:
         QVERIFY(board.image() == (run.ok ? image : QByteArray()));
     }
 
-    void nothingToSend_data() {
-        QTest::addColumn<int>("targets");
-        QTest::addColumn<int>("size");
-        QTest::newRow("no target") << 0 << 10;
-        QTest::newRow("negative count") << -1 << 10;
-        QTest::newRow("no bytes") << 1 << 0;
-        QTest::newRow("no image") << 1 << -1;
-    }
-
     void nothingToSend() {
-        QFETCH(int, targets);
-        QFETCH(int, size);
-        const QByteArray image = testImage(std::max(size, 0));
         const QHostAddress address(QStringLiteral("127.0.0.2"));
-        FpgaUpdater updater;
-        if (size >= 0)
-            setImage(updater, image);
-        updater.setTargets(&address, targets, 1);
-        QSignalSpy finished(&updater, &FpgaUpdater::finished);
-        QVERIFY(!updater.runBlocking(1, 1, 1, 1, 1));
-        QCOMPARE(finished, QList<QVariantList>{{false}});
+        const QByteArray image = testImage(10);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(image.constData());
+        const struct {
+            int targets;
+            const unsigned char* image;
+            quint32 size;
+        } table[] = {{0, bytes, 10}, {-1, bytes, 10}, {1, bytes, 0}, {1, nullptr, 10}};
+        for (const auto& row : table) {
+            FpgaUpdater updater;
+            updater.setImage(row.image, row.size);
+            updater.setTargets(&address, row.targets, 1);
+            QSignalSpy finished(&updater, &FpgaUpdater::finished);
+            QVERIFY(!updater.runBlocking(1, 1, 1, 1, 1));
+            QCOMPARE(finished, QList<QVariantList>{{false}});
+        }
     }
 
     // A data block is repeated for ever; a job that goes ends that too.
