@@ -18,14 +18,15 @@ namespace {
 constexpr int LongestWord = 40;
 constexpr int LongestText = 40;
 
-/// A path has no blanks to wrap at: a long one may be broken anywhere.
+/// A path has no blanks to wrap at: it may be broken behind a slash, and a long name anywhere.
 QString breakable(const QString& text) {
     QString broken;
     int run = 0;
     for (const QChar c : text) {
-        run = c.isSpace() ? 0 : run + 1;
         broken += c;
-        if (run >= LongestWord || (c == QLatin1Char('/') && run > 1))
+        const bool ends = c.isSpace() || c == QLatin1Char('/');
+        run = ends ? 0 : run + 1;
+        if (c == QLatin1Char('/') || run >= LongestWord)
             broken += QChar(0x200B);
     }
     return broken;
@@ -40,7 +41,7 @@ void show(QWidget* parent, DialogKind kind, const QString& title, const QString&
     box.setInformativeText(breakable(text));
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
-    dressBox(box);
+    dressBox(box, WideBoxText);
     if (auto* heading = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
         const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
         heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));

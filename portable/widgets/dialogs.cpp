@@ -68,9 +68,8 @@ bool DialogRunner::anyOpen() {
     return openDialogs > 0;
 }
 
-void dressBox(QMessageBox& box) {
+void dressBox(QMessageBox& box, int narrowestText) {
     constexpr int Margin = 32;
-    constexpr int NarrowestText = 600;
     constexpr double Enlarged = 1.5;
     constexpr QSize SmallestButton(144, 64);
     box.setWindowFlag(Qt::FramelessWindowHint);
@@ -82,7 +81,7 @@ void dressBox(QMessageBox& box) {
     }
     for (const char* name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
         if (auto* text = box.findChild<QLabel*>(QLatin1String(name))) {
-            text->setMinimumWidth(NarrowestText);
+            text->setMinimumWidth(narrowestText);
             text->setAlignment(Qt::AlignCenter);
         }
     }
@@ -121,7 +120,7 @@ bool confirmAction(QWidget* parent, const QString& question, const QString& note
     box.setInformativeText(note);
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
     box.setDefaultButton(QMessageBox::No);
-    dressBox(box);
+    dressBox(box, WideBoxText);
     return DialogRunner::current().run(box, DialogKind::Question, question) == QMessageBox::Yes;
 }
 

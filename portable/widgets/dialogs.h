@@ -34,9 +34,12 @@ protected:
     virtual int execute(QDialog& dialog, DialogKind kind, const QString& text);
 };
 
-/// Gives a box the panel's look: frameless, room around its text, buttons half as large again as they ask for, without
-/// icons. After its text and buttons are set.
-void dressBox(QMessageBox& box);
+/// Room for a whole question on one line.
+inline constexpr int WideBoxText = 600;
+
+/// Gives a box the panel's look: frameless, room around its centred text, which is at least so many pixels wide,
+/// buttons half as large again as they ask for, without icons. After its text and buttons are set.
+void dressBox(QMessageBox& box, int narrowestText = 480);
 
 /// Tells something that went well, with a button to go on.
 void showInformation(QWidget* parent, const QString& title, const QString& text);

@@ -36,10 +36,6 @@ private slots:
     void everything() {
         allowMessages("write failed: Connection refused"); // one of the stops is a lost link
         LookRules rules({
-            {LookRules::Overlap, "system-", "No saved configuration",
-             "the note stands in the middle of an empty table"},
-            {LookRules::Overlap, "update-", "No update package found",
-             "the note stands in the middle of an empty table"},
             {LookRules::TextRoom, "", "Files row 1 column 1", "a file name of 186 letters shows its beginning and end"},
         });
         PanelTour tour([&rules](const PanelTour::Stop& stop) { rules.look(stop); });

@@ -94,7 +94,7 @@ private slots:
         row("--version 1 --install app=/x;y software @source @out", "may not stand in a command");
         row("--version 1 --install ../image=/x software @source @out", "leads out of the package");
         row("--version 1 --install app= software @source @out", "destination is empty");
-        row("--version 1 --reboot --run x software @source @out", "component 2: stands behind the reboot");
+        row("--version 1 --reboot --run x --run y software @source @out", "component 3: stands behind the reboot");
         row("--version 1 --run= software @source @out", "its command is empty");
     }
 
