@@ -5,6 +5,7 @@
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QThread>
 #include <QTimer>
@@ -37,15 +38,17 @@ void show(QWidget* parent, DialogKind kind, const QString& title, const QString&
     box.setObjectName(QStringLiteral("updateBox"));
     box.setWindowTitle(title);
     box.setTextFormat(Qt::PlainText); // a path is what it is
-    box.setText(title);
-    box.setInformativeText(breakable(text));
+    box.setText(breakable(text));
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
     dressBox(box, WideBoxText);
-    if (auto* heading = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-        const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
-        heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));
-    }
+    // A frameless box shows no title of its own. The place of a menu bar is the one above a layout.
+    auto* heading = new QLabel(title, &box);
+    heading->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
+    heading->setFixedHeight(64);
+    const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
+    heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));
+    box.layout()->setMenuBar(heading);
     DialogRunner::current().run(box, kind, text);
 }
 
