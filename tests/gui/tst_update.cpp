@@ -320,11 +320,9 @@ private slots:
     void fails_data() {
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QString>("message");
-        QTest::newRow("archive that is none") << "archive"
-                                              << "Upgrade failed. Error code: -4";
-        QTest::newRow("a board that is silent") << "board"
-                                                << "FPGA update failed (timeout/communication error).";
-        QTest::newRow("a spoilt image") << "image" << NoImage;
+        addRow("archive that is none", "archive", "Upgrade failed. Error code: -4");
+        addRow("a board that is silent", "board", "FPGA update failed (timeout/communication error).");
+        addRow("a spoilt image", "image", NoImage);
     }
     void fails() {
         QFETCH(QString, fault);
@@ -374,12 +372,10 @@ private slots:
         QTest::addColumn<QString>("obstacle"); // a file in the way
         QTest::addColumn<bool>("refused");
         QTest::addColumn<QString>("message");
-        QTest::newRow("no folder") << "home/kavor/upgrade" << false << "Failed to create upgrade folder:\n%D/" + Drop;
-        QTest::newRow("no copy") << Drop + "m.bin/x" << false
-                                 << "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin";
-        QTest::newRow("ends too early") << "short" << false
-                                        << "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin";
-        QTest::newRow("refused") << "home/x" << true << "Failed to start NMX upgrade for %D/" + Drop + "m.bin";
+        addRow("no folder", "home/kavor/upgrade", false, "Failed to create upgrade folder:\n%D/" + Drop);
+        addRow("no copy", Drop + "m.bin/x", false, "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin");
+        addRow("ends too early", "short", false, "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin");
+        addRow("refused", "home/x", true, "Failed to start NMX upgrade for %D/" + Drop + "m.bin");
     }
     void moduleHandOverFails() {
         QFETCH(QString, obstacle);

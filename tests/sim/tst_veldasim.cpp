@@ -23,8 +23,8 @@ private slots:
 
 void TestVeldasim::servesUntilASignal_data() {
     QTest::addColumn<int>("signal");
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT;
+    addRow("SIGTERM", SIGTERM);
+    addRow("SIGINT", SIGINT);
 }
 
 void TestVeldasim::servesUntilASignal() {
@@ -90,7 +90,7 @@ void TestVeldasim::badArguments_data() {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("sentence");
     const auto row = [](const QStringList& arguments, const char* sentence) {
-        QTest::newRow(qPrintable(arguments.join(' '))) << arguments << QString(sentence);
+        addRow(qPrintable(arguments.join(' ')), arguments, QString(sentence));
     };
     row({"--channels", "5"}, "--channels takes 1 to 4");
     row({"--port", "70000"}, "--port takes 0 to 65535");

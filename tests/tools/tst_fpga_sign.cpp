@@ -24,7 +24,7 @@ private slots:
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("error");
         const auto row = [](const char* arguments, int code, const char* error) {
-            QTest::newRow(arguments) << QString(arguments) << code << QString(error);
+            addRow(arguments, QString(arguments), code, QString(error));
         };
         row("", 2, "say sign or check");
         row("paint @image", 2, "say sign or check");

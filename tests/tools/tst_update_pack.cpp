@@ -68,7 +68,7 @@ private slots:
         QTest::addColumn<QString>("error");
         QTest::addColumn<int>("code");
         const auto row = [](const char* line, const char* error, int code = 1) {
-            QTest::newRow(line) << QString(line) << QString(error) << code;
+            addRow(line, QString(line), QString(error), code);
         };
         row("", "say software, fpga", 2);
         row("paint", "say software, fpga", 2);
@@ -115,7 +115,7 @@ private slots:
         QTest::addColumn<QString>("error");
         const QByteArray tar = TarFile().add("patch/a", "A").gzip();
         const auto row = [&tar](const char* name, const QByteArray& manifest, const char* error, QByteArray package = {}) {
-            QTest::newRow(name) << manifest << (package.isEmpty() ? tar : package) << QString(error);
+            addRow(name, manifest, (package.isEmpty() ? tar : package), QString(error));
         };
         const auto software = [](const QByteArray& component) {
             return QByteArray(R"({"name":"FW","version":"1","package":"p","components":[)") + component + "]}";

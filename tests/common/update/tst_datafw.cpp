@@ -159,27 +159,25 @@ void TestDatafw::manifest_data() {
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("expected");
     const QString nothing("||||");
-    QTest::newRow("whole") << QByteArray(R"({"manifest_version":"1","name":"FW-A","version":"2.0","description":"d",
+    addRow("whole", QByteArray(R"({"manifest_version":"1","name":"FW-A","version":"2.0","description":"d",
         "package":"p.tgz","components":[{"type":"file","name":"a","action":"copy","destination":"/x"},
-        {"type":"dir","name":"b","action":"delete"}],"unknown":{"deep":[1]}})")
-                           << "1|FW-A|2.0|d|p.tgz|{file,a,copy,/x}|{dir,b,delete,}";
-    QTest::newRow("byte order mark") << QByteArray("\xEF\xBB\xBF{\"name\":\"FPGA\"}") << "|FPGA|||";
-    QTest::newRow("other letters") << QByteArray(R"({"description":"größer ±3 µs"})")
-                                   << QString::fromUtf8("|||größer ±3 µs|");
-    QTest::newRow("wrong types") << QByteArray(R"({"name":5,"version":null,"description":["x"],"package":{},
-        "components":{"type":"file"}})")
-                                 << nothing;
-    QTest::newRow("wrong types in components")
-        << QByteArray(R"({"components":[1,null,"x",[],{"type":true,"name":"n"}]})")
-        << nothing + "|{,,,}|{,,,}|{,,,}|{,,,}|{,n,,}";
-    QTest::newRow("empty") << QByteArray() << nothing;
-    QTest::newRow("no JSON") << QByteArray("name = FW") << nothing;
-    QTest::newRow("cut in the middle") << QByteArray(R"({"name":"FW-A","version":"2.)") << nothing;
-    QTest::newRow("an array") << QByteArray(R"([{"name":"FW"}])") << nothing;
-    QTest::newRow("broken UTF-8") << QByteArray("{\"name\":\"F\xFF\xFEW\"}") << nothing;
-    QTest::newRow("deep") << (QByteArray(100000, '[') + QByteArray(100000, ']')) << nothing;
-    QTest::newRow("a mebibyte") << ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 13, ' ')) << "|FW|||";
-    QTest::newRow("a byte more") << ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 12, ' ')) << nothing;
+        {"type":"dir","name":"b","action":"delete"}],"unknown":{"deep":[1]}})"),
+           "1|FW-A|2.0|d|p.tgz|{file,a,copy,/x}|{dir,b,delete,}");
+    addRow("byte order mark", QByteArray("\xEF\xBB\xBF{\"name\":\"FPGA\"}"), "|FPGA|||");
+    addRow("other letters", QByteArray(R"({"description":"größer ±3 µs"})"), QString::fromUtf8("|||größer ±3 µs|"));
+    addRow("wrong types", QByteArray(R"({"name":5,"version":null,"description":["x"],"package":{},
+        "components":{"type":"file"}})"),
+           nothing);
+    addRow("wrong types in components", QByteArray(R"({"components":[1,null,"x",[],{"type":true,"name":"n"}]})"),
+           nothing + "|{,,,}|{,,,}|{,,,}|{,,,}|{,n,,}");
+    addRow("empty", QByteArray(), nothing);
+    addRow("no JSON", QByteArray("name = FW"), nothing);
+    addRow("cut in the middle", QByteArray(R"({"name":"FW-A","version":"2.)"), nothing);
+    addRow("an array", QByteArray(R"([{"name":"FW"}])"), nothing);
+    addRow("broken UTF-8", QByteArray("{\"name\":\"F\xFF\xFEW\"}"), nothing);
+    addRow("deep", (QByteArray(100000, '[') + QByteArray(100000, ']')), nothing);
+    addRow("a mebibyte", ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 13, ' ')), "|FW|||");
+    addRow("a byte more", ("{\"name\":\"FW\"}" + QByteArray(1024 * 1024 - 12, ' ')), nothing);
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestDatafw)

@@ -38,9 +38,8 @@ private slots:
         QTest::addColumn<QByteArray>("image");
         QTest::addColumn<Datagrams>("expected");
         const auto row = [](const char* name, int size, const char* counter, const Datagrams& blocks, const char* eof) {
-            QTest::newRow(name) << testImage(size)
-                                << (Datagrams{hostDatagram("0000", "ffff", counter)} + blocks +
-                                    Datagrams{hostDatagram(eof, "ffff", "00000000")});
+            addRow(name, testImage(size), (Datagrams{hostDatagram("0000", "ffff", counter)} + blocks +
+                                    Datagrams{hostDatagram(eof, "ffff", "00000000")}));
         };
         const auto data = [](const char* block, const char* length, int size, int from, int count) {
             return hostDatagram(block, length, "00000000", testImage(size).mid(from, count));
@@ -78,15 +77,15 @@ private slots:
         QTest::addColumn<Datagrams>("answers");
         QTest::addColumn<bool>("satisfied");
         QTest::addColumn<int>("lastAcked");
-        QTest::newRow("the block") << Datagrams{ack("0104")} << true << 0x104;
-        QTest::newRow("a later one") << Datagrams{ack("0105")} << true << 0x105;
-        QTest::newRow("an earlier one") << Datagrams{ack("0103")} << false << 0;
-        QTest::newRow("the other byte order") << Datagrams{ack("0401").replace(4, 2, QByteArray::fromHex("0004"))} << false << 0;
-        QTest::newRow("21 bytes") << Datagrams{ack("0104").left(21)} << false << 0;
-        QTest::newRow("empty, then the block") << Datagrams{QByteArray(), ack("0104")} << true << 0x104;
-        QTest::newRow("another magic") << Datagrams{ack("0104").replace(0, 4, "KVPE")} << false << 0;
-        QTest::newRow("longer than any") << Datagrams{ack("0104") + QByteArray(3000, 'x')} << true << 0x104;
-        QTest::newRow("other fields are not read") << Datagrams{QByteArray::fromHex("4b5650440104ffffffffffffffffffffffffffffffff")} << true << 0x104;
+        addRow("the block", Datagrams{ack("0104")}, true, 0x104);
+        addRow("a later one", Datagrams{ack("0105")}, true, 0x105);
+        addRow("an earlier one", Datagrams{ack("0103")}, false, 0);
+        addRow("the other byte order", Datagrams{ack("0401").replace(4, 2, QByteArray::fromHex("0004"))}, false, 0);
+        addRow("21 bytes", Datagrams{ack("0104").left(21)}, false, 0);
+        addRow("empty, then the block", Datagrams{QByteArray(), ack("0104")}, true, 0x104);
+        addRow("another magic", Datagrams{ack("0104").replace(0, 4, "KVPE")}, false, 0);
+        addRow("longer than any", Datagrams{ack("0104") + QByteArray(3000, 'x')}, true, 0x104);
+        addRow("other fields are not read", Datagrams{QByteArray::fromHex("4b5650440104ffffffffffffffffffffffffffffffff")}, true, 0x104);
         // clang-format on
     }
 
@@ -119,14 +118,14 @@ private slots:
         QTest::addColumn<bool>("done");
         QTest::addColumn<int>("percent");
         // Of an image of 1000 bytes.
-        QTest::newRow("nothing yet") << Datagrams{status("0000", "0000", "00000000")} << false << 0;
-        QTest::newRow("truncated") << Datagrams{status("0000", "0000", "e7030000")} << false << 99;
-        QTest::newRow("past the size") << Datagrams{status("0000", "0000", "ffffffff")} << false << 100;
-        QTest::newRow("backwards") << Datagrams{status("0000", "0000", "f4010000"), status("0000", "0000", "64000000")} << false << 10;
-        QTest::newRow("end in the length") << Datagrams{status("ffff", "0000", "00000000")} << true << 100;
-        QTest::newRow("end in the state") << Datagrams{status("0000", "ffff", "00000000")} << true << 100;
-        QTest::newRow("nearly an end") << Datagrams{status("fffe", "feff", "00000000")} << false << 0;
-        QTest::newRow("end cut short") << Datagrams{status("ffff", "0000", "00000000").left(21)} << false << 0;
+        addRow("nothing yet", Datagrams{status("0000", "0000", "00000000")}, false, 0);
+        addRow("truncated", Datagrams{status("0000", "0000", "e7030000")}, false, 99);
+        addRow("past the size", Datagrams{status("0000", "0000", "ffffffff")}, false, 100);
+        addRow("backwards", Datagrams{status("0000", "0000", "f4010000"), status("0000", "0000", "64000000")}, false, 10);
+        addRow("end in the length", Datagrams{status("ffff", "0000", "00000000")}, true, 100);
+        addRow("end in the state", Datagrams{status("0000", "ffff", "00000000")}, true, 100);
+        addRow("nearly an end", Datagrams{status("fffe", "feff", "00000000")}, false, 0);
+        addRow("end cut short", Datagrams{status("ffff", "0000", "00000000").left(21)}, false, 0);
         // clang-format on
     }
 

@@ -42,16 +42,16 @@ private slots:
         const QString good("Loading velda_top FPGA 2 \\. 7 Date: 21 - 11 - 2024");
         QByteArray wrongCrcAndName = signedFile("abc", "other");
         wrongCrcAndName[0] = 'x';
-        QTest::newRow("33 bytes that end well") << signedFile("").right(33) << tooSmall;
-        QTest::newRow("34 bytes") << signedFile("") << good;
-        QTest::newRow("unsigned") << QByteArray(100, 'a') << "FPGA image is not signed";
-        QTest::newRow("identifier in lower case") << signedFile("abc", "velda_top", "kvs1") << "FPGA image is not signed";
-        QTest::newRow("CRC before name") << wrongCrcAndName << "Image CRC failure: [0-9a-f]+ vs [0-9a-f]+";
-        QTest::newRow("another design") << signedFile("abc", "other") << "Wrong project: other";
-        QTest::newRow("one character more") << signedFile("abc", "velda_top2") << "Wrong project: velda_top2";
-        QTest::newRow("garbage after the NUL") << signedFile("abc", QByteArray("velda_top\0zzz", 13)) << good;
-        QTest::newRow("no NUL at all") << signedFile("abc", "velda_top_velda_top_") << "Wrong project: velda_top_velda_top_";
-        QTest::newRow("no printable name") << signedFile("abc", "a\n\xff\x1b") << "Wrong project: a\\?\\?\\?";
+        addRow("33 bytes that end well", signedFile("").right(33), tooSmall);
+        addRow("34 bytes", signedFile(""), good);
+        addRow("unsigned", QByteArray(100, 'a'), "FPGA image is not signed");
+        addRow("identifier in lower case", signedFile("abc", "velda_top", "kvs1"), "FPGA image is not signed");
+        addRow("CRC before name", wrongCrcAndName, "Image CRC failure: [0-9a-f]+ vs [0-9a-f]+");
+        addRow("another design", signedFile("abc", "other"), "Wrong project: other");
+        addRow("one character more", signedFile("abc", "velda_top2"), "Wrong project: velda_top2");
+        addRow("garbage after the NUL", signedFile("abc", QByteArray("velda_top\0zzz", 13)), good);
+        addRow("no NUL at all", signedFile("abc", "velda_top_velda_top_"), "Wrong project: velda_top_velda_top_");
+        addRow("no printable name", signedFile("abc", "a\n\xff\x1b"), "Wrong project: a\\?\\?\\?");
         // clang-format on
     }
 
@@ -86,13 +86,13 @@ private slots:
         QTest::addColumn<QString>("warning");
         const QString cannot("Cannot open FPGA image:\n%1");
         const QString tooEarly("cannot be read to its end");
-        QTest::newRow("good") << "good" << "" << "";
-        QTest::newRow("a device") << "/dev/zero" << cannot << "";
+        addRow("good", "good", "", "");
+        addRow("a device", "/dev/zero", cannot, "");
         // As a stick that is pulled: it opens, and fails when it is read, or ends before its size.
-        QTest::newRow("unreadable") << "/proc/self/mem" << cannot << tooEarly;
-        QTest::newRow("ends too early") << "/sys/class/net/lo/mtu" << cannot << tooEarly;
-        QTest::newRow("bad") << "bad" << "FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\nor not intended for this device." << "";
-        QTest::newRow("too large") << "large" << "FPGA update failed (timeout/communication error)." << "more blocks";
+        addRow("unreadable", "/proc/self/mem", cannot, tooEarly);
+        addRow("ends too early", "/sys/class/net/lo/mtu", cannot, tooEarly);
+        addRow("bad", "bad", "FPGA image authentication failed.\n\nThe image may be corrupted, unsigned,\nor not intended for this device.", "");
+        addRow("too large", "large", "FPGA update failed (timeout/communication error).", "more blocks");
         // clang-format on
     }
 

@@ -65,7 +65,7 @@ private slots:
         QTest::addColumn<Change>("change");
         QTest::addColumn<QString>("failure");
         const auto row = [](const char* name, Change change, const char* failure = "") {
-            QTest::newRow(name) << change << QString(failure);
+            addRow(name, change, QString(failure));
         };
         const char* init = "Failed to initialize transfer with all devices\\.$";
         const char* eof = "Failed to verify EOF with all devices\\.$";
@@ -119,8 +119,8 @@ private slots:
     void mostBlocks_data() {
         QTest::addColumn<int>("size");
         QTest::addColumn<int>("blocks");
-        QTest::newRow("65534 blocks") << 65534 * 1024 << 65534;
-        QTest::newRow("one byte more") << 65534 * 1024 + 1 << 0;
+        addRow("65534 blocks", 65534 * 1024, 65534);
+        addRow("one byte more", 65534 * 1024 + 1, 0);
     }
 
     void mostBlocks() {
@@ -197,9 +197,9 @@ private slots:
 
     void lossyLine_data() {
         QTest::addColumn<bool>("sparesMarkers");
-        QTest::newRow("INIT and EOF get through") << true;
+        addRow("INIT and EOF get through", true);
         // Three attempts each are too few for four boards most times, by the protocol's own rule.
-        QTest::newRow("INIT and EOF are lost too") << false;
+        addRow("INIT and EOF are lost too", false);
     }
 
     // A fifth is lost on either way, the rest comes twice, late, out of order and from strangers as well. Whenever an

@@ -39,7 +39,7 @@ private slots:
         QTest::addColumn<QStringList>("failures");
         const auto row = [](const char* name, const Components& components, int code, const QStringList& commands = {},
                             const QStringList& failures = {}) {
-            QTest::newRow(name) << components << code << commands << failures;
+            addRow(name, components, code, commands, failures);
         };
         const QString after("file|copy|a|%D/target/after");
         const QString ranAfter("cp %D/scratch/patch/a %D/target/after");
@@ -76,7 +76,7 @@ private slots:
         QTest::addColumn<QString>("destination");
         QTest::addColumn<bool>("runs");
         const auto row = [](const char* what, const QString& name, const QString& destination, bool runs = false) {
-            QTest::newRow(what) << name << destination << runs;
+            addRow(what, name, destination, runs);
         };
         row("every character that may be", "aZ09._-+@%,:=/x", "/aZ09._-+@%,:=/../x", true);
         row("dots that are no way out", "..a/b../...", "../d", true);
@@ -127,14 +127,14 @@ private slots:
     void hostileArchive_data() {
         // clang-format off
         QTest::addColumn<QByteArrayList>("members");
-        QTest::newRow("way out")                << QByteArrayList{"../canary|evil"};
-        QTest::newRow("absolute")               << QByteArrayList{"%D/canary|evil"};
-        QTest::newRow("through a link")         << QByteArrayList{"l|2|%D", "l/canary|evil"};
-        QTest::newRow("through two links")      << QByteArrayList{"a|2|..", "b|2|a", "b/canary|evil"};
-        QTest::newRow("onto a link")            << QByteArrayList{"l|2|%D/canary", "l|evil"};
-        QTest::newRow("onto a hard link")       << QByteArrayList{"h|1|%D/canary", "h|evil"};
-        QTest::newRow("hard link through a link") << QByteArrayList{"l|2|..", "h|1|l/canary", "h|evil"};
-        QTest::newRow("folder over a link")     << QByteArrayList{"l|2|..", "l/|5|", "l/canary|evil"};
+        addRow("way out", QByteArrayList{"../canary|evil"});
+        addRow("absolute", QByteArrayList{"%D/canary|evil"});
+        addRow("through a link", QByteArrayList{"l|2|%D", "l/canary|evil"});
+        addRow("through two links", QByteArrayList{"a|2|..", "b|2|a", "b/canary|evil"});
+        addRow("onto a link", QByteArrayList{"l|2|%D/canary", "l|evil"});
+        addRow("onto a hard link", QByteArrayList{"h|1|%D/canary", "h|evil"});
+        addRow("hard link through a link", QByteArrayList{"l|2|..", "h|1|l/canary", "h|evil"});
+        addRow("folder over a link", QByteArrayList{"l|2|..", "l/|5|", "l/canary|evil"});
         // clang-format on
     }
 
@@ -162,7 +162,7 @@ private slots:
         QTest::addColumn<QString>("kind");
         for (const char* kind :
              {"cut at 500", "cut at 999", "missing", "folder", "pipe", "device", "unreadable", "no archive"})
-            QTest::newRow(kind) << kind;
+            addRow(kind, kind);
     }
 
     // The first are what a stick that is pulled leaves of a package.
@@ -196,13 +196,13 @@ private slots:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("before");
         QTest::addColumn<int>("code");
-        QTest::newRow("old files in it")              << "%D/scratch"        << "scratch/patch/old" << 0;
-        QTest::newRow("a file")                       << "%D/scratch"        << "scratch"          << 0;
-        QTest::newRow("a link to what is not ours")   << "%D/scratch"        << "link"             << 0;
-        QTest::newRow("cannot be deleted, by anyone") << "/proc/self"        << ""                 << -2;
-        QTest::newRow("cannot be created")            << "%D/canary/scratch" << ""                 << -3;
-        QTest::newRow("a name the shell would split") << "%D/scr atch"       << ""                 << -3;
-        QTest::newRow("relative")                     << "scratch"           << ""                 << -3;
+        addRow("old files in it", "%D/scratch", "scratch/patch/old", 0);
+        addRow("a file", "%D/scratch", "scratch", 0);
+        addRow("a link to what is not ours", "%D/scratch", "link", 0);
+        addRow("cannot be deleted, by anyone", "/proc/self", "", -2);
+        addRow("cannot be created", "%D/canary/scratch", "", -3);
+        addRow("a name the shell would split", "%D/scr atch", "", -3);
+        addRow("relative", "scratch", "", -3);
         // clang-format on
     }
 
@@ -243,10 +243,10 @@ private slots:
         QTest::addColumn<bool>("removes");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("failure");
-        QTest::newRow("takes the patch folder first") << QByteArray("0") << true << 0 << "";
-        QTest::newRow("fails") << QByteArray("1") << true << -5 << "failed action command: sudo reboot$";
-        QTest::newRow("is left out when the folder stays")
-            << QByteArray("0") << false << -5 << "failed cleanup before reboot: rm -rf .*/scratch/patch$";
+        addRow("takes the patch folder first", QByteArray("0"), true, 0, "");
+        addRow("fails", QByteArray("1"), true, -5, "failed action command: sudo reboot$");
+        addRow("is left out when the folder stays", QByteArray("0"), false, -5,
+               "failed cleanup before reboot: rm -rf .*/scratch/patch$");
     }
 
     void reboot() {
