@@ -52,7 +52,7 @@ DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& 
 }
 
 void DurableFile::sweep(const QString& folder, const QString& suffix) {
-    const QRegularExpression left(QRegularExpression::escape(suffix) + QStringLiteral("\\.[A-Za-z0-9]{6}\\z"),
+    const QRegularExpression left(QRegularExpression::escape(suffix) + QStringLiteral("\\.(?!backup)[A-Za-z]{6}\\z"),
                                   QRegularExpression::CaseInsensitiveOption);
     QDir dir(folder);
     const QStringList names = dir.entryList({QLatin1Char('*') + suffix + QStringLiteral(".??????")},

@@ -65,7 +65,12 @@ QStringList findManifests(const QString& root) {
 std::unique_ptr<fwData> readPackages(const QStringList& manifestPaths) {
     std::unique_ptr<fwData> packages;
     try {
-        packages = std::make_unique<fwData>(manifestPaths);
+        packages = std::make_unique<fwData>();
+        for (const QString& path : manifestPaths) {
+            if (QThread::currentThread()->isInterruptionRequested())
+                throw std::runtime_error("interrupted");
+            packages->init_cmd_config({path});
+        }
     } catch (const std::exception& error) {
         fail(error.what());
     }

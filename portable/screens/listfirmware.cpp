@@ -59,14 +59,16 @@ void fwList::onSecond() {
 void fwList::onScanned() {
     if (m_scan->looksAgain())
         return;
+    const std::optional<PackageScan::Result> result = m_scan->takeResult();
+    if (!result)
+        return;
     m_second->stop();
-    const PackageScan::Result result = m_scan->result();
-    m_packages = result.packages;
+    m_packages = result->packages;
     fill();
-    emit noteChanged(result.error.isEmpty() ? QStringLiteral("No update package found")
+    emit noteChanged(result->error.isEmpty() ? QStringLiteral("No update package found")
                                             : QStringLiteral("The media cannot be read"));
-    if (!result.error.isEmpty())
-        emit failed(result.error);
+    if (!result->error.isEmpty())
+        emit failed(result->error);
 }
 
 void fwList::fill() {

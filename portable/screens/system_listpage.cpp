@@ -25,7 +25,7 @@ constexpr int GroupGap = 12;
 
 void dressTable(QTableWidget& table) {
     table.setStyleSheet(LIST_STYLE +
-                        QStringLiteral("QTableView::item { border-bottom: 1px solid %1; padding-left: 16px; }"
+                        QStringLiteral("QTableView::item { border-bottom: 1px solid %1; padding-left: 13px; }"
                                        "QTableView::item:selected { background-color: %2; color: %3; }")
                             .arg(Style::css(Style::PanelEdge), Style::css(Style::Field), Style::css(Style::Text)));
     // A scroll bar takes its width from a sheet of its own only.

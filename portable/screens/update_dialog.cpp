@@ -16,11 +16,11 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr QSize DialogSize(720, 256);
+constexpr QSize DialogSize(720, 296);
 constexpr int Margin = 40;
 constexpr int TextHeight = 72;
 constexpr int BarHeight = 64;
-constexpr int TimesHeight = 40;
+constexpr int TimesHeight = 76;
 constexpr int StillSeconds = 10; ///< without a change, from which on the dialog says so
 
 } // namespace
@@ -92,8 +92,9 @@ void UpdateDialog::showPercent(int percent) {
 void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
-    QString times = QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
-    times += QStringLiteral("    Do not switch the device off");
+    QString times = QStringLiteral("Do not switch the device off\n%1:%2")
+                        .arg(seconds / 60)
+                        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
     // Where there are no steps, none can fail to come.
     if (!m_progress->isHidden() && still >= StillSeconds)
         times += QStringLiteral("    No progress for %1 s").arg(still);

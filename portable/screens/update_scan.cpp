@@ -1,6 +1,7 @@
 #include "portable/screens/update_scan.h"
 
 #include <exception>
+#include <utility>
 
 namespace Kavor::HandheldGui {
 
@@ -18,6 +19,8 @@ void PackageScan::lookBelow(const QString& root) {
 }
 
 bool PackageScan::looksAgain() {
+    if (isRunning()) // the end that is told of is an older look's
+        return true;
     if (m_next.isEmpty())
         return false;
     wait(); // finished() comes a moment before the end
@@ -27,9 +30,9 @@ bool PackageScan::looksAgain() {
     return true;
 }
 
-PackageScan::Result PackageScan::result() const {
+std::optional<PackageScan::Result> PackageScan::takeResult() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_result;
+    return std::exchange(m_result, std::nullopt);
 }
 
 void PackageScan::run() {

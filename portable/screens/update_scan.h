@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace Kavor::HandheldGui {
 
@@ -30,10 +31,10 @@ public:
     /// Looks below that folder, in place of the look under way, which is broken off. Ends with finished(), each time.
     void lookBelow(const QString& root);
 
-    /// Of the last look that has ended.
-    Result result() const;
+    /// Of the last look that has ended; nothing when that was taken before.
+    std::optional<Result> takeResult();
 
-    /// Whether a newer look than the one that has just ended was asked for; it is started then.
+    /// Whether a newer look than the one that has just ended was asked for; it is started then, if it is not under way.
     bool looksAgain();
 
 protected:
@@ -41,10 +42,10 @@ protected:
 
 private:
     const PackageLook m_look;
-    QString m_root;             ///< written only while the thread does not run
-    QString m_next;             ///< root of the look to come, empty for none
-    mutable std::mutex m_mutex; ///< of the result
-    Result m_result;
+    QString m_root;     ///< written only while the thread does not run
+    QString m_next;     ///< root of the look to come, empty for none
+    std::mutex m_mutex; ///< of the result
+    std::optional<Result> m_result;
 };
 
 } // namespace Kavor::HandheldGui

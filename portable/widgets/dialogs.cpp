@@ -76,8 +76,14 @@ void dressBox(QMessageBox& box, int narrowestText) {
     box.setStyleSheet(MESSAGE_BOX_STYLE);
     if (QLayout* layout = box.layout()) {
         layout->setContentsMargins(Margin, Margin, Margin, Margin);
-        if (auto* grid = qobject_cast<QGridLayout*>(layout))
+        if (auto* grid = qobject_cast<QGridLayout*>(layout)) {
             grid->setVerticalSpacing(Margin);
+            grid->setHorizontalSpacing(0);
+            // Where there is no icon, its place would push the text out of the middle.
+            QLayoutItem* indent = grid->itemAtPosition(0, 0);
+            if (indent && indent->spacerItem())
+                indent->spacerItem()->changeSize(0, 0);
+        }
     }
     for (const char* name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
         if (auto* text = box.findChild<QLabel*>(QLatin1String(name))) {
