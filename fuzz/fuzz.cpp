@@ -59,9 +59,18 @@ int main(int argc, char** argv) {
                        {"seed", "What the inputs come from, 1 by default.", "N", "1"},
                        {"only", "The input of this number alone.", "N"}});
     parser.process(application);
+    const bool one = parser.isSet("only");
+    for (const char* option : {"inputs", "seed", "only"}) {
+        bool isNumber = true;
+        if (parser.isSet(option))
+            parser.value(option).toULongLong(&isNumber);
+        if (!isNumber) {
+            std::fprintf(stderr, "--%s takes a number.\n", option);
+            return 2;
+        }
+    }
     s_seed = parser.value("seed").toULongLong();
     const std::uint64_t only = parser.value("only").toULongLong();
-    const bool one = parser.isSet("only");
 #if defined(__SANITIZE_ADDRESS__)
     __sanitizer_set_death_callback(sayWhere);
 #else

@@ -207,6 +207,12 @@ int main(int argc, char** argv) {
                        {"taps", "Ends after this many taps, 100000 by default.", "N", "100000"},
                        {"seed", "What the random numbers come from, 1 by default.", "N", "1"}});
     parser.process(application);
+    for (const char* option : {"minutes", "taps", "seed"}) {
+        if (parser.value(option).toUInt() == 0) {
+            std::fprintf(stderr, "--%s takes a number from 1.\n", option);
+            return 2;
+        }
+    }
     qInstallMessageHandler(listen);
     Soak(parser.value("seed").toUInt(), parser.value("taps").toLongLong(), parser.value("minutes").toInt()).run();
     return s_findings == 0 ? 0 : 1;

@@ -75,15 +75,21 @@ FuzzTarget listFile(const QString& name, std::vector<QByteArray> seeds) {
         Config list{&points, Limits()};
     };
     const auto state = std::make_shared<State>();
-    QDir().mkpath(state->home.path() + QStringLiteral("/1"));
-    const auto read = [state](const QByteArray& input, Mutator&) -> QString {
-        QFile file(state->home.path() + QStringLiteral("/1/fuzz.json"));
+    QString error;
+    if (!state->files.save(QStringLiteral("fuzz"), 0, state->list, error))
+        qFatal("%s", qPrintable(error));
+    const auto read = [state, good = seeds.front()](const QByteArray& input, Mutator&) -> QString {
+        QFile file(state->files.filePath(QStringLiteral("fuzz"), 0));
         if (!file.open(QIODevice::WriteOnly) || file.write(input) != input.size())
             return QStringLiteral("the input cannot be written");
         file.close();
         QString error;
+        if (!state->list.clearAndCreateDefault(error)) // what one input leaves is not the next one's beginning
+            return error;
         const QJsonArray before = state->list.toJson();
-        if (!state->files.load(QStringLiteral("fuzz"), 1, state->list, error)) {
+        if (!state->files.load(QStringLiteral("fuzz"), 0, state->list, error)) {
+            if (input == good)
+                return QStringLiteral("a good file is refused: ") + error;
             const bool kept = state->list.toJson() == before;
             return error.isEmpty() ? QStringLiteral("no reason given")
                                    : (kept ? QString() : QStringLiteral("a refused file changed the list"));

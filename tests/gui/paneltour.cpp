@@ -108,6 +108,9 @@ public:
         });
         open();
         QCoreApplication::processEvents(); // some boxes come from the event loop
+        const QStringList problems = panel().dialogs().problems();
+        if (!problems.isEmpty())
+            qFatal("%s: %s", qPrintable(name), qPrintable(problems.join("; ")));
     }
 
 private:
@@ -170,8 +173,13 @@ void keyboardStops(Guide& g) {
 }
 
 void pageStops(Guide& g) {
-    g.start();
-    for (const char* page : {"Sweep", "List", "RunMode", "System", "About"}) {
+    UpdatePackages updates;
+    PanelFixture::Setup setup;
+    setup.updateEntry = &updates;
+    g.start(setup);
+    g.press("funcSystem");
+    g.shot("page-system");
+    for (const char* page : {"Sweep", "List", "RunMode", "About"}) {
         g.press(QString("func") + page);
         g.shot(QString("page-") + QString(page).toLower());
     }
@@ -199,8 +207,8 @@ void pageStops(Guide& g) {
 
 /// A folder of saved configurations and a network with long names.
 void systemStops(Guide& g) {
-    QTemporaryDir home;
-    qputenv("VELDA_HOME", QFile::encodeName(home.path()));
+    const QTemporaryDir netClass;
+    qputenv("VELDA_NET_CLASS", QFile::encodeName(netClass.path()));
     PanelFixture::Setup setup;
     setup.readNetwork = [] {
         NetworkFacts facts;
@@ -209,10 +217,17 @@ void systemStops(Guide& g) {
         return facts;
     };
     g.start(setup);
+    const auto question = [&g](const QString& name, int row) {
+        auto* list = g.panel().widget<QTableWidget>("cfgList");
+        g.dialogShot(name, DialogKind::Question, [list, row] {
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              list->visualItemRect(list->item(row, 1)).center());
+        });
+    };
     g.press("funcSystem");
     g.press("sysRecall");
     g.shot("system-recall-empty");
-    const QString folder = home.path() + "/kavor/preset/preset/";
+    const QString folder = g.panel().home() + "/kavor/preset/preset/";
     QDir().mkpath(folder);
     for (int i = 1; i <= 12; ++i) {
         QFile file(folder + QString("preset-%1.json").arg(i * 3));
@@ -220,15 +235,25 @@ void systemStops(Guide& g) {
             qFatal("%s cannot be written.", qPrintable(file.fileName()));
     }
     g.press("configurationsBack");
-    g.press("sysStore");
-    g.shot("system-store");
+    g.press("sysRecall");
+    g.shot("system-recall");
+    question("system-recall-question", 1);
     g.press("configurationsBack");
     g.press("sysErase");
     g.shot("system-erase");
-    g.dialogShot("system-preset-question", DialogKind::Question, [&g] {
-        g.press("configurationsBack");
-        g.press("sysPreset");
+    question("system-erase-question", 1);
+    g.press("configurationsBack");
+    g.press("sysStore");
+    g.shot("system-store");
+    g.dialogShot("system-store-keyboard", DialogKind::Keyboard, [&g] {
+        auto* list = g.panel().widget<QTableWidget>("cfgList");
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          list->visualItemRect(list->item(0, 1)).center());
     });
+    g.panel().dialogs().expectButton(DialogKind::Question, "Disable output", QMessageBox::No);
+    question("system-store-question", 2);
+    g.press("configurationsBack");
+    g.dialogShot("system-preset-question", DialogKind::Question, [&g] { g.press("sysPreset"); });
     g.press("sysLan");
     if (!QTest::qWaitFor([&g] { return !g.panel().text("lanHostName").isEmpty(); }, 5000))
         qFatal("The network is not read.");
@@ -236,6 +261,7 @@ void systemStops(Guide& g) {
     g.panel().enter("lanPort", "5025");
     g.press("lanDynamic");
     g.shot("system-lan-edited");
+    g.dialogShot("system-lan-no-cable", DialogKind::Critical, [&g] { g.press("lanApply"); });
     g.press("lanBack");
     g.module([](ChannelRecord& r) {
         for (auto* text : {&r.model, &r.serial, &r.options, &r.firmwareVersion, &r.calibrationDate})
@@ -255,7 +281,7 @@ void systemStops(Guide& g) {
     if (!QTest::qWaitFor([&g] { return g.panel().widget<QWidget>("sysBatteryEmpty")->isVisible(); }, 5000))
         qFatal("The empty battery is not noticed.");
     g.shot("system-battery-empty");
-    qunsetenv("VELDA_HOME");
+    qunsetenv("VELDA_NET_CLASS");
 }
 
 /// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list
@@ -298,11 +324,16 @@ void stepListStops(Guide& g, const QString& prefix, const QStringList& way) {
     g.shot(name("edited"));
     g.dialogShot(name("keyboard"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 3 : 1); });
     g.dialogShot(name("keyboard-second"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 2 : 3); });
-    panel.dialogs().expectNumber(QString(), "9999999", "keyUnit0");
+    panel.dialogs().expectNumber(QString(), "9999999", list ? "keyUnit0" : "keyUnit3");
     table->requestEdit(1, 1);
+    if (g.panel().toast().isEmpty())
+        qFatal("%s is not out of range.", qPrintable(prefix));
     g.shot(name("out-of-range"));
     panel.window().toast()->hideImmediate();
     if (list) {
+        g.press("listRunSelection");
+        g.shot(name("selection"));
+        g.press("listRunList");
         g.press("listDwellFixed");
         g.shot(name("fixed-dwell"));
         panel.enter("listFixedDwell", "1", "keyUnit3");
@@ -411,11 +442,16 @@ void updateStops(Guide& g) {
     g.dialogShot("update-fpga-done", DialogKind::Information, [&] { boxes.information(UpdateTexts::fpgaDone()); });
     const QString path = stick.package("a-folder-with-quite-a-long-name/and-another-one-in-it") + "/image.fpga";
     int number = 0;
-    for (const QString& text :
-         {UpdateTexts::imageRefused(), UpdateTexts::fpgaFailed(), UpdateTexts::cannotOpenImage(path),
-          QString("Upgrade failed. Error code: -4"),
-          QString("Failed to copy %1 to %2").arg(path, "/home/velda/kavor/upgrade/veldax/module-software-5.0.bin")})
-        g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical, [&] { boxes.failure(text); });
+    const QString drop = "/home/velda/kavor/upgrade/veldax/module-software-5.0.bin";
+    for (const auto& [title, text] :
+         {std::make_tuple("FPGA", UpdateTexts::imageRefused()), std::make_tuple("FPGA", UpdateTexts::fpgaFailed()),
+          std::make_tuple("FPGA", UpdateTexts::cannotOpenImage(path)),
+          std::make_tuple("FW", QString("Upgrade failed. Error code: -4")),
+          std::make_tuple("NMX", QString("Failed to copy %1 to %2").arg(path, drop))}) {
+        const UpdateBoxes failed(window, QString(title) + " Update", 1000);
+        g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical,
+                     [&failed, text = text] { failed.failure(text); });
+    }
 }
 
 void headerStops(Guide& g) {
@@ -438,6 +474,10 @@ void headerStops(Guide& g) {
         g.press(QString("func") + page);
         g.shot(QString("link-lost-") + QString(page).toLower());
     }
+    g.press("tabPattern");
+    g.shot("link-lost-pattern");
+    g.press("funcCw");
+    g.press("tabAM");
     g.panel().enter("cwPower", "1");
     g.shot("command-failure");
 }
