@@ -30,15 +30,11 @@ class MappedRegion {
 public:
     explicit MappedRegion(const std::string& name) {
         const int descriptor = shm_open(name.c_str(), O_RDONLY, 0);
-        if (descriptor < 0)
-            return;
         struct stat status {};
-        if (fstat(descriptor, &status) == 0) {
-            m_inode = status.st_ino;
-            m_mode = status.st_mode & 0777U;
-            m_size = static_cast<std::size_t>(status.st_size);
-            m_memory = mmap(nullptr, m_size, PROT_READ, MAP_SHARED, descriptor, 0);
-        }
+        if (descriptor < 0 || fstat(descriptor, &status) != 0)
+            return;
+        m_size = static_cast<std::size_t>(status.st_size);
+        m_memory = mmap(nullptr, m_size, PROT_READ, MAP_SHARED, descriptor, 0);
         close(descriptor);
     }
     ~MappedRegion() {
@@ -50,15 +46,11 @@ public:
 
     bool isMapped() const { return m_memory != MAP_FAILED; }
     std::size_t size() const { return m_size; }
-    unsigned mode() const { return m_mode; }
-    unsigned long long inode() const { return m_inode; }
     const ChannelRecord& at(unsigned channel) const { return static_cast<const ChannelRecord*>(m_memory)[channel]; }
 
 private:
     void* m_memory = MAP_FAILED;
     std::size_t m_size = 0;
-    unsigned m_mode = 0;
-    unsigned long long m_inode = 0;
 };
 
 /// A blocking client that needs no event loop.
@@ -79,51 +71,53 @@ public:
         }
     }
 
-    /// The next line without its end, null when none comes in time.
-    QByteArray line(int ms = 5000) {
-        return readUntil([this] { return m_buffer.contains('\n'); }, ms) ? takeLine() : QByteArray();
-    }
-
+    /// The answer's line without its end, empty when none comes in time.
     QByteArray ask(const QByteArray& request) {
         send(request + "\r\n");
-        return line();
+        read([this] { return m_buffer.contains('\n'); }, 5000);
+        return bytes(m_buffer.indexOf('\n') + 1).trimmed();
     }
 
     /// Whatever comes until so many bytes are there, the connection ends or the time is over.
     QByteArray bytes(int count, int ms = 5000) {
-        readUntil([this, count] { return m_buffer.size() >= count; }, ms);
+        read([this, count] { return m_buffer.size() >= count; }, ms);
         const QByteArray taken = m_buffer.left(count);
         m_buffer.remove(0, taken.size());
         return taken;
     }
 
-    bool waitForEnd(int ms = 5000) {
-        readUntil([] { return false; }, ms);
+    bool waitForEnd() {
+        read([] { return false; }, 5000);
         return m_socket.state() == QAbstractSocket::UnconnectedState;
     }
 
 private:
     template <typename Condition>
-    bool readUntil(Condition condition, int ms) {
+    void read(Condition condition, int ms) {
         QElapsedTimer timer;
         timer.start();
-        while (!condition()) {
-            const int left = ms - static_cast<int>(timer.elapsed());
-            if (left <= 0 || m_socket.state() != QAbstractSocket::ConnectedState)
-                break;
-            m_socket.waitForReadyRead(left);
+        while (!condition() && m_socket.state() == QAbstractSocket::ConnectedState && !timer.hasExpired(ms)) {
+            m_socket.waitForReadyRead(static_cast<int>(ms - timer.elapsed()));
             m_buffer += m_socket.readAll();
         }
-        return condition();
-    }
-
-    QByteArray takeLine() {
-        const int end = m_buffer.indexOf('\n');
-        const QByteArray line = m_buffer.left(end).trimmed();
-        m_buffer.remove(0, end + 1);
-        return line;
     }
 
     QTcpSocket m_socket;
     QByteArray m_buffer;
+};
+
+/// A running module, its region and a client of it.
+struct Bench {
+    explicit Bench(const Sim::Options& options = optionsOf(3)) : simulator(options) {
+        QString error;
+        if (!simulator.start(&error))
+            qFatal("%s", qPrintable(error));
+        region = std::make_unique<MappedRegion>(simulator.regionName());
+        client = std::make_unique<SimClient>(simulator.port());
+    }
+    QByteArray ask(const QByteArray& request) const { return client->ask(request); }
+
+    Sim::ModuleSimulator simulator;
+    std::unique_ptr<MappedRegion> region;
+    std::unique_ptr<SimClient> client;
 };
