@@ -6,33 +6,17 @@ class TestModulationRules : public TestBase {
     Q_OBJECT
 
 private slots:
-    void combinations_data() {
-        QTest::addColumn<unsigned>("requested");
-        QTest::addColumn<unsigned>("mask");
-        QTest::addColumn<int>("result");
-
-        addRow("a kind, empty mask", 0x02U, 0x00U, -1);
-        addRow("AM beside FM", 0x01U, 0x03U, 0x02);
-        addRow("AM beside all", 0x01U, 0xFFU, 0xFE);
-        addRow("PM beside FM", 0x04U, 0x06U, 0x02);
-        addRow("sweep beside power sweep", 0x08U, 0x18U, 0x10);
-        addRow("power sweep beside list and FM", 0x10U, 0x52U, 0x40);
-        addRow("pulse beside pattern", 0x20U, 0xA0U, 0x80);
-        addRow("list beside pulse", 0x40U, 0x60U, 0x20);
-        addRow("pattern beside sweep and PM", 0x80U, 0x8CU, 0x08);
-        addRow("kind that is not in the mask", 0x08U, 0x31U, 0);
-        addRow("of two kinds the lowest rules", 0x22U, 0x62U, 0);
-        addRow("bits that are no kind", 0x100U, 0x103U, 0);
-        addRow("whole mask: FM with list", 0x00U, 0x42U, 0);
-        addRow("whole mask: sweep and pulse", 0x00U, 0x28U, 0x20);
-        addRow("whole mask: AM first", 0x00U, 0x07U, 0x06);
-        addRow("whole mask: later rows", 0x00U, 0xC2U, 0x80);
-    }
-
     void combinations() {
-        QFETCH(unsigned, requested);
-        QFETCH(unsigned, mask);
-        QTEST(canModulate(static_cast<modEnableBitMask>(requested), mask), "result");
+        // The kind that is asked for (none: the whole mask is judged), the mask, and what is in the way.
+        for (const auto& [requested, mask, result] : {std::tuple(0x02U, 0x00U, -1),
+                                                      {0x01U, 0xFFU, 0xFE},
+                                                      {0x04U, 0x06U, 0x02},
+                                                      {0x40U, 0x60U, 0x20},
+                                                      {0x80U, 0x8CU, 0x08},
+                                                      {0x00U, 0x42U, 0},
+                                                      {0x00U, 0x28U, 0x20},
+                                                      {0x00U, 0xC2U, 0x80}})
+            QCOMPARE(canModulate(static_cast<modEnableBitMask>(requested), mask), result);
     }
 
     // One wrong bit in the table would let a pair run when it is enabled in one order only.
