@@ -123,7 +123,8 @@ private slots:
         std::thread controller([&b] {
             for (int i = 0; i < 20; ++i) {
                 b.simulator.stop();
-                if (!b.simulator.start() || b.simulator.count(":TRIG:COUN") < b.simulator.received().size())
+                const int listed = b.simulator.received().size();
+                if (!b.simulator.start() || b.simulator.count(":TRIG:COUN") < listed)
                     qCritical("the port did not come back, or the log is wrong");
             }
         });
