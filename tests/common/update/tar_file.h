@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-
-#include <zlib.h>
+#include <QProcess>
 
 /// Puts a gzip-compressed tar archive together member by member, so that a test can write what no honest tar would.
 class TarFile {
@@ -36,18 +34,12 @@ public:
     TarFile& link(const QByteArray& name, const QByteArray& target) { return add(name, {}, SymLink, target); }
 
     QByteArray gzip() const {
-        const QByteArray plain = m_bytes + QByteArray(1024, '\0');
-        QByteArray packed(plain.size() + 1024, '\0');
-        z_stream stream{};
-        deflateInit2(&stream, 6, Z_DEFLATED, MAX_WBITS + 16, 8, Z_DEFAULT_STRATEGY);
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(plain.constData()));
-        stream.avail_in = static_cast<uInt>(plain.size());
-        stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-        stream.avail_out = static_cast<uInt>(packed.size());
-        deflate(&stream, Z_FINISH);
-        packed.resize(static_cast<int>(stream.total_out));
-        deflateEnd(&stream);
-        return packed;
+        QProcess program;
+        program.start("gzip", {"-n"});
+        program.write(m_bytes + QByteArray(1024, '\0'));
+        program.closeWriteChannel();
+        program.waitForFinished();
+        return program.readAllStandardOutput();
     }
 
 private:
