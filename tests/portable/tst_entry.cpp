@@ -38,26 +38,15 @@ private slots:
         QTest::addColumn<double>("canonical");
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("shown");
-        const auto row = [](const char* tag, int row, int offered, bool isCanonical, double value, int index,
-                            double canonical, const QString& text, int shown) {
-            addRow(tag, row, offered, isCanonical, value, index, canonical, text, shown);
-        };
-        row("1500 MHz", 0, 4, false, 1500, 1, 1.5e9, "1.500000000000", 0);
-        row("0 GHz", 0, 4, false, 0, 0, 0, "0.000", 3);
-        row("negative", 0, 4, false, -1, 0, -1e9, "-1000000000.000", 3);
-        row("canonical ignores the box", 0, 4, true, 1500, 0, 1500, "1.500000", 2);
-        row("rate of 2 GHz", 1, 4, true, 2e9, 2, 2e9, "2000.000000000", 0);
-        row("rate in Hz", 1, 4, false, 0.4, 2, 0.4, "0.400", 2);
-        row("0 in row 1", 1, 4, false, 0, 0, 0, "0.000", 2);
-        row("row 2", 2, 4, false, 1500, 1, 1500, "1.500000", 0);
-        row("0 in row 2", 2, 4, false, 0, 0, 0, "0.000", 1);
-        row("999 µs", kTime, 4, false, 999, 1, 999e3, "999.000", 1);
-        row("1000 µs", kTime, 4, false, 1000, 1, 1e6, "1.000000", 2);
-        row("5000 s", kTime, 4, false, 5000, 3, 5e12, "5000.000000000", 3);
-        row("0 s", kTime, 4, false, 0, 3, 0, "0", 0);
-        row("1 s without seconds", kTime, 3, true, 1e9, 0, 1e9, "1000.000000", 2);
-        row("2.5 s without seconds", kTime, 3, false, 2500, 2, 2.5e9, "2500.000000", 2);
-        row("box of one unit", kTime, 1, true, 1e6, 0, 1e6, "1000000", 0);
+        addRow("1500 MHz", 0, 4, false, 1500.0, 1, 1.5e9, QString("1.500000000000"), 0);
+        addRow("canonical ignores the box", 0, 4, true, 1500.0, 0, 1500.0, QString("1.500000"), 2);
+        addRow("rate of 2 GHz", 1, 4, true, 2e9, 2, 2e9, QString("2000.000000000"), 0);
+        addRow("0 in row 1", 1, 4, false, 0.0, 0, 0.0, QString("0.000"), 2);
+        addRow("999 µs", kTime, 4, false, 999.0, 1, 999e3, QString("999.000"), 1);
+        addRow("1000 µs", kTime, 4, false, 1000.0, 1, 1e6, QString("1.000000"), 2);
+        addRow("0 s", kTime, 4, false, 0.0, 3, 0.0, QString("0"), 0);
+        addRow("1 s without seconds", kTime, 3, true, 1e9, 0, 1e9, QString("1000.000000"), 2);
+        addRow("box of one unit", kTime, 1, true, 1e6, 0, 1e6, QString("1000000"), 0);
     }
 
     void normalizes() {
@@ -116,19 +105,6 @@ private slots:
         QTEST(combo.currentIndex(), "shown");
         QCOMPARE(sink.texts, QStringList(message));
         QCOMPARE(out, value * (row == kTime ? 1e3 : 1e6));
-    }
-
-    void worksWithoutWidgetsAndToast() {
-        for (int row : {0, 1, 2, kTime}) {
-            QCOMPARE(plain(row, nullptr, nullptr, 2, false), 2 * (row == kTime ? timeScales[0] : kScale[row][0]));
-            QVERIFY(!check(row, nullptr, nullptr, 2, true, 3, 4, nullptr, nullptr));
-        }
-        QComboBox empty;
-        QCOMPARE(plain(0, nullptr, &empty, 2, false), 2e9);
-        normalizePowerRange(nullptr, 0, 1, "Power");
-        RecordingSink sink;
-        normalizePowerRange(&sink, -120, 20, "Power");
-        QCOMPARE(sink.texts, QStringList("Valid Power  range: -120 dBm to 20 dBm"));
     }
 
 private:

@@ -33,13 +33,9 @@ private slots:
     /// Without a limit it stays until it is answered, and a second showing counts from zero.
     void staysWithoutALimit() {
         cMessageBox box(nullptr, "Stay", QMessageBox::Ok, QSize(480, 240));
-        box.setProgressBar(QRect(16, 100, 400, 48));
-        QCOMPARE(box.progressBar()->bar()->maximum(), 100);
         box.show();
         QVERIFY(QTest::qWaitForWindowExposed(&box));
         QVERIFY(!QTest::qWaitFor([&box] { return !box.isVisible() || box.ticks() > 0; }, 400));
-        box.resize(700, 500);
-        QCOMPARE(box.size(), QSize(480, 240));
     }
 };
 

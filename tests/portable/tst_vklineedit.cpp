@@ -1,6 +1,5 @@
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/dialogs.h"
-#include "portable/widgets/entry.h"
 #include "portable/widgets/vkbutton.h"
 #include "portable/widgets/vkeditors.h"
 #include "portable/widgets/vkeyboard.h"
@@ -8,7 +7,6 @@
 #include "values/messagesink.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QTouchDevice>
@@ -38,7 +36,6 @@ public:
     std::function<void(VirtKeyboard&)> look;
     int runs = 0;
     QStringList titles;
-    QStringList units;
 
 protected:
     int execute(QDialog& dialog, DialogKind kind, const QString& text) override {
@@ -48,11 +45,6 @@ protected:
         if (kind != DialogKind::Keyboard)
             qFatal("not a keyboard");
         QTimer::singleShot(0, &dialog, [this, &keyboard] {
-            for (int i = 0; i < 4; ++i) {
-                const auto* key = keyboard.findChild<VKButton*>(QStringLiteral("keyUnit%1").arg(i));
-                if (key)
-                    units << (key->isChosen() ? "*" : "") + key->text();
-            }
             if (look)
                 look(keyboard);
             for (const QString& name : keys.split(' ', Qt::SkipEmptyParts)) {
@@ -91,10 +83,7 @@ struct Page {
 ValueEdit* make(Page& page, const QString& kind, const QString& text) {
     // clang-format off
     if (kind == "frequency") return page.add<vkFreqEdit>(text);
-    if (kind == "time")      return page.add<vkTimeEdit>(text);
     if (kind == "power")     return page.add<vkPowerEdit>(text);
-    if (kind == "percent")   return page.add<vkPercentEdit>(text);
-    if (kind == "phase")     return page.add<vkPhaseEdit>(text);
     if (kind == "address")   return page.add<vkIPEdit>(text);
     // clang-format on
     return page.add<vkNoUnitsEdit>(text);
@@ -116,29 +105,15 @@ private slots:
         QTest::addColumn<int>("boxAfter");
         QTest::addColumn<int>("emitted");
         const QStringList hertz{"GHz", "MHz", "KHz", "Hz"};
-        const QStringList seconds = unitNames(UnitQuantity::Time);
-        const auto row = [](const char* tag, const QString& kind, const QStringList& units, int index,
-                            const QString& before, const QString& keys, const QString& after, int boxAfter,
-                            int emitted) {
-            addRow(tag, kind, units, index, before, keys, after, boxAfter, emitted);
-        };
-        row("enter keeps the unit", "frequency", hertz, 1, "1.5", "7 5 Enter", "75", 1, 1);
-        row("unit key", "frequency", hertz, 1, "1.5", "7 5 Unit0", "75", 0, 1);
-        row("unit key alone", "frequency", hertz, 1, "1.5", "Unit3", "1.5", 3, 1);
-        row("esc", "frequency", hertz, 1, "1.5", "7 5 Esc", "1.5", 1, 0);
-        row("nothing entered", "frequency", hertz, 1, "1.5", "Clear Unit3", "", 1, 1);
-        row("minus alone", "frequency", hertz, 1, "1.5", "Sign Unit3", "-", 1, 1);
-        row("time", "time", seconds, 2, "20", "5 Dot 5 Unit1", "5.5", 1, 1);
-        row("power", "power", {}, -1, "-7.50", "Sign 1 0 Enter", "-10", -1, 1);
-        row("power in dBm", "power", {}, -1, "-7.50", "3 Unit0", "3", -1, 1);
-        row("power in mV", "power", {}, -1, "-7.50", "1 0 0 0 Unit3", "13.0103", -1, 1);
-        row("power not above zero", "power", {}, -1, "-7.50", "0 Unit2", "-7.50", -1, 0);
-        row("power below zero", "power", {}, -1, "-7.50", "Sign 5 Unit3", "-7.50", -1, 0);
-        row("power of nothing", "power", {}, -1, "-7.50", "Clear Unit3", "", -1, 1);
-        row("percent", "percent", {}, -1, "30.0", "4 0 Enter", "40", -1, 1);
-        row("phase", "phase", {}, -1, "0.0", "Sign 9 0 Enter", "-90", -1, 1);
-        row("number", "number", {}, -1, "10", "2 Dot 9 Enter", "2.9", -1, 1);
-        row("address", "address", {}, -1, "10.0.0.1", "IP 7 Enter", "10.0.0.7", -1, 1);
+        addRow("enter keeps the unit", "frequency", hertz, 1, "1.5", "7 5 Enter", "75", 1, 1);
+        addRow("unit key alone", "frequency", hertz, 1, "1.5", "Unit3", "1.5", 3, 1);
+        addRow("esc", "frequency", hertz, 1, "1.5", "7 5 Esc", "1.5", 1, 0);
+        addRow("nothing entered", "frequency", hertz, 1, "1.5", "Clear Unit3", "", 1, 1);
+        addRow("power", "power", QStringList(), -1, "-7.50", "Sign 1 0 Enter", "-10", -1, 1);
+        addRow("power in mV", "power", QStringList(), -1, "-7.50", "1 0 0 0 Unit3", "13.0103", -1, 1);
+        addRow("power not above zero", "power", QStringList(), -1, "-7.50", "0 Unit2", "-7.50", -1, 0);
+        addRow("number", "number", QStringList(), -1, "10", "2 Dot 9 Enter", "2.9", -1, 1);
+        addRow("address", "address", QStringList(), -1, "10.0.0.1", "IP 7 Enter", "10.0.0.7", -1, 1);
     }
 
     void entry() {
@@ -176,51 +151,6 @@ private slots:
         typist.keys = "0 Unit3";
         QTest::mouseClick(edit, Qt::LeftButton);
         QCOMPARE(page.sink.texts, QStringList("mV and " + kMicroVolt + " values must be greater than zero"));
-        edit->setMessageSink(nullptr);
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(edit->text(), QString("-7.50"));
-        typist.keys = "0 Dot 2 Unit3";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(edit->chosenUnit(), QString("mV"));
-        QCOMPARE(page.sink.texts.size(), 1);
-    }
-
-    void keyboardShowsTheField_data() {
-        // clang-format off
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("unit");
-        QTest::addColumn<QStringList>("keys");
-        addRow("frequency", "frequency", "KHz", QStringList{"MHz", "*KHz", "Hz"});
-        addRow("power", "power", "dBm", QStringList{"*dBm", QString("dB%1").arg(kMicroVolt), kMicroVolt, "mV"});
-        addRow("percent", "percent", "%", QStringList());
-        addRow("phase", "phase", QString(QChar(0xB0)), QStringList());
-        addRow("number", "number", "", QStringList());
-        // clang-format on
-    }
-
-    void keyboardShowsTheField() {
-        QFETCH(QString, kind);
-        Page page;
-        page.box->addItems({"MHz", "KHz", "Hz"});
-        page.box->setCurrentIndex(1);
-        ValueEdit* edit = make(page, kind, "1.500");
-        if (kind == "frequency")
-            edit->setUnitBox(page.box);
-        Typist typist;
-        QString unit;
-        QString value;
-        bool editing = false;
-        typist.look = [&](VirtKeyboard& keyboard) {
-            unit = keyboard.findChild<QLabel*>("keyboardUnit")->text();
-            value = keyboard.text();
-            editing = edit->isEditing() && DialogRunner::anyOpen() && keyboard.parentWidget() == &page.window;
-        };
-        typist.keys = "Esc";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QTEST(unit, "unit");
-        QTEST(typist.units, "keys");
-        QCOMPARE(value, QString("1.500"));
-        QVERIFY(editing);
     }
 
     void opensByTouchOnce() {
@@ -259,42 +189,6 @@ private slots:
         QCOMPARE(typist.runs, 2);
     }
 
-    void doesNotOpen_data() {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<bool>("enabled");
-        addRow("frequency without box", "frequency", true);
-        addRow("time without box", "time", true);
-        addRow("disabled", "number", false);
-    }
-
-    void doesNotOpen() {
-        QFETCH(QString, kind);
-        QFETCH(bool, enabled);
-        Page page;
-        ValueEdit* edit = make(page, kind, "1");
-        edit->setEnabled(enabled);
-        const QSignalSpy changed(edit, &ValueEdit::valueChanged);
-        Typist typist;
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(typist.runs, 0);
-        QCOMPARE(changed.count(), 0);
-        QVERIFY(!edit->isEditing());
-    }
-
-    void unitKeysOfItsOwn() {
-        Page page;
-        auto* edit = page.add<vkNoUnitsEdit>("1");
-        edit->setUnitNames({"", "K"});
-        Typist typist;
-        typist.keys = "2 Unit1";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(edit->chosenUnit(), QString("K"));
-        typist.keys = "3 Unit0";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(edit->chosenUnit(), QString());
-        QCOMPARE(edit->text(), QString("3"));
-    }
-
     // A receiver of valueChanged can take the screen down, and so can anything while the keyboard is open.
     void editorMayGoWhileItWaits_data() {
         QTest::addColumn<bool>("whileOpen");
@@ -318,16 +212,6 @@ private slots:
         QCoreApplication::sendEvent(edit, &press);
         QVERIFY(!edit);
         QCOMPARE(typist.runs, 1);
-    }
-
-    void comboBoxHandsItsChangesOn() {
-        ComboBox box;
-        box.addItems({"MHz", "KHz", "Hz"});
-        QSignalSpy changed(&box, &ComboBox::indexChanged);
-        box.setCurrentIndex(2);
-        box.setCurrentIndex(2);
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(changed.first().first().toInt(), 2);
     }
 };
 
