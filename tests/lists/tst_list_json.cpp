@@ -12,22 +12,6 @@ QJsonArray parsed(const char* text) {
     return document.array();
 }
 
-// A file as some other program lays it out: the members in another order, others between them.
-QJsonArray withStrangers(const QJsonArray& steps) {
-    QJsonArray changed;
-    for (const QJsonValue step : steps) {
-        if (!step.isObject()) {
-            changed.append(step);
-            continue;
-        }
-        QJsonObject object = step.toObject();
-        for (const char* key : {"", "A", "Comment", "Offset", "Zero", "\u00E9"})
-            object.insert(QString(key), QJsonArray{1, "x"});
-        changed.append(object);
-    }
-    return changed;
-}
-
 } // namespace
 
 /// Steps on their way to JSON and back.
@@ -60,22 +44,15 @@ private slots:
             addRow(name, false, parsed(steps), QString(result));
         };
         list("empty", "[]", "!List file contains no steps");
-        list("numbers only", "[1,2,[],null,'x']", "!List file contains no valid steps");
         list("strangers are skipped", "[1,{'Frequency':7},'x']", "1,7 Hz,0 dBm,0 ns,Run");
-        list("renumbered", "[{'StepNumber':7,'Last':1},{'StepNumber':3,'Last':true},{'StepNumber':9}]",
+        list("renumbered", "[{'Comment':[1],'StepNumber':7,'Last':1},{'StepNumber':3,'Last':true},{'StepNumber':9}]",
              "1,0 Hz,0 dBm,0 ns,Run;2,0 Hz,0 dBm,0 ns,Run;3,0 Hz,0 dBm,0 ns,Run");
         list("power to dBm", "[{'Power':1000,'PowerUnits':'mV'}]", "1,0 Hz,13.0103 dBm,0 ns,Run");
         list("one power of 0 mV refuses all", "[{'Power':1},{'Power':0,'PowerUnits':'mV'},{}]", "!List file contains an invalid power value");
-        list("power without a known unit", "[{'Power':1,'PowerUnits':'W'}]", "!List file contains an invalid power value");
         list("members of other types", "[{'Frequency':'x','DwellTime':[],'FreqUnits':7,'Advance':{}}]", "1,0 Hz,0 dBm,0 ns,");
-        list("beyond the limits of edits", "[{'Frequency':9,'FreqUnits':'GHz','Power':99,'DwellTime':1,'DwellUnits':'ns'}]",
-             "1,9 GHz,99 dBm,1 ns,Run");
-        list("whole numbers and the second of two members", "[{'Frequency':1,'Frequency':3}]", "1,3 Hz,0 dBm,0 ns,Run");
         const auto pattern = [](const char* name, const char* steps, const char* result) {
             addRow(name, true, parsed(steps), QString(result));
         };
-        pattern("pattern, empty", "[]", "!Pattern file contains no steps");
-        pattern("pattern, numbers only", "[1]", "!Pattern file contains no valid steps");
         pattern("pattern", "[{'OnTime':1,'OnTimeTimeUnits':'ms','OffTime':2,'OffTimeTimeUnits':'s','Loops':9}]", "1,1 ms,2 s,9");
         pattern("loops of no count",
                 "[{'Loops':0},{'Loops':-5},{'Loops':1.5},{'Loops':'7'},{'Loops':4294967295},{'Loops':4294967296}]",
@@ -96,8 +73,6 @@ private slots:
             QVERIFY(both.isNumbered());
             for (const list_point* point : both.list.points)
                 QCOMPARE(point->powerUnit, std::string("dBm"));
-            QVERIFY(model.fromJson(withStrangers(steps), error));
-            QCOMPARE(both.text(isPattern), result);
         } else {
             QCOMPARE('!' + error, result);
             QCOMPARE(both.text(isPattern), before);
