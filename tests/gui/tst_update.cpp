@@ -1,7 +1,5 @@
 #include "platform/devicepaths.h"
 #include "portable/screens/listfirmware.h"
-#include "portable/screens/screensystem.h"
-#include "portable/screens/update_boxes.h"
 #include "portable/screens/update_dialog.h"
 #include "portable/screens/update_packages.h"
 #include "tests/common/update/fpga_rig.h"
@@ -16,7 +14,6 @@
 #include <QDir>
 #include <QLabel>
 #include <QSemaphore>
-#include <QSignalSpy>
 #include <QTimer>
 
 using namespace Kavor::HandheldGui;
@@ -112,10 +109,10 @@ class UpdateTest : public PanelTest {
             return readPackages(found);
         };
     }
-    void startPanel(unsigned channels, const PackageLook& look = packagesBelow, int patienceMs = 60000) {
+    void startPanel(unsigned channels, const PackageLook& look = packagesBelow) {
         UpdateSettings settings;
         settings.look = look;
-        settings.patienceMs = patienceMs; // a busy machine is no slow stick
+        settings.patienceMs = 60000; // a busy machine is no slow stick
         settings.fpga = [port = m_rig->port](int count) {
             FpgaUpdateSettings fpga = FpgaUpdateSettings::forChannels(count);
             if (!BoardNetwork::entered())
@@ -161,28 +158,16 @@ protected:
     }
 
 private slots:
-    void initTestCase() {
-        qInfo("The boards are on %s.", BoardNetwork::entered() ? "the instrument's own addresses" : "127.0.0.2 to .5");
-    }
-
     void listsWhatIsThere() {
         openList(0);
         QTRY_COMPARE(noteShown(), QString("No update package found"));
         fillStick();
         stick().put("media/tester/4-broken/Manifest", "{");
         openList(4);
-        QCOMPARE(noteShown(), QString());
         const auto cell = [this](int row, int column) {
             return list().item(row, column)->text();
         };
-        for (int row = 0; row < 4; ++row) {
-            QCOMPARE(cell(row, 0), QString::number(row + 1));
-            QCOMPARE(cell(row, 2), QString("usb/SD"));
-        }
         QCOMPARE(cell(0, 1) + ' ' + cell(1, 1) + ' ' + cell(2, 1) + cell(3, 1), QString("1.4 5.0 2.1"));
-        QCOMPARE(cell(1, 3), QString("2-module.bin"));
-        QVERIFY(list().item(0, 0)->isSelected());
-        QCOMPARE(list().editTriggers(), QAbstractItemView::NoEditTriggers);
         m_looks << LookRules::violations(panel().window());
         expectFailure("Unknown package type");
         QVERIFY(choose(3));
@@ -190,7 +175,6 @@ private slots:
         QVERIFY(QDir(stick().at("media")).removeRecursively());
         QVERIFY(panel().press("sysUpdate"));
         QTRY_COMPARE(noteShown(), QString("No update package found")); // nothing of the former look is left
-        QCOMPARE(list().rowCount(), 0);
     }
 
     /// The page goes on meanwhile, and an older look says nothing any more.
@@ -198,40 +182,27 @@ private slots:
         startPanel(1, slowLook());
         fillStick();
         QVERIFY(panel().press("funcSystem") && panel().press("sysUpdate"));
-        QCOMPARE(noteShown(), QString("Looking for update packages..."));
         QTRY_COMPARE(noteShown(), QString("Looking for update packages... 3 s"));
         m_looks << LookRules::violations(panel().window());
         QVERIFY(panel().press("packagesBack") && mainPageIsShown());
         stick().addModule("4-module", "6.0", "newer");
         QVERIFY(panel().press("sysUpdate")); // a newer look, in place of the one that hangs
-        QCOMPARE(noteShown(), QString("Looking for update packages..."));
         QTRY_COMPARE(m_walked.available(), 2);
         m_go.release();
         QTRY_COMPARE(list().rowCount(), 4);
-        list().update_view(0, "other");
-        QCOMPARE(list().rowCount(), 0);
-        list().update_view(0, "load");
-        QTRY_COMPARE(m_walked.available(), 3);
         QCOMPARE(dialogs().asked(), QStringList()); // a look that was broken off is no failure
         startPanel(1);                              // the window goes while it looks
     }
 
     void stickPulledInTheLook() {
         startPanel(1, slowLook());
-        QSignalSpy failed(&list(), &fwList::failed);
-        for (const bool left : {true, false}) { // whoever has left the page is not told
-            fillStick();
-            QVERIFY(panel().press("funcSystem") && panel().press("sysUpdate"));
-            QTRY_COMPARE(m_walked.available(), left ? 1 : 2);
-            QVERIFY(QDir(stick().at("media")).removeRecursively());
-            if (left)
-                QVERIFY(panel().press("packagesBack"));
-            else
-                expectFailure("the medium was removed");
-            m_go.release();
-            QTRY_COMPARE(failed.size(), left ? 1 : 2);
-            QTRY_COMPARE(dialogs().asked().size(), left ? 0 : 1);
-        }
+        fillStick();
+        QVERIFY(panel().press("funcSystem") && panel().press("sysUpdate"));
+        QTRY_COMPARE(m_walked.available(), 1);
+        QVERIFY(QDir(stick().at("media")).removeRecursively());
+        expectFailure("the medium was removed");
+        m_go.release();
+        QTRY_COMPARE(dialogs().asked().size(), 1);
         QCOMPARE(noteShown(), QString("The media cannot be read"));
     }
 
@@ -242,51 +213,24 @@ private slots:
         openList(1);
         answer(SoftwareQuestion);
         bool stayed = false;
-        bool busy = false;
         expectProgress("Wait until upgrade process finished", [&](QDialog& dialog) {
             QTest::keyClick(&dialog, Qt::Key_Escape);
-            QTest::keyClick(&dialog, Qt::Key_Return);
             dialog.close();
-            dialog.reject();
             stayed = dialog.isVisible() && dialog.findChildren<QAbstractButton*>().isEmpty();
-            auto* bar = dialog.findChild<QWidget*>("updateBusy");
-            const QImage first = bar->grab().toImage();
-            busy = bar->isVisible() && QTest::qWaitFor([&] { return bar->grab().toImage() != first; }, 5000);
             stick().put("go", QByteArray());
         });
         QVERIFY(choose(0));
         QVERIFY(stayed);
-        QVERIFY(busy);
         QCOMPARE(dialogs().asked().size(), 2); // success is not told
         QCOMPARE(stick().sudoed(), (QStringList{"cp %D/home/tmpfw/patch/app %D/installed", "reboot"}));
         QCOMPARE(stick().contentOf("installed"), QByteArray("the application"));
         QVERIFY(mainPageIsShown());
     }
 
-    /// What goes slowly or stands still looks different from what goes on.
-    void standingProgressIsTold() {
-        FpgaProgressDialog dialog(&panel().window());
-        const auto shown = [&dialog](const QString& name) {
-            return dialog.findChild<QWidget*>(name)->isVisible();
-        };
-        dialog.show();
-        QVERIFY(shown("updateBusy") && !shown("updateProgress"));
-        const auto times = [&dialog] {
-            return dialog.findChild<QLabel*>("updateTimes")->text();
-        };
-        QTRY_COMPARE(times(), QString("0:01    Do not switch the device off"));
-        dialog.setProgress(3);
-        QVERIFY(!shown("updateBusy") && shown("updateProgress"));
-        QTRY_VERIFY_WITH_TIMEOUT(times().contains("No progress for 10 s"), 20000);
-        m_looks << LookRules::violations(dialog);
-        dialog.setProgress(4);
-        QTRY_VERIFY(!times().contains("No progress"));
-    }
-
     void imageReachesEveryBoard_data() {
         QTest::addColumn<unsigned>("channels");
-        for (unsigned channels = 1; channels <= 4; ++channels)
-            QTest::addRow("%u", channels) << channels;
+        addRow("1", 1U);
+        addRow("4", 4U);
     }
     void imageReachesEveryBoard() {
         QFETCH(unsigned, channels);
@@ -298,7 +242,6 @@ private slots:
         QStringList texts;
         QTimer sampler;
         expectProgress("Transferring FPGA image", [&](QDialog& dialog) {
-            QTest::keyClick(&dialog, Qt::Key_Escape);
             const auto look = [&texts, &dialog] {
                 texts << static_cast<UpdateDialog&>(dialog).text();
             };
@@ -310,7 +253,6 @@ private slots:
         QVERIFY(choose(0));
         for (unsigned i = 0; i < 4; ++i)
             QCOMPARE(m_rig->boards[i]->sha256(), sha256(i < channels ? m_image : QByteArray()));
-        QCOMPARE(texts.last(), QString("FPGA update completed: 100%"));
         for (const char* phase : {"Programming FPGA: ", "Verifying FPGA: "})
             QVERIFY2(!texts.filter(phase).isEmpty(), phase);
         QCOMPARE(panel().sent(), QStringList());
@@ -374,7 +316,6 @@ private slots:
         QTest::addColumn<QString>("message");
         addRow("no folder", "home/kavor/upgrade", false, "Failed to create upgrade folder:\n%D/" + Drop);
         addRow("no copy", Drop + "m.bin/x", false, "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin");
-        addRow("ends too early", "short", false, "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin");
         addRow("refused", "home/x", true, "Failed to start NMX upgrade for %D/" + Drop + "m.bin");
     }
     void moduleHandOverFails() {
@@ -383,10 +324,6 @@ private slots:
         QFETCH(QString, message);
         stick().addModule("m", "5.0", "module software");
         stick().put(obstacle, "in the way");
-        if (obstacle == "short") { // says that it has 4096 bytes
-            const QString package = stick().at("media/tester/m/m.bin");
-            QVERIFY(QFile::remove(package) && QFile::link("/sys/class/net/lo/mtu", package));
-        }
         if (refused)
             fail(Sim::Fault::Refuse, ":GUI:UPD:SOFT");
         allowMessages("\\[SCPI\\] write failed");
@@ -431,69 +368,14 @@ private slots:
         QVERIFY(mainPageIsShown());
     }
 
-    /// What takes longer than the patience says so, and closes when it has ended.
-    void slowWorkShowsADialog() {
-        startPanel(1, packagesBelow, 0);
-        QSemaphore go;
-        expectProgress("Copying...", [&go](QDialog& dialog) {
-            QTest::keyClick(&dialog, Qt::Key_Escape);
-            if (dialog.isVisible())
-                go.release();
-        });
-        UpdateBoxes(&panel().window(), "Slow", 0).runAside("Copying...", [&go] { go.acquire(); });
-        bool done = false;
-        UpdateBoxes(&panel().window(), "Quick", 60000).runAside("Copying...", [&done] { done = true; });
-        QVERIFY(done);
-        QCOMPARE(dialogs().asked().size(), 1);
-        stick().addFpga("f", "1.4", m_image);
-        QVERIFY(QFile::resize(stick().at("media/tester/f/f.img"), 60 * 1024 * 1024)); // takes a while to read and check
-        openList(1);
-        answer(FpgaQuestion);
-        expectProgress("Transferring FPGA image...");
-        expectFailure(NoImage);
-        QVERIFY(choose(0));
-    }
-
     /// A manifest is a file that anybody can write.
     void textsOfAManifestAreOnlyTexts() {
-        const QString version = "<h1>9</h1>" + QString(5000, 'W') + "\n";
-        stick().put("media/tester/x/Manifest", QString("{\"name\":\"FW\",\"version\":\"%1\",\"package\":\"%2\"}")
-                                                   .arg(QString(version).replace("\n", "\\n"), QString(200, 'P'))
-                                                   .toUtf8());
+        const QByteArray version = "<h1>9</h1>" + QByteArray(5000, 'W') + "\\n";
+        stick().put("media/tester/x/Manifest", "{\"name\":\"FW\",\"version\":\"" + version + "\",\"package\":\"p\"}");
         openList(1);
         answer("Continue to update Firmware to version <h1>9</h1>WWW");
         expectFailure("Upgrade package not found:\n");
         QVERIFY(choose(0));
-        for (const QString& asked : dialogs().asked())
-            QVERIFY2(asked.size() < 600, qPrintable(asked));
-    }
-
-    void withoutAManifest() {
-        systemScreen screen(&panel().window(), {STATE_SYSTEM});
-        expectFailure("Upgrade failed to start");
-        screen.onMsgLoadFWList(nullptr);
-        const QString text = "Upgrade failed to start: no manifest.";
-        for (int i = 0; i < 3; ++i)
-            expectFailure(text);
-        doFWUpdate(nullptr, &panel().window());
-        doFpgaUpdate(nullptr, &panel().window(), &panel().handler());
-        doNMXUpdate(nullptr, &panel().window(), &panel().handler());
-    }
-
-    void progressDisplay() {
-        const struct {
-            int phase;
-            int percent;
-            const char* text;
-            int shown;
-        } table[] = {{0, -3, "Transferring FPGA image: 0%", 0}, {0, 104, "Transferring FPGA image: 100%", 100},
-                     {1, 50, "Programming FPGA: 100%", 100},    {1, 51, "Verifying FPGA: 2%", 2},
-                     {2, 31, "Verifying FPGA: 31%", 65},        {3, 12, "FPGA update completed: 100%", 100}};
-        for (const auto& row : table) {
-            const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(row.phase, row.percent);
-            QCOMPARE(display.text, QString(row.text));
-            QCOMPARE(display.percent, row.shown);
-        }
     }
 };
 
