@@ -30,10 +30,8 @@ struct FpgaRig {
             settings.address = QHostAddress(places.at(i));
             boards.push_back(std::make_unique<Sim::FpgaBoard>(settings));
             QString error;
-            if (!boards.back()->listen(error)) {
-                qWarning("%s", qPrintable(error));
+            if (!boards.back()->listen(error))
                 return false;
-            }
             addresses << settings.address;
             port = settings.port = boards.front()->port();
         }

@@ -15,10 +15,7 @@ public:
         };
         put(0, name.left(100));
         put(100, kind == Folder ? "0000755" : "0000644");
-        put(108, "0000000");
-        put(116, "0000000");
         put(124, QByteArray::number(content.size(), 8).rightJustified(11, '0'));
-        put(136, "14700000000");
         put(148, "        ");
         header[156] = kind;
         put(157, linkTarget.left(100));

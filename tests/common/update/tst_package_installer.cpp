@@ -8,16 +8,10 @@
 
 namespace {
 
-/// type|action|name|destination, one string a component.
-using Components = QStringList;
-
-// Writes its arguments down and runs them, unless they are on the list of what must not really happen.
+// Writes its arguments down and runs them, unless that is to reboot.
 constexpr char kSudo[] = R"(#!/bin/sh
 echo "$*" >> "$SUDO_LOG"
-case "$1" in
-    reboot) ;;
-    *) exec "$@" ;;
-esac
+[ "$1" = reboot ] || exec "$@"
 )";
 
 } // namespace
@@ -28,35 +22,30 @@ class TestPackageInstaller : public TestBase {
 
 private slots:
     void components_data() {
-        QTest::addColumn<Components>("components");
+        QTest::addColumn<QStringList>("components");
         QTest::addColumn<int>("code");
         QTest::addColumn<QStringList>("commands");
         QTest::addColumn<QStringList>("failures");
-        const auto row = [](const char* name, const Components& components, int code, const QStringList& commands = {},
-                            const QStringList& failures = {}) {
-            addRow(name, components, code, commands, failures);
-        };
+        using L = QStringList;
         const QString after("file|copy|a|%D/target/after");
         const QString ranAfter("cp %D/scratch/patch/a %D/target/after");
-        row("copy and delete, in order",
-            {"file|copy|a|%D/target/x", "dir|copy|d|%D/target", "file|delete|d/b", "dir|delete|d"}, 0,
-            {"cp %D/scratch/patch/a %D/target/x", "cp -r %D/scratch/patch/d %D/target", "rm %D/scratch/patch/d/b",
-             "rm -rf %D/scratch/patch/d"});
-        row("failing copies and deletes go on", {"file|copy|none|%D/x", "file|delete|none", after}, 0,
-            {"cp %D/scratch/patch/none %D/x", "rm %D/scratch/patch/none", ranAfter},
-            {"failed file copy command: sudo cp .*/none .*/x$", "failed file delete command: sudo rm .*/patch/none$"});
-        row("failing folder action goes on", {"dir|action|exit 3", after}, 0, {ranAfter},
-            {"failed dir action command: exit 3$"});
-        row("failing file action stops", {"file|action|exit 3", after}, -5, {}, {"failed action command: exit 3$"});
-        row("unknown file action stops", {"file|Copy|a|%D", after}, -5, {}, {"unknown file action: Copy$"});
-        row("unknown folder action goes on", {"dir|move|d|%D", after}, 0, {ranAfter}, {"unknown dir action: move$"});
-        row("unknown type goes on", {"||", after}, 0, {ranAfter}, {"unknown component type: $"});
-        row("refused copy goes on", {"file|copy|a;b|%D/x", after}, 0, {ranAfter},
-            {"failed file copy command: sudo cp .*/a;b .*/x$"});
+        addRow("in order", L{"file|copy|a|%D/target/x", "dir|copy|d|%D/target", "file|delete|d/b", "dir|delete|d"}, 0,
+               L{"cp %D/scratch/patch/a %D/target/x", "cp -r %D/scratch/patch/d %D/target", "rm %D/scratch/patch/d/b",
+                 "rm -rf %D/scratch/patch/d"},
+               L());
+        addRow(
+            "failing copies and deletes go on", L{"file|copy|none|%D/x", "file|delete|none", after}, 0,
+            L{"cp %D/scratch/patch/none %D/x", "rm %D/scratch/patch/none", ranAfter},
+            L{"failed file copy command: sudo cp .*/none .*/x$", "failed file delete command: sudo rm .*/patch/none$"});
+        addRow("failing file action stops", L{"file|action|exit 3", after}, -5, L(),
+               L{"failed action command: exit 3$"});
+        addRow("unknown action stops", L{"file|Copy|a|%D", after}, -5, L(), L{"unknown file action: Copy$"});
+        addRow("refused copy goes on", L{"file|copy|a;b|%D/x", after}, 0, L{ranAfter},
+               L{"failed file copy command: sudo cp .*/a;b .*/x$"});
     }
 
     void components() {
-        QFETCH(Components, components);
+        QFETCH(QStringList, components); // type|action|name|destination
         QFETCH(QStringList, failures);
         useComponents(components);
         for (const QString& failure : qAsConst(failures))
@@ -101,64 +90,42 @@ private slots:
     void hostileArchive() {
         const QByteArray here = QFile::encodeName(m_dir->path());
         allowMessages("failed extracting package");
-        const TarFile archives[] = {TarFile().add("../canary", "evil"),
-                                    TarFile().add(here + "/canary", "evil"),
+        const TarFile archives[] = {TarFile().add("../canary", "evil"), TarFile().add(here + "/canary", "evil"),
                                     TarFile().link("l", here).add("l/canary", "evil"),
-                                    TarFile().link("l", here + "/canary").add("l", "evil"),
                                     TarFile().add("h", {}, TarFile::HardLink, here + "/canary").add("h", "evil"),
                                     TarFile().link("l", "..").add("l/", {}, TarFile::Folder).add("l/canary", "evil")};
         for (const TarFile& archive : archives) {
             usePackage(archive.gzip());
-            const int code = install();
-            QVERIFY(code == 0 || code == -4);
+            install();
             QCOMPARE(m_dir->contentOf("canary"), QByteArray("alive"));
         }
     }
 
-    void spoiltPackage_data() {
-        QTest::addColumn<QString>("linkTo"); // else what is there is written
-        QTest::addColumn<QByteArray>("bytes");
-        const QByteArray whole = TarFile().add("patch/a", "A").gzip();
-        // The first are what a stick that is pulled leaves of a package.
-        addRow("half of it", "", whole.left(whole.size() / 2));
-        addRow("all but a byte", "", whole.left(whole.size() - 1));
-        addRow("missing", "/none", QByteArray());
-        addRow("unreadable", "/proc/self/mem", QByteArray());
-        addRow("endless", "/dev/zero", QByteArray());
-        addRow("no archive", "", QByteArray("text"));
-    }
-
+    // Of a package on a stick that is pulled, and of what is none.
     void spoiltPackage() {
-        QFETCH(QString, linkTo);
-        QFETCH(QByteArray, bytes);
-        usePackage(bytes);
-        QVERIFY(linkTo.isEmpty() || (QFile::remove(at("package")) && QFile::link(linkTo, at("package"))));
         useComponents({"file|copy|a|%D/target/x"});
-        expectMessage("^fwThread::fwUpgrade failed extracting package " + at("package") + '$');
-        QCOMPARE(install(), -4);
-        QCOMPARE(sudoed(), QStringList());
-        QVERIFY(!QFile::exists(at("scratch"))); // half a package stays nowhere
-    }
-
-    void scratchFolder_data() {
-        QTest::addColumn<QString>("folder");
-        QTest::addColumn<int>("code");
-        addRow("a link to what is not ours", "%D/scratch", 0);
-        addRow("cannot be deleted, by anyone", "/proc/self", -2);
-        addRow("cannot be created", "%D/canary/scratch", -3);
-        addRow("a name the shell would split", "%D/scr atch", -3);
+        const QByteArray whole = m_dir->contentOf("package");
+        const auto isRefused = [this](const QString& path) {
+            m_manifest->package_path = path;
+            expectMessage("^fwThread::fwUpgrade failed extracting package " + path + '$');
+            return install() == -4 && sudoed().isEmpty() && !QFile::exists(at("scratch"));
+        };
+        QVERIFY(isRefused(m_dir->put("half", whole.left(whole.size() / 2))));
+        QVERIFY(isRefused(m_dir->put("short", whole.left(whole.size() - 1))));
+        for (const char* path : {"/none", "/proc/self/mem", "/dev/zero"})
+            QVERIFY2(isRefused(path), path);
     }
 
     void scratchFolder() {
-        QFETCH(QString, folder);
-        QFETCH(int, code);
-        m_settings.scratchFolder = folder.replace("%D", m_dir->path());
-        QVERIFY(QFile::link(at("target"), at("scratch")));
-        m_dir->put("target/mine", "x");
-        if (code != 0)
-            expectMessage(QString("failed %1 %2$").arg(code == -2 ? "deleting" : "creating", folder));
-        QCOMPARE(install(), code);
+        QVERIFY(QFile::link(at("target"), at("scratch"))); // a link to what is not ours
+        QCOMPARE(install(), 0);
         QVERIFY(QFile::exists(at("target/mine")));
+        const QPair<QString, int> refused[] = {{"/proc/self", -2}, {at("canary/scratch"), -3}, {at("scr atch"), -3}};
+        for (const auto& [folder, code] : refused) {
+            m_settings.scratchFolder = folder;
+            expectMessage(QString("failed %1 %2$").arg(code == -2 ? "deleting" : "creating", folder));
+            QCOMPARE(install(), code);
+        }
     }
 
     void rebootTakesThePatchFolderFirst() {
@@ -179,18 +146,15 @@ protected:
     void setUp() override {
         m_dir = std::make_unique<TestFolder>();
         m_dir->putProgram("bin/sudo", kSudo);
-        m_path = qgetenv("PATH");
-        qputenv("PATH", QFile::encodeName(at("bin")) + ':' + m_path);
+        static const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(at("bin")) + ':' + path);
         qputenv("SUDO_LOG", QFile::encodeName(at("sudo.log")));
         m_dir->put("canary", "alive");
-        QVERIFY(QDir().mkpath(at("target")));
+        m_dir->put("target/mine", "x");
         m_settings.scratchFolder = at("scratch");
-        m_settings.startTimeoutMs = 10000;
         m_manifest = std::make_unique<MANIFEST_DATA>();
         usePackage(TarFile().add("patch/a", "A").add("patch/d/", {}, TarFile::Folder).add("patch/d/b", "B").gzip());
     }
-
-    void tearDown() override { qputenv("PATH", m_path); }
 
 private:
     QString at(const QString& name) const { return m_dir->at(name); }
@@ -200,7 +164,7 @@ private:
         m_manifest->package_path = at("package");
     }
 
-    void useComponents(const Components& components) {
+    void useComponents(const QStringList& components) {
         for (const QString& line : components) {
             const QStringList parts = QString(line).replace("%D", m_dir->path()).split('|');
             m_manifest->components.push_back(std::make_unique<MANIFEST_DATA_COMPONENT>(
@@ -223,7 +187,6 @@ private:
     std::unique_ptr<TestFolder> m_dir;
     std::unique_ptr<MANIFEST_DATA> m_manifest;
     InstallSettings m_settings;
-    QByteArray m_path;
 };
 
 VELDA_TEST_MAIN(QCoreApplication, TestPackageInstaller)
