@@ -29,7 +29,6 @@ private slots:
         row("--version 1.2 --date 2024-02-30 sign @image @out", "date is to be");
         row("--version 1.2 sign /dev/null @out", "is no file");
         row("--version 1.2 sign @signed @out", "is signed already");
-        row("check @image", "too small for signature");
     }
 
     void refusal() {
@@ -56,6 +55,7 @@ protected:
     void setUp() override {
         m_dir = std::make_unique<TestFolder>();
         m_dir->put("image", "image");
+        QCOMPARE(runTool("fpga-sign", {"--version", "1.2", "sign", at("image"), at("signed")}).code, 0);
     }
 
 private:
