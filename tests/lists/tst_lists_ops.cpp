@@ -220,8 +220,8 @@ private slots:
     }
 
     void leftoversAreSwept() {
-        const QStringList kept{"a.json", "a.json.12345", "a.json.12_456", "b.txt.123456"}; // in the folder's order
-        for (const QString& name : kept + QStringList{"a.json.AbC123", "B.JSON.zzzzzz"})
+        const QStringList kept{"a.json", "a.json.123456", "a.json.backup", "b.txt.abcdef"}; // in the folder's order
+        for (const QString& name : kept + QStringList{"a.json.AbCdEf", "B.JSON.zzzzzz"})
             put(name, "x");
         QCOMPARE(save("a", m_two.config), QString());
         QCOMPARE(everything(), kept);
