@@ -261,6 +261,20 @@ private slots:
         QCOMPARE(panel().sent(), QStringList());
     }
 
+    /// What changes while a keyboard is open shows when it is closed, and not in the field under edit before.
+    void fieldUnderEdit() {
+        const QString before = panel().text("cwFrequency");
+        panel().dialogs().expect(DialogKind::Keyboard, "CW frequency", [&](QDialog& dialog) {
+            panel().module().modify(0, [](ChannelRecord& r) { r.frequency.value = 2.4e9; });
+            panel().window().refreshFromModule();
+            QCOMPARE(panel().text("cwFrequency"), before);
+            dialog.reject();
+        });
+        QVERIFY(panel().press("cwFrequency"));
+        QTRY_COMPARE(panel().text("cwFrequency"), QString("2.400000000000"));
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
     /// The service goes and comes back: a failure in words, then the very next entry works.
     void serviceRestarts() {
         allowMessages("\\[SCPI\\]");

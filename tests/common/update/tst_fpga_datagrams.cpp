@@ -27,8 +27,6 @@ class TestFpgaDatagrams : public TestBase {
 
 private slots:
     void sentBytes() {
-        const QByteArray image = testImage(1025);
-        bool ok = false;
         Datagrams got;
         connect(m_peer.get(), &QUdpSocket::readyRead, this, [&] {
             while (m_peer->hasPendingDatagrams()) {
@@ -36,13 +34,20 @@ private slots:
                 answerAll({ack(got.last().mid(4, 2).toHex())});
             }
         });
-        onWorker([&] {
-            FpgaUpdater updater;
-            setImage(updater, image);
-            updater.setTargets(&kPeer, 1, m_peer->localPort());
-            ok = updater.doTransfer(2000, 10);
-        });
-        QVERIFY(ok);
+        QByteArray image;
+        for (const auto& [size, datagrams] : {std::make_pair(1, 3), std::make_pair(1024, 3), std::make_pair(1025, 4)}) {
+            got.clear();
+            image = testImage(size);
+            bool ok = false;
+            onWorker([&] {
+                FpgaUpdater updater;
+                setImage(updater, image);
+                updater.setTargets(&kPeer, 1, m_peer->localPort());
+                ok = updater.doTransfer(2000, 10);
+            });
+            QVERIFY(ok);
+            QCOMPARE(got.size(), datagrams);
+        }
         const auto header = [](const char* fields) {
             return QByteArray::fromHex(QByteArray("4b565044") + fields + "0000");
         };
