@@ -20,9 +20,9 @@ using ReplyUtf8 = std::shared_ptr<std::string>;
 Q_DECLARE_METATYPE(ReplyUtf8)
 
 /// TCP client of the module's SCPI service, on a thread of its own. Requests are served strictly in order, one on the
-/// wire at a time, and each ends exactly once, by writeFinished or queryFinished with its id: status 0 and an empty
-/// error text, or -1 and "timeout", "shutdown", the service's "-ERR" line, a fault of the reply's form, or the socket's
-/// error text.
+/// wire at a time, and each ends exactly once, by writeFinished, or by replyFinished and then queryFinished, with its
+/// id: status 0 and an empty error text, or -1 and "timeout", "shutdown", the service's "-ERR" line, a fault of the
+/// reply's form, or the socket's error text.
 ///
 /// The connection is kept up by itself. After a failed attempt the next one waits (setRetryDelays()); a request makes
 /// it try at once. A request that was queued while an attempt was under way gets an attempt of its own before it fails,
