@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QCryptographicHash>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QSemaphore>
 #include <QTimer>
@@ -241,9 +242,13 @@ private slots:
         answer(FpgaQuestion);
         QStringList texts;
         QTimer sampler;
+        QElapsedTimer sinceLook;
+        qint64 longestMs = 0; // that the event loop stood while the boards were served
         expectProgress("Transferring FPGA image", [&](QDialog& dialog) {
-            const auto look = [&texts, &dialog] {
+            sinceLook.start();
+            const auto look = [&] {
                 texts << static_cast<UpdateDialog&>(dialog).text();
+                longestMs = qMax(longestMs, sinceLook.restart());
             };
             connect(&sampler, &QTimer::timeout, &dialog, look);
             connect(&dialog, &QDialog::finished, &dialog, look);
@@ -255,6 +260,7 @@ private slots:
             QCOMPARE(m_rig->boards[i]->sha256(), sha256(i < channels ? m_image : QByteArray()));
         for (const char* phase : {"Programming FPGA: ", "Verifying FPGA: "})
             QVERIFY2(!texts.filter(phase).isEmpty(), phase);
+        QVERIFY2(longestMs < 500, qPrintable(QString::number(longestMs)));
         QCOMPARE(panel().sent(), QStringList());
         QVERIFY(mainPageIsShown());
     }
