@@ -249,9 +249,12 @@ void LookRules::lookAtText(const QWidget& widget, const QRect& place) {
         if (label->wordWrap())
             measure(TextRoom, label->height() - label->heightForWidth(label->width()), name);
         else
-            measure(TextRoom, label->width() - label->sizeHint().width(), name);
+            measure(TextRoom,
+                    qMin(label->width() - label->sizeHint().width(), label->height() - label->sizeHint().height()),
+                    name);
     } else {
-        measure(TextRoom, room.width() - metrics.horizontalAdvance(shownText(widget)), name);
+        const int below = room.height() - metrics.tightBoundingRect(QStringLiteral("Hg")).height();
+        measure(TextRoom, qMin(room.width() - metrics.horizontalAdvance(shownText(widget)), below), name);
     }
     measure(CapitalHeight, metrics.capHeight(), name);
     if (widget.objectName() == QLatin1String("cwFrequency") || widget.objectName() == QLatin1String("keyboardEntry"))
