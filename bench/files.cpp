@@ -144,6 +144,7 @@ bool files(BenchReport& report) {
             QSaveFile file(folder.filePath("peer.json"));
             ok = file.open(QIODevice::WriteOnly) && file.write(document.toJson()) > 0 && file.commit() && ok;
         });
+    qDeleteAll(points);
     return ok;
 }
 

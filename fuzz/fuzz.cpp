@@ -43,6 +43,7 @@ int fuzz(const FuzzTarget& target, std::uint64_t first, std::uint64_t last) {
     std::printf("%s: inputs %llu, findings %d, %.1f s\n", s_target, static_cast<unsigned long long>(last - first),
                 findings, time.elapsed() / 1000.0);
     std::fflush(stdout);
+    s_target = "";
     return findings;
 }
 

@@ -73,6 +73,7 @@ FuzzTarget listFile(const QString& name, std::vector<QByteArray> seeds) {
         ListsOps files{home.path()};
         std::vector<Point*> points;
         Config list{&points, Limits()};
+        ~State() { qDeleteAll(points); } // the list's owner, not the list, frees them
     };
     const auto state = std::make_shared<State>();
     QString error;
