@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace Kavor::HandheldGui {
 
@@ -80,6 +81,13 @@ void UpdateDialog::showText(const QString& text) {
     m_text->setText(text);
 }
 
+void UpdateDialog::showNext(const QString& next) {
+    if (next == m_next)
+        return;
+    m_next = next;
+    showTimes();
+}
+
 void UpdateDialog::showPercent(int percent) {
     QProgressBar* bar = m_progress->bar();
     m_busy->hide();
@@ -92,7 +100,9 @@ void UpdateDialog::showPercent(int percent) {
 void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
-    QString times = QStringLiteral("Do not switch the device off\n%1:%2")
+    const QString next = m_next.isEmpty() ? QString() : QStringLiteral(". ") + m_next;
+    QString times = QStringLiteral("Do not switch the device off%1\n%2:%3")
+                        .arg(next)
                         .arg(seconds / 60)
                         .arg(seconds % 60, 2, 10, QLatin1Char('0'));
     // Where there are no steps, none can fail to come.
@@ -102,7 +112,24 @@ void UpdateDialog::showTimes() {
 }
 
 FpgaProgressDialog::FpgaProgressDialog(QWidget* parent)
-    : UpdateDialog(parent, QStringLiteral("fpgaProgress"), QStringLiteral("Transferring FPGA image...")) {}
+    : UpdateDialog(parent, QStringLiteral("fpgaProgress"), QStringLiteral("Transferring FPGA image...")) {
+    setInfoText(text());
+}
+
+void FpgaProgressDialog::setInfoText(const QString& text) {
+    static const std::pair<QLatin1String, QString> phases[] = {
+        {QLatin1String("Transferring"), QStringLiteral("Next: programming")},
+        {QLatin1String("Programming"), QStringLiteral("Next: verifying")},
+        {QLatin1String("Verifying"), QStringLiteral("Last step")},
+    };
+    QString next;
+    for (const auto& [begin, after] : phases) {
+        if (text.startsWith(begin))
+            next = after;
+    }
+    showNext(next);
+    showText(text);
+}
 
 FpgaProgressDialog::Display FpgaProgressDialog::displayOf(int phase, int percent) {
     const int p = std::clamp(percent, 0, 100);

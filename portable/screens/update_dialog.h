@@ -32,6 +32,9 @@ public slots:
 protected:
     void showText(const QString& text);
 
+    /// A few words on what comes after what is under way.
+    void showNext(const QString& next);
+
     /// Shows how much has been done, 0 to 100.
     void showPercent(int percent);
 
@@ -45,6 +48,7 @@ private:
     QTimer* m_second;
     QElapsedTimer m_started;
     QElapsedTimer m_changed; ///< when the text or the bar changed last
+    QString m_next;
     bool m_ended = false;
 };
 
@@ -65,7 +69,7 @@ public:
 
 public slots:
     void setProgress(int percent) { showPercent(percent); }
-    void setInfoText(const QString& text) { showText(text); }
+    void setInfoText(const QString& text);
 };
 
 } // namespace Kavor::HandheldGui
