@@ -22,11 +22,6 @@ qint64 signedField(const char* record, Field field) {
     return static_cast<qint64>(unsignedField(record, field) << unused) >> unused;
 }
 
-// To a tenth of a nanosecond, so that seconds in six digits do not show the noise of the multiplication.
-double nanoseconds(double seconds) {
-    return std::round(seconds * 1e10) / 10;
-}
-
 QByteArray shortest(double number) {
     return QByteArray::number(number, 'g', 15);
 }
@@ -75,6 +70,10 @@ quint64 toCount(double number) {
 }
 
 } // namespace
+
+double nanoseconds(double seconds) {
+    return std::round(seconds * 1e10) / 10;
+}
 
 std::vector<ListStep> listSteps(const QByteArray& records) {
     using namespace StepWire;

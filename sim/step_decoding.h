@@ -26,6 +26,10 @@ struct PatternStep {
     bool last;
 };
 
+/// To a tenth of a nanosecond, so that seconds in six digits do not show the noise of the multiplication and a step at
+/// a limit lies within it.
+double nanoseconds(double seconds);
+
 /// Steps of the records of a binary upload; bytes behind the last whole record are left out.
 std::vector<ListStep> listSteps(const QByteArray& records);
 std::vector<PatternStep> patternSteps(const QByteArray& records);

@@ -1,6 +1,5 @@
 #include "sim/step_limits.h"
 
-#include <cmath>
 #include <initializer_list>
 
 namespace Sim {
@@ -17,9 +16,8 @@ ValueLimits limitsOf(const Limited& limited) {
     return {static_cast<double>(limited.maximum), static_cast<double>(limited.minimum)};
 }
 
-// Steps count their times; limits in seconds are brought to the same, so that a step at a limit lies within it.
-ValueLimits nanoseconds(const StepValueLimits& seconds) {
-    return {std::round(seconds.maximum * 1e10) / 10, std::round(seconds.minimum * 1e10) / 10};
+ValueLimits nanosecondLimits(const StepValueLimits& seconds) {
+    return {nanoseconds(seconds.maximum), nanoseconds(seconds.minimum)};
 }
 
 QByteArray firstOutside(quint64 step, std::initializer_list<Check> checks) {
@@ -38,9 +36,10 @@ QByteArray firstOutside(quint64 step, std::initializer_list<Check> checks) {
 
 QByteArray outsideLimits(const std::vector<ListStep>& steps, const ChannelRecord& limits) {
     for (const ListStep& step : steps) {
-        const QByteArray wrong = firstOutside(step.number, {{"frequency", step.hertz, limitsOf(limits.frequency)},
-                                                            {"power", step.dBm, limitsOf(limits.power)},
-                                                            {"dwell", step.dwellNs, nanoseconds(limits.listDwell)}});
+        const QByteArray wrong =
+            firstOutside(step.number, {{"frequency", step.hertz, limitsOf(limits.frequency)},
+                                       {"power", step.dBm, limitsOf(limits.power)},
+                                       {"dwell", step.dwellNs, nanosecondLimits(limits.listDwell)}});
         if (!wrong.isEmpty())
             return wrong;
     }
@@ -48,7 +47,7 @@ QByteArray outsideLimits(const std::vector<ListStep>& steps, const ChannelRecord
 }
 
 QByteArray outsideLimits(const std::vector<PatternStep>& steps, const ChannelRecord& limits) {
-    const ValueLimits times = nanoseconds(limits.patternTime);
+    const ValueLimits times = nanosecondLimits(limits.patternTime);
     for (const PatternStep& step : steps) {
         const QByteArray wrong = firstOutside(
             step.number, {{"on time", step.onNs, times},

@@ -25,7 +25,6 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 #include <algorithm>
 #include <tuple>
 
@@ -104,7 +103,10 @@ public:
     void dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
         panel().dialogs().expect(kind, QString(), [this, name](QDialog& dialog) {
             shot(name, &dialog);
-            dialog.reject();
+            if (auto* update = qobject_cast<UpdateDialog*>(&dialog))
+                update->end(); // nothing but its work's end closes it
+            else
+                dialog.reject();
         });
         open();
         QCoreApplication::processEvents(); // some boxes come from the event loop
@@ -421,7 +423,6 @@ void updateStops(Guide& g) {
     QWidget* window = &g.panel().window();
     g.dialogShot("update-installing", DialogKind::Progress, [&] {
         UpdateDialog dialog(window, "installProgress", "Wait until upgrade process finished");
-        QTimer::singleShot(1500, &dialog, &UpdateDialog::end);
         DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
     });
     for (const auto& [name, phase, percent] :
@@ -434,7 +435,6 @@ void updateStops(Guide& g) {
                 dialog.setInfoText(display.text);
                 dialog.setProgress(display.percent);
             }
-            QTimer::singleShot(1500, &dialog, &UpdateDialog::end);
             DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
         });
     }
