@@ -7,8 +7,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "lists/durable_file.h"
 #include "lists/list_config.h"
+#include "platform/durable_file.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/networkfacts.h"
+#include "platform/networkfacts.h"
 #include "portable/widgets/state.h"
 
 #include <QMainWindow>

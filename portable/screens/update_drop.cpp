@@ -1,6 +1,6 @@
 #include "portable/screens/update_drop.h"
 
-#include "lists/durable_file.h"
+#include "platform/durable_file.h"
 
 #include <QFile>
 #include <QFileInfo>

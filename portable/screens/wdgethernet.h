@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/networkfacts.h"
+#include "platform/networkfacts.h"
 #include "portable/screens/iguiscreen.h"
 #include "portable/screens/wdgethernet_thread.h"
 

@@ -1,4 +1,4 @@
-#include "lists/durable_file.h"
+#include "platform/durable_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
