@@ -1,9 +1,9 @@
 // Encoding, loading and saving of steps, and the check of an image, each against the least that the work can be.
 
 #include "bench/report.h"
-#include "common/instrument/step_encoding.h"
 #include "common/update/fpga_image.h"
 #include "common/update/fpga_trailer.h"
+#include "common/wire/step_encoding.h"
 #include "lists/frequency_list_config.h"
 #include "lists/lists_ops.h"
 

@@ -1,12 +1,12 @@
 #include "fuzz/targets.h"
 
-#include "common/instrument/channel_record.h"
 #include "common/instrument/record_texts.h"
 #include "common/instrument/scpireply.h"
 #include "common/update/datafw.h"
 #include "common/update/fpga_datagram.h"
 #include "common/update/fpga_image.h"
 #include "common/update/fpga_trailer.h"
+#include "common/wire/channel_record.h"
 #include "lists/frequency_list_config.h"
 #include "lists/lists_ops.h"
 #include "lists/pattern_list_config.h"

@@ -3,7 +3,7 @@
 #include <QCborMap>
 #include <cmath>
 
-#include "common/instrument/step_points.h"
+#include "common/wire/step_points.h"
 
 namespace {
 

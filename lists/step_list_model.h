@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "common/instrument/step_points.h"
+#include "common/wire/step_points.h"
 #include "lists/list_config.h"
 #include "lists/step_json.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 #include "portable/errorreports.h"
 #include "portable/panelhost.h"
 

@@ -1,6 +1,6 @@
 #include "portable/statustexts.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 #include <QStringList>
 #include <array>

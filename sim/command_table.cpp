@@ -1,6 +1,6 @@
 #include "sim/command_table.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/modulation_conflicts.h"
 #include "sim/scpi_text.h"
 

@@ -1,6 +1,6 @@
 #include "sim/control_commands.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/factory_values.h"
 #include "sim/scpi_text.h"
 #include "sim/step_decoding.h"

@@ -1,6 +1,6 @@
 #include "sim/factory_values.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 #include <algorithm>
 #include <cmath>

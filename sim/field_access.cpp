@@ -1,6 +1,6 @@
 #include "sim/field_access.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/factory_values.h"
 #include "sim/modulation_conflicts.h"
 #include "sim/scpi_text.h"

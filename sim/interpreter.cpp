@@ -1,7 +1,7 @@
 #include "sim/interpreter.h"
 
-#include "common/instrument/scpi_words.h"
-#include "common/instrument/step_encoding.h"
+#include "common/wire/scpi_words.h"
+#include "common/wire/step_encoding.h"
 #include "sim/factory_values.h"
 #include "sim/field_access.h"
 #include "sim/modulation_conflicts.h"

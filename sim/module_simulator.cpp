@@ -1,6 +1,6 @@
 #include "sim/module_simulator.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/service_thread.h"
 
 namespace Sim {

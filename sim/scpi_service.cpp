@@ -1,6 +1,6 @@
 #include "sim/scpi_service.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/factory_values.h"
 
 #include <QHostAddress>

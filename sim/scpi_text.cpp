@@ -1,6 +1,6 @@
 #include "sim/scpi_text.h"
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 #include <QLocale>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "sim/step_decoding.h"
 
-#include "common/instrument/step_encoding.h"
+#include "common/wire/step_encoding.h"
 
 #include <algorithm>
 #include <cmath>

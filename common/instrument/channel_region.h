@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 /// The shared-memory region in which the module's service publishes one ChannelRecord per channel. It is mapped
 /// read-only and follows the service: a region that was made anew or changed its size is mapped again.

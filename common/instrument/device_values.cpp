@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 /// Every number that the panel can set on the module. Sweep times are the dwell of one step.
 enum class DeviceValueId {

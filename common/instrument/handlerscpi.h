@@ -9,8 +9,8 @@
 #include "common/instrument/device_values.h"
 #include "common/instrument/instrument_link.h"
 #include "common/instrument/modulation_rules.h"
-#include "common/instrument/scpi_words.h"
-#include "common/instrument/step_points.h"
+#include "common/wire/scpi_words.h"
+#include "common/wire/step_points.h"
 
 /// The one object through which the panel reads and changes the RF module. It acts on the current channel.
 ///

@@ -6,10 +6,10 @@
 #include <array>
 #include <string>
 
-#include "common/instrument/channel_record.h"
 #include "common/instrument/channel_region.h"
 #include "common/instrument/instrument_settings.h"
 #include "common/instrument/reply_text.h"
+#include "common/wire/channel_record.h"
 
 class QThread;
 class ScpiClient;

@@ -3,7 +3,7 @@
 #include <QHostAddress>
 #include <string>
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 /// Where the module's local service is found and how long the panel waits for it. The defaults are the instrument's;
 /// tests, demonstrations and development give their own.

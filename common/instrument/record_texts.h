@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 /// Ends every text of a copied record with NUL, whatever the service wrote: a text that filled its field loses its last
 /// character.

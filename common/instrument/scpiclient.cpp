@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "common/instrument/scpi_log.h"
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 ScpiClient::ScpiClient(const QHostAddress& host, quint16 port, QObject* parent)
     : QObject(parent), m_host(host), m_port(port), m_timeout(this), m_retry(this) {

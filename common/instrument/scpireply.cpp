@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 namespace {
 

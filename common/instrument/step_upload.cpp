@@ -1,7 +1,7 @@
 #include <optional>
 
 #include "common/instrument/handlerscpi.h"
-#include "common/instrument/step_encoding.h"
+#include "common/wire/step_encoding.h"
 #include "platform/logger.h"
 
 // Lists and patterns on their way to the module. What is sent is made before the first command: while a command waits,

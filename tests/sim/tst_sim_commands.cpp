@@ -1,4 +1,4 @@
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "sim/request_log.h"
 #include "tests/sim/sim_client.h"
 #include "tests/support/testbase.h"

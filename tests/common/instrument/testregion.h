@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 /// A region of channel records that a test publishes, under a name of its own, gone with the object.
 class TestRegion {

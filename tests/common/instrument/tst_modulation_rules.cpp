@@ -1,5 +1,5 @@
 #include "common/instrument/modulation_rules.h"
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 #include "tests/support/testbase.h"
 
 class TestModulationRules : public TestBase {

@@ -2,7 +2,7 @@
 #include <functional>
 #include <limits>
 
-#include "common/instrument/step_encoding.h"
+#include "common/wire/step_encoding.h"
 #include "tests/common/instrument/handlerfixture.h"
 #include "tests/support/testbase.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "common/instrument/step_points.h"
+#include "common/wire/step_points.h"
 
 /// The wire forms of lists and patterns, written once for the panel that sends and the simulator that reads. Pure
 /// functions, any thread. Steps handed in must not be null.

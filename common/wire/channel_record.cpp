@@ -1,4 +1,4 @@
-#include "common/instrument/channel_record.h"
+#include "common/wire/channel_record.h"
 
 static_assert(sizeof(ChannelRecord) == kChannelRecordSize);
 static_assert(std::is_standard_layout_v<ChannelRecord> && std::is_trivially_copyable_v<ChannelRecord>);

@@ -1,4 +1,4 @@
-#include "common/instrument/step_encoding.h"
+#include "common/wire/step_encoding.h"
 
 #include <QtEndian>
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include <locale>
 #include <sstream>
 
-#include "common/instrument/scpi_words.h"
+#include "common/wire/scpi_words.h"
 
 namespace {
 
