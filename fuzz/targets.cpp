@@ -1,7 +1,7 @@
 #include "fuzz/targets.h"
 
-#include "common/instrument/record_texts.h"
-#include "common/instrument/scpireply.h"
+#include "common/link/record_texts.h"
+#include "common/link/scpireply.h"
 #include "common/update/datafw.h"
 #include "common/update/fpga_datagram.h"
 #include "common/update/fpga_image.h"

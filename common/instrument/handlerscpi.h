@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "common/instrument/device_values.h"
-#include "common/instrument/instrument_link.h"
 #include "common/instrument/modulation_rules.h"
+#include "common/link/instrument_link.h"
 #include "common/wire/scpi_words.h"
 #include "common/wire/step_points.h"
 

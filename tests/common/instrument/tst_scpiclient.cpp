@@ -4,7 +4,7 @@
 #include <map>
 #include <memory>
 
-#include "common/instrument/scpiclient.h"
+#include "common/link/scpiclient.h"
 #include "tests/common/instrument/scriptedservice.h"
 #include "tests/support/testbase.h"
 

@@ -1,5 +1,5 @@
-#include "common/instrument/reply_text.h"
-#include "common/instrument/scpireply.h"
+#include "common/link/reply_text.h"
+#include "common/link/scpireply.h"
 #include "tests/support/testbase.h"
 
 using Progress = ScpiReply::Progress;

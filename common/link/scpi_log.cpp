@@ -1,3 +1,3 @@
-#include "common/instrument/scpi_log.h"
+#include "common/link/scpi_log.h"
 
 Q_LOGGING_CATEGORY(lcScpi, "velda.scpi")

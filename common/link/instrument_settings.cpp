@@ -1,4 +1,4 @@
-#include "common/instrument/instrument_settings.h"
+#include "common/link/instrument_settings.h"
 
 #include <QtGlobal>
 

@@ -1,4 +1,4 @@
-#include "common/instrument/scpireply.h"
+#include "common/link/scpireply.h"
 
 #include <QBuffer>
 #include <algorithm>

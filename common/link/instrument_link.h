@@ -6,9 +6,9 @@
 #include <array>
 #include <string>
 
-#include "common/instrument/channel_region.h"
-#include "common/instrument/instrument_settings.h"
-#include "common/instrument/reply_text.h"
+#include "common/link/channel_region.h"
+#include "common/link/instrument_settings.h"
+#include "common/link/reply_text.h"
 #include "common/wire/channel_record.h"
 
 class QThread;

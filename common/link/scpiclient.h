@@ -12,7 +12,7 @@
 #include <mutex>
 #include <string>
 
-#include "common/instrument/scpireply.h"
+#include "common/link/scpireply.h"
 
 class QTcpSocket;
 

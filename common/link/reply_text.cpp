@@ -1,4 +1,4 @@
-#include "common/instrument/reply_text.h"
+#include "common/link/reply_text.h"
 
 #include <string_view>
 

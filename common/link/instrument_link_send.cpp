@@ -5,9 +5,9 @@
 #include <QTimer>
 #include <utility>
 
-#include "common/instrument/instrument_link.h"
-#include "common/instrument/scpi_log.h"
-#include "common/instrument/scpiclient.h"
+#include "common/link/instrument_link.h"
+#include "common/link/scpi_log.h"
+#include "common/link/scpiclient.h"
 
 // The client of InstrumentLink: its thread, and the waiting for its answers.
 

@@ -1,4 +1,4 @@
-#include "common/instrument/instrument_link.h"
+#include "common/link/instrument_link.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -9,9 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "common/instrument/record_texts.h"
-#include "common/instrument/scpi_log.h"
-#include "common/instrument/scpiclient.h"
+#include "common/link/record_texts.h"
+#include "common/link/scpi_log.h"
+#include "common/link/scpiclient.h"
 #include "platform/logger.h"
 
 InstrumentLink::InstrumentLink(const InstrumentSettings& settings, QObject* parent)

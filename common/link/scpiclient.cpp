@@ -1,4 +1,4 @@
-#include "common/instrument/scpiclient.h"
+#include "common/link/scpiclient.h"
 
 #include <poll.h>
 
@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "common/instrument/scpi_log.h"
+#include "common/link/scpi_log.h"
 #include "common/wire/scpi_words.h"
 
 ScpiClient::ScpiClient(const QHostAddress& host, quint16 port, QObject* parent)

@@ -1,4 +1,4 @@
-#include "common/instrument/channel_region.h"
+#include "common/link/channel_region.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -1,4 +1,4 @@
-#include "common/instrument/record_texts.h"
+#include "common/link/record_texts.h"
 
 void terminateTexts(ChannelRecord& record) {
     using R = ChannelRecord;
