@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/screens/update_scan.h"
+#include "common/update/package_look.h"
 
 #include <QTableWidget>
 

@@ -2,7 +2,7 @@
 
 #include "common/update/fpga_update_job.h"
 #include "common/update/package_installer.h"
-#include "portable/screens/update_scan.h"
+#include "common/update/package_look.h"
 
 #include <functional>
 

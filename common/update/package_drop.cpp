@@ -1,4 +1,4 @@
-#include "portable/screens/update_drop.h"
+#include "common/update/package_drop.h"
 
 #include "platform/durable_file.h"
 

@@ -1,4 +1,4 @@
-#include "portable/screens/update_scan.h"
+#include "common/update/package_look.h"
 
 #include <exception>
 #include <utility>
