@@ -2,7 +2,7 @@
 // the painted screen.
 
 #include "bench/report.h"
-#include "lists/list_table.h"
+#include "lists/table/list_table.h"
 #include "tests/gui/panelfixture.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "lists/list_files.h"
 #include "lists/lists_ops.h"
+#include "lists/table/list_files.h"
 #include "portable/screens/steplistkind.h"
 
 #include <QObject>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lists/list_table_view_config.h"
+#include "lists/table/list_table_view_config.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lists/list_table.h"
+#include "lists/table/list_table.h"
 #include "portable/screens/iguiscreen.h"
 #include "portable/screens/list_filesview.h"
 #include "portable/screens/steplistkind.h"

@@ -1,8 +1,8 @@
 #include "tests/gui/paneltour.h"
 
 #include "common/update/update_texts.h"
-#include "lists/list_files.h"
-#include "lists/list_table.h"
+#include "lists/table/list_files.h"
+#include "lists/table/list_table.h"
 #include "portable/screens/update_boxes.h"
 #include "portable/screens/update_dialog.h"
 #include "portable/screens/update_packages.h"

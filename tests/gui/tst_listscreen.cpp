@@ -1,5 +1,5 @@
-#include "lists/list_files.h"
-#include "lists/list_table.h"
+#include "lists/table/list_files.h"
+#include "lists/table/list_table.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "sim/step_decoding.h"
 #include "tests/gui/paneltest.h"

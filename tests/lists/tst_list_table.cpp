@@ -9,9 +9,9 @@
 #include <cstdio>
 #include <functional>
 
-#include "lists/list_files.h"
-#include "lists/list_table.h"
 #include "lists/lists_ops.h"
+#include "lists/table/list_files.h"
+#include "lists/table/list_table.h"
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
 

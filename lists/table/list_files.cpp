@@ -1,10 +1,10 @@
-#include "lists/list_files.h"
+#include "lists/table/list_files.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>
 
-#include "lists/list_table_delegate.h"
 #include "lists/lists_ops.h"
+#include "lists/table/list_table_delegate.h"
 
 namespace {
 constexpr int kNumberColumn = 0;

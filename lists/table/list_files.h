@@ -3,7 +3,7 @@
 #include <QMetaType>
 #include <QTableWidget>
 
-#include "lists/list_table_view_config.h"
+#include "lists/table/list_table_view_config.h"
 
 class ListsOps;
 

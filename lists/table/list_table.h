@@ -3,7 +3,7 @@
 #include <QTableView>
 
 #include "lists/list_config.h"
-#include "lists/list_table_view_config.h"
+#include "lists/table/list_table_view_config.h"
 
 class ListTableModel;
 

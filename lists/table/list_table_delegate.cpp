@@ -1,4 +1,4 @@
-#include "lists/list_table_delegate.h"
+#include "lists/table/list_table_delegate.h"
 
 #include <QHeaderView>
 #include <QPainter>

@@ -1,7 +1,7 @@
-#include "lists/list_table_model.h"
+#include "lists/table/list_table_model.h"
 
 #include "lists/list_config.h"
-#include "lists/list_table_delegate.h"
+#include "lists/table/list_table_delegate.h"
 
 void ListTableModel::setConfig(IListConfig* config) {
     beginResetModel();
