@@ -1,7 +1,7 @@
 #include "portable/screens/listcfg.h"
 
 #include "platform/veldapath.h"
-#include "portable/screens/system_listpage.h"
+#include "portable/widgets/listpage.h"
 
 #include <QDir>
 #include <QHeaderView>

@@ -1,6 +1,6 @@
 #include "portable/screens/listfirmware.h"
 
-#include "portable/screens/system_listpage.h"
+#include "portable/widgets/listpage.h"
 
 #include <QHeaderView>
 #include <QTimer>
@@ -66,7 +66,7 @@ void fwList::onScanned() {
     m_packages = result->packages;
     fill();
     emit noteChanged(result->error.isEmpty() ? QStringLiteral("No update package found")
-                                            : QStringLiteral("The media cannot be read"));
+                                             : QStringLiteral("The media cannot be read"));
     if (!result->error.isEmpty())
         emit failed(result->error);
 }

@@ -4,10 +4,10 @@
 #include "portable/panelhost.h"
 #include "portable/screens/listcfg.h"
 #include "portable/screens/readoutgroup.h"
-#include "portable/screens/system_listpage.h"
 #include "portable/screens/system_updateentry.h"
 #include "portable/screens/wdgethernet.h"
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 

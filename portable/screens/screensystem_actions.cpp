@@ -3,10 +3,10 @@
 #include "portable/screens/listcfg.h"
 #include "portable/screens/screensystem.h"
 #include "portable/screens/screentexts.h"
-#include "portable/screens/system_listpage.h"
 #include "portable/screens/system_ops.h"
 #include "portable/screens/system_updateentry.h"
 #include "portable/widgets/dialogs.h"
+#include "portable/widgets/listpage.h"
 #include "portable/widgets/vkeyboard.h"
 
 #include <QScopedValueRollback>

@@ -1,6 +1,6 @@
 #include "portable/screens/update_dialog.h"
 
-#include "portable/screens/update_busybar.h"
+#include "portable/widgets/busybar.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/msgbox.h"
 #include "portable/widgets/styles/styles.h"

@@ -1,4 +1,4 @@
-#include "portable/screens/update_busybar.h"
+#include "portable/widgets/busybar.h"
 
 #include "portable/widgets/styles/tokens.h"
 

@@ -1,4 +1,4 @@
-#include "portable/screens/system_listpage.h"
+#include "portable/widgets/listpage.h"
 
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
