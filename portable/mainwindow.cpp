@@ -3,7 +3,7 @@
 #include "common/instrument/handlerscpi.h"
 #include "portable/controlrow.h"
 #include "portable/dynamiclayout.h"
-#include "portable/screens/screentexts.h"
+#include "portable/host/screentexts.h"
 #include "portable/statustexts.h"
 #include "portable/wdgfuncbuttons.h"
 #include "portable/widgets/ToastOverlay.h"

@@ -2,7 +2,7 @@
 
 #include "common/wire/channel_record.h"
 #include "portable/errorreports.h"
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 
 #include <memory>
 

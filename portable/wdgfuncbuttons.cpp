@@ -1,7 +1,7 @@
 #include "portable/wdgfuncbuttons.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"

@@ -2,8 +2,8 @@
 
 #include "common/instrument/handlerscpi.h"
 #include "platform/logger.h"
-#include "portable/panelhost.h"
-#include "portable/screens/screentexts.h"
+#include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
 
 #include <QCheckBox>

@@ -1,10 +1,10 @@
 #include "portable/screens/screenlist.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/screens/enablebox.h"
 #include "portable/screens/list_limits.h"
-#include "portable/screens/screentexts.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"

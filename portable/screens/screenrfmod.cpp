@@ -1,7 +1,7 @@
 #include "portable/screens/screenrfmod.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/screens/valuefield.h"
 #include "portable/screens/wdgrfmod.h"
 #include "portable/widgets/combobox.h"

@@ -1,8 +1,8 @@
 #include "portable/screens/screenrunmod.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
-#include "portable/screens/screentexts.h"
+#include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/screens/valueentry.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/pagegroup.h"

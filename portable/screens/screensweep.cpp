@@ -1,6 +1,6 @@
 #include "portable/screens/screensweep.h"
 
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/screens/enablebox.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/styles/tokens.h"

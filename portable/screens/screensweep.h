@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/screens/iguiscreen.h"
+#include "portable/host/iguiscreen.h"
 #include "portable/screens/sweeppage.h"
 
 namespace Kavor::HandheldGui {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/update/datafw.h"
-#include "portable/screens/iguiscreen.h"
+#include "portable/host/iguiscreen.h"
 
 class QLabel;
 class QPushButton;

@@ -1,11 +1,11 @@
 #include "portable/screens/steplistscreen.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/screens/enablebox.h"
 #include "portable/screens/list_edit.h"
 #include "portable/screens/list_look.h"
-#include "portable/screens/screentexts.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/pagegroup.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "lists/table/list_table.h"
-#include "portable/screens/iguiscreen.h"
+#include "portable/host/iguiscreen.h"
 #include "portable/screens/list_filesview.h"
 #include "portable/screens/steplistkind.h"
 

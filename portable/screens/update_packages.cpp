@@ -1,6 +1,6 @@
 #include "portable/screens/update_packages.h"
 
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/screens/listfirmware.h"
 #include "portable/screens/update_boxes.h"
 #include "portable/widgets/dialogs.h"

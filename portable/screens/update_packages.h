@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/screens/system_updateentry.h"
+#include "portable/host/updateentry.h"
 #include "portable/screens/update_flows.h"
 
 namespace Kavor::HandheldGui {

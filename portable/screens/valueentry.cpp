@@ -1,8 +1,8 @@
 #include "portable/screens/valueentry.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/panelhost.h"
-#include "portable/screens/screentexts.h"
+#include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/entry.h"

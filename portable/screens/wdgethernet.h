@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/networkfacts.h"
-#include "portable/screens/iguiscreen.h"
+#include "portable/host/iguiscreen.h"
 #include "portable/screens/wdgethernet_thread.h"
 
 #include <QStringList>

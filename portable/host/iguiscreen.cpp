@@ -1,6 +1,6 @@
-#include "portable/screens/iguiscreen.h"
+#include "portable/host/iguiscreen.h"
 
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <utility>

@@ -1,6 +1,6 @@
-#include "portable/screens/screentexts.h"
+#include "portable/host/screentexts.h"
 
-#include "portable/panelhost.h"
+#include "portable/host/panelhost.h"
 #include "portable/widgets/ToastOverlay.h"
 
 namespace Kavor::HandheldGui {
