@@ -1,7 +1,7 @@
 #include "portable/screens/screenabout.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/screens/readoutgroup.h"
+#include "portable/fields/readoutgroup.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>

@@ -1,9 +1,9 @@
 #include "portable/screens/screenlist.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/enablebox.h"
 #include "portable/screens/list_limits.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "lists/frequency_list_config.h"
+#include "portable/fields/valuefield.h"
 #include "portable/screens/list_store.h"
 #include "portable/screens/steplistscreen.h"
-#include "portable/screens/valuefield.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,8 +1,8 @@
 #include "portable/screens/screenrfmod.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/valuefield.h"
 #include "portable/host/panelhost.h"
-#include "portable/screens/valuefield.h"
 #include "portable/screens/wdgrfmod.h"
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/pagegroup.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "portable/fields/valueentry.h"
 #include "portable/host/iguiscreen.h"
-#include "portable/screens/valueentry.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,9 +1,9 @@
 #include "portable/screens/screenrunmod.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/valueentry.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/valueentry.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"

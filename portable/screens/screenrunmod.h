@@ -1,7 +1,7 @@
 #pragma once
 
+#include "portable/fields/valuefield.h"
 #include "portable/host/iguiscreen.h"
-#include "portable/screens/valuefield.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,7 +1,7 @@
 #include "portable/screens/screensweep.h"
 
+#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
-#include "portable/screens/enablebox.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/styles/tokens.h"
 

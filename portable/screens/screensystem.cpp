@@ -1,10 +1,10 @@
 #include "portable/screens/screensystem.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/readoutgroup.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/updateentry.h"
 #include "portable/screens/listcfg.h"
-#include "portable/screens/readoutgroup.h"
 #include "portable/screens/wdgethernet.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/listpage.h"

@@ -1,9 +1,9 @@
 #include "portable/screens/steplistscreen.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/enablebox.h"
 #include "portable/screens/list_edit.h"
 #include "portable/screens/list_look.h"
 #include "portable/widgets/checkrow.h"

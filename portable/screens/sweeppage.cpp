@@ -1,9 +1,9 @@
 #include "portable/screens/sweeppage.h"
 
 #include "platform/logger.h"
+#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/enablebox.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"

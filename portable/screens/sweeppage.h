@@ -1,8 +1,8 @@
 #pragma once
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/valuefield.h"
 #include "portable/screens/sweepplan.h"
-#include "portable/screens/valuefield.h"
 
 #include <QWidget>
 #include <array>

@@ -1,9 +1,9 @@
 #include "portable/screens/wdgrfmod.h"
 
 #include "platform/logger.h"
+#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/enablebox.h"
 #include "portable/screens/wdgrfmod_table.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/checkrow.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/screens/valuefield.h"
+#include "portable/fields/valuefield.h"
 #include "portable/widgets/state.h"
 
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "portable/screens/readoutgroup.h"
+#include "portable/fields/readoutgroup.h"
 
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"

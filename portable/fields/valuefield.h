@@ -1,6 +1,6 @@
 #pragma once
 
-#include "portable/screens/valueentry.h"
+#include "portable/fields/valueentry.h"
 #include "portable/widgets/pagegroup.h"
 
 class QLabel;

@@ -1,4 +1,4 @@
-#include "portable/screens/enablebox.h"
+#include "portable/fields/enablebox.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "platform/logger.h"

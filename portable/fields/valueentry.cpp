@@ -1,4 +1,4 @@
-#include "portable/screens/valueentry.h"
+#include "portable/fields/valueentry.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/host/panelhost.h"

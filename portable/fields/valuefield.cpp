@@ -1,4 +1,4 @@
-#include "portable/screens/valuefield.h"
+#include "portable/fields/valuefield.h"
 
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/styles/styles.h"
