@@ -3,8 +3,8 @@
 #include "platform/logger.h"
 #include "portable/focustrace.h"
 #include "portable/mainwindow.h"
-#include "portable/screens/update_packages.h"
 #include "portable/splash.h"
+#include "portable/update/update_packages.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QApplication>

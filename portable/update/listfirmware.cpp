@@ -1,4 +1,4 @@
-#include "portable/screens/listfirmware.h"
+#include "portable/update/listfirmware.h"
 
 #include "portable/widgets/listpage.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "portable/host/updateentry.h"
-#include "portable/screens/update_flows.h"
+#include "portable/update/update_flows.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,11 +1,11 @@
-#include "portable/screens/update_flows.h"
+#include "portable/update/update_flows.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "common/update/package_drop.h"
 #include "platform/devicepaths.h"
 #include "platform/logger.h"
-#include "portable/screens/update_boxes.h"
-#include "portable/screens/update_dialog.h"
+#include "portable/update/update_boxes.h"
+#include "portable/update/update_dialog.h"
 
 #include <QFileInfo>
 

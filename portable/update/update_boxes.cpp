@@ -1,6 +1,6 @@
-#include "portable/screens/update_boxes.h"
+#include "portable/update/update_boxes.h"
 
-#include "portable/screens/update_dialog.h"
+#include "portable/update/update_dialog.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/styles/tokens.h"
 

@@ -1,4 +1,4 @@
-#include "portable/screens/update_dialog.h"
+#include "portable/update/update_dialog.h"
 
 #include "portable/widgets/busybar.h"
 #include "portable/widgets/dialogs.h"
