@@ -1,9 +1,9 @@
 #include "portable/dynamiclayout.h"
 
+#include "portable/screens/cw/screenrfmod.h"
 #include "portable/screens/screenabout.h"
 #include "portable/screens/screenlist.h"
 #include "portable/screens/screenpatterns.h"
-#include "portable/screens/screenrfmod.h"
 #include "portable/screens/screenrunmod.h"
 #include "portable/screens/screensweep.h"
 #include "portable/screens/screensystem.h"

@@ -1,4 +1,4 @@
-#include "portable/screens/wdgrfmod.h"
+#include "portable/screens/cw/wdgrfmod.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
 #include "tests/gui/paneltest.h"

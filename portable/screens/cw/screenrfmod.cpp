@@ -1,9 +1,9 @@
-#include "portable/screens/screenrfmod.h"
+#include "portable/screens/cw/screenrfmod.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/valuefield.h"
 #include "portable/host/panelhost.h"
-#include "portable/screens/wdgrfmod.h"
+#include "portable/screens/cw/wdgrfmod.h"
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"

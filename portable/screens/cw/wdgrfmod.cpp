@@ -1,10 +1,10 @@
-#include "portable/screens/wdgrfmod.h"
+#include "portable/screens/cw/wdgrfmod.h"
 
 #include "platform/logger.h"
 #include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/wdgrfmod_table.h"
+#include "portable/screens/cw/wdgrfmod_table.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
