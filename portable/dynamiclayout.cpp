@@ -5,8 +5,8 @@
 #include "portable/screens/screenlist.h"
 #include "portable/screens/screenpatterns.h"
 #include "portable/screens/screenrunmod.h"
-#include "portable/screens/screensweep.h"
 #include "portable/screens/screensystem.h"
+#include "portable/screens/sweep/screensweep.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "portable/screens/screensweep.h"
+#include "portable/screens/sweep/screensweep.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
 #include "tests/gui/paneltest.h"

@@ -1,4 +1,4 @@
-#include "portable/screens/screensweep.h"
+#include "portable/screens/sweep/screensweep.h"
 
 #include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"

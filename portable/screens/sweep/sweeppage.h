@@ -2,7 +2,7 @@
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/valuefield.h"
-#include "portable/screens/sweepplan.h"
+#include "portable/screens/sweep/sweepplan.h"
 
 #include <QWidget>
 #include <array>

@@ -1,4 +1,4 @@
-#include "portable/screens/sweepplan.h"
+#include "portable/screens/sweep/sweepplan.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "portable/host/iguiscreen.h"
-#include "portable/screens/sweeppage.h"
+#include "portable/screens/sweep/sweeppage.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,4 +1,4 @@
-#include "portable/screens/sweeppage.h"
+#include "portable/screens/sweep/sweeppage.h"
 
 #include "platform/logger.h"
 #include "portable/fields/enablebox.h"
