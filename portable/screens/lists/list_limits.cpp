@@ -1,4 +1,4 @@
-#include "portable/screens/list_limits.h"
+#include "portable/screens/lists/list_limits.h"
 
 #include "common/instrument/device_values.h"
 #include "values/units.h"

@@ -1,10 +1,10 @@
-#include "portable/screens/screenlist.h"
+#include "portable/screens/lists/screenlist.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/list_limits.h"
+#include "portable/screens/lists/list_limits.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"

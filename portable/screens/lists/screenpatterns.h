@@ -1,8 +1,8 @@
 #pragma once
 
 #include "lists/pattern_list_config.h"
-#include "portable/screens/list_store.h"
-#include "portable/screens/steplistscreen.h"
+#include "portable/screens/lists/list_store.h"
+#include "portable/screens/lists/steplistscreen.h"
 
 namespace Kavor::HandheldGui {
 

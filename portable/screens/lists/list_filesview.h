@@ -2,7 +2,7 @@
 
 #include "lists/lists_ops.h"
 #include "lists/table/list_files.h"
-#include "portable/screens/steplistkind.h"
+#include "portable/screens/lists/steplistkind.h"
 
 #include <QObject>
 #include <functional>

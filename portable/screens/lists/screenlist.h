@@ -2,8 +2,8 @@
 
 #include "lists/frequency_list_config.h"
 #include "portable/fields/valuefield.h"
-#include "portable/screens/list_store.h"
-#include "portable/screens/steplistscreen.h"
+#include "portable/screens/lists/list_store.h"
+#include "portable/screens/lists/steplistscreen.h"
 
 namespace Kavor::HandheldGui {
 

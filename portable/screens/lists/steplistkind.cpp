@@ -1,4 +1,4 @@
-#include "portable/screens/steplistkind.h"
+#include "portable/screens/lists/steplistkind.h"
 
 #include "common/instrument/handlerscpi.h"
 

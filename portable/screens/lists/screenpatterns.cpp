@@ -1,7 +1,7 @@
-#include "portable/screens/screenpatterns.h"
+#include "portable/screens/lists/screenpatterns.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/screens/list_limits.h"
+#include "portable/screens/lists/list_limits.h"
 
 namespace Kavor::HandheldGui {
 

@@ -1,11 +1,11 @@
-#include "portable/screens/list_filesview.h"
+#include "portable/screens/lists/list_filesview.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "lists/list_config.h"
 #include "platform/veldapath.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/list_look.h"
+#include "portable/screens/lists/list_look.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/vkeyboard.h"

@@ -2,8 +2,8 @@
 
 #include "lists/table/list_table.h"
 #include "portable/host/iguiscreen.h"
-#include "portable/screens/list_filesview.h"
-#include "portable/screens/steplistkind.h"
+#include "portable/screens/lists/list_filesview.h"
+#include "portable/screens/lists/steplistkind.h"
 
 #include <map>
 

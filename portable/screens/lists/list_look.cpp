@@ -1,4 +1,4 @@
-#include "portable/screens/list_look.h"
+#include "portable/screens/lists/list_look.h"
 
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"

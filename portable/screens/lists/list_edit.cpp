@@ -1,4 +1,4 @@
-#include "portable/screens/list_edit.h"
+#include "portable/screens/lists/list_edit.h"
 
 #include "portable/widgets/vkeyboard.h"
 
