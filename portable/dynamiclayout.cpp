@@ -3,8 +3,8 @@
 #include "portable/screens/cw/screenrfmod.h"
 #include "portable/screens/lists/screenlist.h"
 #include "portable/screens/lists/screenpatterns.h"
+#include "portable/screens/runmode/screenrunmod.h"
 #include "portable/screens/screenabout.h"
-#include "portable/screens/screenrunmod.h"
 #include "portable/screens/screensystem.h"
 #include "portable/screens/sweep/screensweep.h"
 

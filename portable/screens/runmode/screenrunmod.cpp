@@ -1,4 +1,4 @@
-#include "portable/screens/screenrunmod.h"
+#include "portable/screens/runmode/screenrunmod.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/valueentry.h"
