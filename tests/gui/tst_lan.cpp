@@ -1,4 +1,4 @@
-#include "portable/screens/wdgethernet.h"
+#include "portable/screens/lan/wdgethernet.h"
 #include "portable/widgets/styles/styles.h"
 #include "tests/gui/paneltest.h"
 

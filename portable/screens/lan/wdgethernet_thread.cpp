@@ -1,4 +1,4 @@
-#include "portable/screens/wdgethernet_thread.h"
+#include "portable/screens/lan/wdgethernet_thread.h"
 
 #include <QHostInfo>
 #include <QNetworkInterface>

@@ -1,5 +1,5 @@
 #include "platform/devicepaths.h"
-#include "portable/screens/wdgethernet.h"
+#include "portable/screens/lan/wdgethernet.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "portable/screens/wdgethernet.h"
+#include "portable/screens/lan/wdgethernet.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "platform/logger.h"

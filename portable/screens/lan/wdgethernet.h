@@ -2,7 +2,7 @@
 
 #include "platform/networkfacts.h"
 #include "portable/host/iguiscreen.h"
-#include "portable/screens/wdgethernet_thread.h"
+#include "portable/screens/lan/wdgethernet_thread.h"
 
 #include <QStringList>
 #include <array>

@@ -2,7 +2,7 @@
 #include "platform/logger.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/screens/wdgethernet.h"
+#include "portable/screens/lan/wdgethernet.h"
 
 #include <QPushButton>
 
