@@ -5,8 +5,8 @@
 #include "portable/screens/lists/screenpatterns.h"
 #include "portable/screens/runmode/screenrunmod.h"
 #include "portable/screens/screenabout.h"
-#include "portable/screens/screensystem.h"
 #include "portable/screens/sweep/screensweep.h"
+#include "portable/screens/system/screensystem.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#include "portable/screens/listcfg.h"
-#include "portable/screens/system_ops.h"
+#include "portable/screens/system/listcfg.h"
+#include "portable/screens/system/system_ops.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/vkeditors.h"
 #include "tests/gui/paneltest.h"

@@ -1,4 +1,4 @@
-#include "portable/screens/system_ops.h"
+#include "portable/screens/system/system_ops.h"
 
 #include "common/instrument/handlerscpi.h"
 

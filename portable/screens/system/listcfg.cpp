@@ -1,4 +1,4 @@
-#include "portable/screens/listcfg.h"
+#include "portable/screens/system/listcfg.h"
 
 #include "platform/veldapath.h"
 #include "portable/widgets/listpage.h"

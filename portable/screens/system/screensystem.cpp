@@ -1,11 +1,11 @@
-#include "portable/screens/screensystem.h"
+#include "portable/screens/system/screensystem.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/readoutgroup.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/updateentry.h"
 #include "portable/screens/lan/wdgethernet.h"
-#include "portable/screens/listcfg.h"
+#include "portable/screens/system/listcfg.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
