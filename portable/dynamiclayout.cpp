@@ -1,10 +1,10 @@
 #include "portable/dynamiclayout.h"
 
+#include "portable/screens/about/screenabout.h"
 #include "portable/screens/cw/screenrfmod.h"
 #include "portable/screens/lists/screenlist.h"
 #include "portable/screens/lists/screenpatterns.h"
 #include "portable/screens/runmode/screenrunmod.h"
-#include "portable/screens/screenabout.h"
 #include "portable/screens/sweep/screensweep.h"
 #include "portable/screens/system/screensystem.h"
 

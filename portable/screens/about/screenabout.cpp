@@ -1,4 +1,4 @@
-#include "portable/screens/screenabout.h"
+#include "portable/screens/about/screenabout.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/fields/readoutgroup.h"
