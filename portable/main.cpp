@@ -1,11 +1,11 @@
 #include "common/instrument/handlerscpi.h"
 #include "platform/devicepaths.h"
 #include "platform/logger.h"
-#include "portable/focustrace.h"
-#include "portable/mainwindow.h"
-#include "portable/splash.h"
 #include "portable/update/update_packages.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/window/focustrace.h"
+#include "portable/window/mainwindow.h"
+#include "portable/window/splash.h"
 
 #include <QApplication>
 

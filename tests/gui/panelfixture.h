@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/mainwindow.h"
+#include "portable/window/mainwindow.h"
 #include "sim/module_simulator.h"
 #include "tests/gui/scripteddialogs.h"
 

@@ -1,4 +1,4 @@
-#include "portable/focustrace.h"
+#include "portable/window/focustrace.h"
 #include "tests/gui/panelfixture.h"
 #include "tests/support/testbase.h"
 

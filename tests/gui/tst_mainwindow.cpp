@@ -1,6 +1,6 @@
-#include "portable/splash.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/window/splash.h"
 #include "tests/gui/paneltest.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "portable/statustexts.h"
+#include "portable/window/statustexts.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>

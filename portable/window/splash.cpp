@@ -1,4 +1,4 @@
-#include "portable/splash.h"
+#include "portable/window/splash.h"
 
 #include "portable/widgets/styles/tokens.h"
 

@@ -1,4 +1,4 @@
-#include "portable/statustexts.h"
+#include "portable/window/statustexts.h"
 
 #include "common/wire/scpi_words.h"
 

@@ -1,11 +1,7 @@
-#include "portable/mainwindow.h"
+#include "portable/window/mainwindow.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/controlrow.h"
-#include "portable/dynamiclayout.h"
 #include "portable/host/screentexts.h"
-#include "portable/statustexts.h"
-#include "portable/wdgfuncbuttons.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/choicegroup.h"
@@ -13,6 +9,10 @@
 #include "portable/widgets/pressfilter.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/window/controlrow.h"
+#include "portable/window/dynamiclayout.h"
+#include "portable/window/statustexts.h"
+#include "portable/window/wdgfuncbuttons.h"
 
 #include <QCloseEvent>
 #include <QGridLayout>

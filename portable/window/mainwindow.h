@@ -1,8 +1,8 @@
 #pragma once
 
 #include "common/wire/channel_record.h"
-#include "portable/errorreports.h"
 #include "portable/host/panelhost.h"
+#include "portable/window/errorreports.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "portable/dynamiclayout.h"
+#include "portable/window/dynamiclayout.h"
 
 #include "portable/screens/about/screenabout.h"
 #include "portable/screens/cw/screenrfmod.h"

@@ -1,4 +1,4 @@
-#include "portable/errorreports.h"
+#include "portable/window/errorreports.h"
 
 #include "portable/widgets/dialogs.h"
 

@@ -1,4 +1,4 @@
-#include "portable/focustrace.h"
+#include "portable/window/focustrace.h"
 
 #include "platform/logger.h"
 

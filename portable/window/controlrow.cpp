@@ -1,4 +1,4 @@
-#include "portable/controlrow.h"
+#include "portable/window/controlrow.h"
 
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"

@@ -1,4 +1,4 @@
-#include "portable/wdgfuncbuttons.h"
+#include "portable/window/wdgfuncbuttons.h"
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/host/panelhost.h"
