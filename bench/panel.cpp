@@ -3,7 +3,7 @@
 
 #include "bench/report.h"
 #include "lists/table/list_table.h"
-#include "tests/gui/panelfixture.h"
+#include "rig/panelfixture.h"
 
 #include <QApplication>
 #include <QEventLoop>

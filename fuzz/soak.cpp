@@ -1,6 +1,6 @@
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/vklineedit.h"
-#include "tests/gui/panelfixture.h"
+#include "rig/panelfixture.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

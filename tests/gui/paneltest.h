@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/gui/panelfixture.h"
+#include "rig/panelfixture.h"
 #include "tests/support/testbase.h"
 
 /// A test class whose functions each get a panel of their own, on a simulated module of its own. A dialog that was not

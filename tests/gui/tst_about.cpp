@@ -1,5 +1,5 @@
 #include "portable/window/focustrace.h"
-#include "tests/gui/panelfixture.h"
+#include "rig/panelfixture.h"
 #include "tests/support/testbase.h"
 
 #include <QApplication>

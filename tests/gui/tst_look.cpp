@@ -1,4 +1,4 @@
-#include "tests/gui/lookrules.h"
+#include "rig/lookrules.h"
 #include "tests/support/testbase.h"
 
 #include <QApplication>

@@ -2,11 +2,11 @@
 #include "portable/update/listfirmware.h"
 #include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
+#include "rig/boardnetwork.h"
+#include "rig/lookrules.h"
+#include "rig/updatestick.h"
 #include "tests/common/update/fpga_rig.h"
-#include "tests/gui/boardnetwork.h"
-#include "tests/gui/lookrules.h"
 #include "tests/gui/paneltest.h"
-#include "tests/gui/updatestick.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "common/update/package_installer.h"
 #include "common/update/package_scan.h"
 #include "tests/common/update/tar_file.h"
-#include "tests/common/update/test_folder.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 #include "tests/tools/tool_run.h"
 

@@ -1,5 +1,5 @@
 #include "common/update/fpga_image.h"
-#include "tests/common/update/test_folder.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "common/update/package_installer.h"
 #include "tests/common/update/tar_file.h"
-#include "tests/common/update/test_folder.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>

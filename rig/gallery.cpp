@@ -1,4 +1,4 @@
-#include "tests/gui/paneltour.h"
+#include "rig/paneltour.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "tests/gui/updatestick.h"
+#include "rig/updatestick.h"
 
 #include "common/update/fpga_image.h"
 #include "common/update/fpga_trailer.h"

@@ -2,8 +2,8 @@
 
 #include "common/instrument/handlerscpi.h"
 #include "portable/window/mainwindow.h"
+#include "rig/scripteddialogs.h"
 #include "sim/module_simulator.h"
-#include "tests/gui/scripteddialogs.h"
 
 #include <QTemporaryDir>
 #include <memory>

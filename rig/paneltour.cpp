@@ -1,4 +1,4 @@
-#include "tests/gui/paneltour.h"
+#include "rig/paneltour.h"
 
 #include "common/update/update_texts.h"
 #include "lists/table/list_files.h"
@@ -9,8 +9,8 @@
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/msgbox.h"
 #include "portable/widgets/vkeyboard.h"
-#include "tests/gui/panelfixture.h"
-#include "tests/gui/updatestick.h"
+#include "rig/panelfixture.h"
+#include "rig/updatestick.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

@@ -1,4 +1,4 @@
-#include "tests/gui/lookrules.h"
+#include "rig/lookrules.h"
 
 #include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/vkbutton.h"

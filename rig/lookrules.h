@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/gui/paneltour.h"
+#include "rig/paneltour.h"
 
 #include <QMap>
 #include <QStringList>

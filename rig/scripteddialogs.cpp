@@ -1,4 +1,4 @@
-#include "tests/gui/scripteddialogs.h"
+#include "rig/scripteddialogs.h"
 
 #include <QAbstractButton>
 #include <QTest>

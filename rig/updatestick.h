@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/common/update/test_folder.h"
+#include "tests/support/test_folder.h"
 #include "tools/package_build.h"
 
 #include <QMap>

@@ -1,4 +1,4 @@
-#include "tests/gui/panelfixture.h"
+#include "rig/panelfixture.h"
 
 #include "platform/devicepaths.h"
 #include "portable/widgets/ToastOverlay.h"
