@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "common/instrument/handlerscpi.h"
-#include "tests/common/instrument/scriptedservice.h"
-#include "tests/common/instrument/testregion.h"
+#include "tests/common/link/scriptedservice.h"
+#include "tests/common/link/testregion.h"
 
 /// A module with its published region, and a handler that is connected to it.
 class HandlerFixture {

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "common/link/scpiclient.h"
-#include "tests/common/instrument/scriptedservice.h"
+#include "tests/common/link/scriptedservice.h"
 #include "tests/support/testbase.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/common/instrument/scriptedservice.h"
+#include "tests/common/link/scriptedservice.h"
 
 #include <QHostAddress>
 

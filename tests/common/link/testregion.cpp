@@ -1,4 +1,4 @@
-#include "tests/common/instrument/testregion.h"
+#include "tests/common/link/testregion.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
