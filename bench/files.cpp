@@ -11,7 +11,6 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 #include <QTemporaryDir>
-
 #include <cstring>
 #include <memory>
 #include <random>
@@ -150,7 +149,7 @@ bool files(BenchReport& report) {
 
 bool image(BenchReport& report) {
     FpgaTrailer trailer;
-    trailer.design = kFpgaDesign;
+    trailer.design = FpgaDesign;
     const QByteArray file = withFpgaTrailer(QByteArray(64 << 20, 'x'), trailer);
     bool ok = true;
     unsigned long sum = 0;

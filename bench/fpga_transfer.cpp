@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QUdpSocket>
-
 #include <algorithm>
 #include <arpa/inet.h>
 #include <csignal>
@@ -17,8 +16,8 @@
 
 namespace {
 
-constexpr int kImageBytes = 8 * 1024 * 1024;
-constexpr int kRounds = 7;
+constexpr int ImageBytes = 8 * 1024 * 1024;
+constexpr int Rounds = 7;
 
 QHostAddress boardAddress(int board) {
     return QHostAddress(QStringLiteral("127.0.0.%1").arg(board + 2));
@@ -32,7 +31,7 @@ QHostAddress boardAddress(int board) {
         socklen_t length = sizeof from;
         if (recvfrom(socket, bytes, sizeof bytes, 0, reinterpret_cast<sockaddr*>(&from), &length) < 0)
             _exit(1);
-        sendto(socket, bytes, FpgaWire::kHeaderSize, 0, reinterpret_cast<sockaddr*>(&from), length);
+        sendto(socket, bytes, FpgaWire::HeaderSize, 0, reinterpret_cast<sockaddr*>(&from), length);
     }
 }
 
@@ -99,16 +98,16 @@ double median(std::vector<double> values) {
 }
 
 bool measure(int boards, quint16 port, std::vector<QByteArray>& ratios) {
-    const QByteArray image(kImageBytes, 'x');
+    const QByteArray image(ImageBytes, 'x');
     std::vector<double> plain;
     std::vector<double> ours;
-    for (int round = 0; round < kRounds; ++round) { // taking turns, so that a busy machine hits both
+    for (int round = 0; round < Rounds; ++round) { // taking turns, so that a busy machine hits both
         plain.push_back(plainSeconds(image, boards, port));
         ours.push_back(updaterSeconds(image, boards, port));
         if (plain.back() < 0 || ours.back() < 0)
             return false;
     }
-    const double mebibytes = kImageBytes / 1048576.0;
+    const double mebibytes = ImageBytes / 1048576.0;
     std::printf("fpga_transfer_%d_boards %.2f MiB/s\n", boards, mebibytes / median(ours));
     std::printf("fpga_transfer_%d_boards_plain %.2f MiB/s\n", boards, mebibytes / median(plain));
     ratios.push_back(QStringLiteral("ratio fpga_transfer_%1_boards %2 x")

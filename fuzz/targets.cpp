@@ -124,24 +124,24 @@ FuzzTarget manifest() {
 FuzzTarget imageTrailer() {
     FpgaTrailer trailer;
     trailer.versionMajor = 1;
-    trailer.design = kFpgaDesign;
+    trailer.design = FpgaDesign;
     const QByteArray good = withFpgaTrailer(QByteArray(100, 'x'), trailer);
     const auto read = [good](const QByteArray& input, Mutator&) {
         const bool accepted = checkFpgaImage(input).ok;
         const auto found = readFpgaTrailer(input);
-        if (accepted && (!found || found->crc != fpgaFileCrc(input) || found->design != kFpgaDesign))
+        if (accepted && (!found || found->crc != fpgaFileCrc(input) || found->design != FpgaDesign))
             return QStringLiteral("accepted, and should not be");
         return !accepted && input == good ? QStringLiteral("refused, and should not be") : QString();
     };
     return {
-        QStringLiteral("trailer"), {good, good.right(FpgaTrailer::kSize), good.left(33)}, {"KVS1", kFpgaDesign}, read};
+        QStringLiteral("trailer"), {good, good.right(FpgaTrailer::Size), good.left(33)}, {"KVS1", FpgaDesign}, read};
 }
 
 FuzzTarget boardDatagram() {
-    QByteArray good(FpgaWire::kHeaderSize, '\0');
-    FpgaWire::writeHeader(good.data(), 7, FpgaWire::kAllOnes, 512);
+    QByteArray good(FpgaWire::HeaderSize, '\0');
+    FpgaWire::writeHeader(good.data(), 7, FpgaWire::AllOnes, 512);
     const auto read = [](const QByteArray& input, Mutator&) {
-        const bool meant = input.size() >= FpgaWire::kHeaderSize && input.startsWith(FpgaWire::kMagic);
+        const bool meant = input.size() >= FpgaWire::HeaderSize && input.startsWith(FpgaWire::Magic);
         const auto reply = FpgaWire::readReply(input.constData(), input.size());
         return reply.has_value() == meant ? QString() : QStringLiteral("taken for what it is not");
     };

@@ -1,10 +1,10 @@
 #include "lists/frequency_list_config.h"
 
-#include <array>
-
 #include "values/formatting.h"
 #include "values/normalize.h"
 #include "values/units.h"
+
+#include <array>
 
 namespace {
 

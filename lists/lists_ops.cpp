@@ -1,14 +1,14 @@
 #include "lists/lists_ops.h"
 
+#include "lists/list_config.h"
+#include "platform/durable_file.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include "lists/list_config.h"
-#include "platform/durable_file.h"
 
 namespace {
 
@@ -92,7 +92,7 @@ bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list
     // What is no plain file, a pipe for one, could keep the panel waiting for ever.
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return fail(error, "Failed to open list file");
-    if (file.size() > kMostBytes)
+    if (file.size() > MostBytes)
         return fail(error, "Invalid list JSON file");
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
     if (document.isNull() || document.isEmpty())
@@ -101,7 +101,7 @@ bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list
     if (!root.isArray())
         return fail(error, "List JSON root is missing");
     const QJsonArray steps = root.toArray();
-    if (steps.size() > kMostSteps)
+    if (steps.size() > MostSteps)
         return fail(error, "Invalid list JSON file");
     return list.fromJson(steps, error);
 }

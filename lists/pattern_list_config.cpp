@@ -1,10 +1,10 @@
 #include "lists/pattern_list_config.h"
 
-#include <limits>
-
 #include "values/formatting.h"
 #include "values/normalize.h"
 #include "values/units.h"
+
+#include <limits>
 
 namespace {
 
@@ -30,8 +30,8 @@ const QString& thousands() {
 std::uint32_t toCount(double number) {
     if (!(number > 0))
         return 0;
-    constexpr auto kMost = std::numeric_limits<std::uint32_t>::max();
-    return number < kMost ? static_cast<std::uint32_t>(number) : kMost;
+    constexpr auto Most = std::numeric_limits<std::uint32_t>::max();
+    return number < Most ? static_cast<std::uint32_t>(number) : Most;
 }
 
 } // namespace

@@ -1,13 +1,13 @@
 #include "lists/step_json.h"
 
+#include "common/wire/step_points.h"
+
 #include <QCborMap>
 #include <cmath>
 
-#include "common/wire/step_points.h"
-
 namespace {
 
-constexpr std::size_t kMostModels = 256; // a file can bring in any text
+constexpr std::size_t MostModels = 256; // a file can bring in any text
 
 QJsonValue jsonValue(double number) {
     return number;
@@ -41,7 +41,7 @@ QJsonObject StepJsonWriter<Point>::write(const Point& point) {
     auto model = m_models.find(m_texts);
     const bool isNew = model == m_models.end();
     if (isNew) {
-        if (m_models.size() == kMostModels)
+        if (m_models.size() == MostModels)
             m_models.clear();
         model = m_models.emplace(m_texts, QJsonObject()).first;
     }

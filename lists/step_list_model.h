@@ -1,10 +1,10 @@
 #pragma once
 
-#include <vector>
-
 #include "common/wire/step_points.h"
 #include "lists/list_config.h"
 #include "lists/step_json.h"
+
+#include <vector>
 
 /// What lists of every kind of step share: the sequence of steps, its numbering, its way from and to JSON. Works on a
 /// vector that its owner (a screen) keeps, or on none; the steps in it belong to the model, which deletes the ones that

@@ -1,7 +1,6 @@
 #include "platform/devicepaths.h"
 
 #include <QFile>
-
 #include <array>
 #include <pwd.h>
 #include <unistd.h>

@@ -1,8 +1,5 @@
 #include "platform/durable_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -11,6 +8,8 @@
 #include <QStringList>
 #include <cerrno>
 #include <climits>
+#include <fcntl.h>
+#include <unistd.h>
 
 // QSaveFile puts the content on the disk, not the folder's entry. File systems that cannot do that for a folder say
 // EINVAL.
@@ -39,8 +38,8 @@ bool DurableFile::makeFolder(const QString& folder) {
 
 DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& content) {
     // A name that is too long together with QSaveFile's ending shows at the end only.
-    constexpr int kEndingSize = 7;
-    if (QFile::encodeName(QFileInfo(path).fileName()).size() + kEndingSize > NAME_MAX)
+    constexpr int EndingSize = 7;
+    if (QFile::encodeName(QFileInfo(path).fileName()).size() + EndingSize > NAME_MAX)
         return Result::CannotOpen;
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))

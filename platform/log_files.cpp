@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-
 #include <spdlog/logger.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
@@ -16,11 +15,11 @@ struct Level {
 };
 
 // Indexed by QtMsgType, whose numbers follow history and not severity.
-constexpr std::array<Level, 5> kLevels{{{"debug", spdlog::level::debug},
-                                        {"warning", spdlog::level::warn},
-                                        {"critical", spdlog::level::err},
-                                        {"fatal", spdlog::level::critical},
-                                        {"info", spdlog::level::info}}};
+constexpr std::array<Level, 5> Levels{{{"debug", spdlog::level::debug},
+                                       {"warning", spdlog::level::warn},
+                                       {"critical", spdlog::level::err},
+                                       {"fatal", spdlog::level::critical},
+                                       {"info", spdlog::level::info}}};
 static_assert(QtDebugMsg == 0 && QtWarningMsg == 1 && QtCriticalMsg == 2 && QtFatalMsg == 3 && QtInfoMsg == 4);
 
 std::unique_ptr<spdlog::logger> makeLogger() {
@@ -68,9 +67,9 @@ std::unique_ptr<LogFiles> LogFiles::open(const QString& folder, const QString& n
     }
     try {
         files->add(fileSink(folder, name, layout));
-        for (std::size_t type = 0; layout.filePerType && type < kTypes; ++type) {
+        for (std::size_t type = 0; layout.filePerType && type < Types; ++type) {
             files->m_byType[type] = makeLogger();
-            files->m_byType[type]->sinks().push_back(fileSink(folder, name + "-" + kLevels[type].name, layout));
+            files->m_byType[type]->sinks().push_back(fileSink(folder, name + "-" + Levels[type].name, layout));
             files->m_byType[type]->set_pattern("%Y-%m-%d %H:%M:%S.%e [%t] %v");
         }
     } catch (const spdlog::spdlog_ex& failure) {
@@ -81,8 +80,8 @@ std::unique_ptr<LogFiles> LogFiles::open(const QString& folder, const QString& n
 }
 
 void LogFiles::write(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    const auto index = static_cast<std::size_t>(type) < kTypes ? static_cast<std::size_t>(type) : 0;
-    const Level& level = kLevels[index];
+    const auto index = static_cast<std::size_t>(type) < Types ? static_cast<std::size_t>(type) : 0;
+    const Level& level = Levels[index];
     QByteArray line = level.name;
     line += ' ';
     line += context.category ? context.category : "default";

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QtGlobal>
-
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -42,9 +41,9 @@ private:
     LogFiles();
     void add(const std::shared_ptr<spdlog::sinks::sink>& sink);
 
-    static constexpr std::size_t kTypes = 5;
+    static constexpr std::size_t Types = 5;
     std::unique_ptr<spdlog::logger> m_all;
-    std::array<std::unique_ptr<spdlog::logger>, kTypes> m_byType;
+    std::array<std::unique_ptr<spdlog::logger>, Types> m_byType;
 };
 
 } // namespace Logger

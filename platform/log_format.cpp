@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QStringList>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -10,8 +9,8 @@
 namespace Logger {
 namespace {
 
-constexpr int kMaxWidth = 200;
-constexpr int kMaxPrecision = 60;
+constexpr int MaxWidth = 200;
+constexpr int MaxPrecision = 60;
 
 struct Conversion {
     QByteArray flags;
@@ -115,10 +114,10 @@ bool readConversion(const char*& at, Conversion& conversion) {
         if (!conversion.flags.contains(*next))
             conversion.flags += *next;
     }
-    conversion.width = readNumber(next, kMaxWidth);
+    conversion.width = readNumber(next, MaxWidth);
     if (*next == '.') {
         ++next;
-        conversion.precision = readNumber(next, kMaxPrecision);
+        conversion.precision = readNumber(next, MaxPrecision);
     }
     while (oneOf(*next, "hlLqjzt"))
         ++next;

@@ -5,14 +5,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QMessageLogContext>
-
 #include <algorithm>
 #include <mutex>
 
 namespace Logger {
 namespace {
 
-constexpr int kFlushEveryMs = 1000;
+constexpr int FlushEveryMs = 1000;
 
 struct Current {
     std::mutex mutex;
@@ -131,7 +130,7 @@ bool LogManager::init(const QString& directory, const QString& name, int flags) 
                   m_directory.isEmpty() ? QStringLiteral("standard error") : m_directory, error);
     }
     if (QCoreApplication::instance())
-        m_flushTimer = startTimer(kFlushEveryMs, Qt::VeryCoarseTimer);
+        m_flushTimer = startTimer(FlushEveryMs, Qt::VeryCoarseTimer);
     return asked;
 }
 

@@ -8,11 +8,11 @@
 /// The FPGA boards' own four addresses, in a network of this process's own.
 namespace BoardNetwork {
 
-inline constexpr char kMark[] = "VELDA_TEST_BOARD_NETWORK";
+inline constexpr char Mark[] = "VELDA_TEST_BOARD_NETWORK";
 
 /// Whether the process runs in such a network.
 inline bool entered() {
-    return std::getenv(kMark) != nullptr;
+    return std::getenv(Mark) != nullptr;
 }
 
 /// First thing in main: starts the program anew in a network namespace whose loopback has the addresses. Where that is
@@ -22,7 +22,7 @@ inline void enter(char** argv) {
         "ip link set lo up && for a in 7 8 9 10; do ip addr add 192.168.$a.1/32 dev lo || exit; done";
     if (entered() || std::system(("unshare -rn sh -c '" + setUp + "' >/dev/null 2>&1").c_str()) != 0)
         return;
-    setenv(kMark, "1", 1);
+    setenv(Mark, "1", 1);
     std::string script = setUp + " && exec \"$0\" \"$@\"";
     std::vector<char*> words;
     std::string fixed[] = {"unshare", "-rn", "sh", "-c", script};
@@ -32,7 +32,7 @@ inline void enter(char** argv) {
         words.push_back(*argv);
     words.push_back(nullptr);
     execvp(words[0], words.data());
-    unsetenv(kMark);
+    unsetenv(Mark);
 }
 
 } // namespace BoardNetwork

@@ -60,7 +60,7 @@ void UpdateStick::addSoftware(const QString& name, const QString& version, const
 
 void UpdateStick::addFpga(const QString& name, const QString& version, const QByteArray& image) {
     FpgaTrailer trailer;
-    trailer.design = kFpgaDesign;
+    trailer.design = FpgaDesign;
     put("source/" + name + ".img", withFpgaTrailer(image, trailer));
     PackageRequest request;
     request.source = at("source/" + name + ".img");

@@ -1,7 +1,6 @@
 #include "sim/battery_curve.h"
 
 #include <QStringList>
-
 #include <algorithm>
 #include <cmath>
 

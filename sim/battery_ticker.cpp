@@ -4,7 +4,7 @@
 
 namespace Sim {
 namespace {
-constexpr int kTickMs = 100;
+constexpr int TickMs = 100;
 }
 
 BatteryTicker::BatteryTicker(ModuleState& state) : m_state(state) {
@@ -12,7 +12,7 @@ BatteryTicker::BatteryTicker(ModuleState& state) : m_state(state) {
         return;
     m_sinceStart.start();
     connect(&m_timer, &QTimer::timeout, this, &BatteryTicker::tick);
-    m_timer.start(kTickMs);
+    m_timer.start(TickMs);
 }
 
 void BatteryTicker::tick() {

@@ -16,7 +16,7 @@ constexpr WordField word(RecordText R::*text, const std::array<const char*, N>& 
     return {text, words.data(), N};
 }
 
-const Setting kSettings[] = {
+const Setting Settings[] = {
     {Scpi::Frequency, &R::frequency},
     {Scpi::Power, &R::power},
     {Scpi::Phase, &R::phase},
@@ -74,7 +74,7 @@ const Setting kSettings[] = {
 } // namespace
 
 const Setting* findSetting(const QByteArray& header) {
-    for (const Setting& setting : kSettings) {
+    for (const Setting& setting : Settings) {
         if (headerMatches(setting.header, header))
             return &setting;
     }

@@ -3,7 +3,6 @@
 #include "common/wire/channel_record.h"
 
 #include <QByteArray>
-
 #include <cstddef>
 #include <variant>
 

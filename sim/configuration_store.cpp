@@ -7,13 +7,12 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QSaveFile>
-
 #include <cstring>
 
 namespace Sim {
 namespace {
 
-constexpr char kChannelsKey[] = "channels";
+constexpr char ChannelsKey[] = "channels";
 
 QByteArray encoded(const Records& records) {
     QJsonArray channels;
@@ -21,12 +20,12 @@ QByteArray encoded(const Records& records) {
         const QByteArray bytes(reinterpret_cast<const char*>(&record), sizeof record);
         channels.append(QString::fromLatin1(bytes.toBase64()));
     }
-    return QJsonDocument(QJsonObject{{kChannelsKey, channels}}).toJson();
+    return QJsonDocument(QJsonObject{{ChannelsKey, channels}}).toJson();
 }
 
 std::optional<Records> decoded(const QByteArray& text) {
     Records records;
-    const QJsonArray channels = QJsonDocument::fromJson(text).object().value(kChannelsKey).toArray();
+    const QJsonArray channels = QJsonDocument::fromJson(text).object().value(ChannelsKey).toArray();
     for (const QJsonValue& channel : channels) {
         const QByteArray bytes = QByteArray::fromBase64(channel.toString().toLatin1());
         ChannelRecord record{};
@@ -35,7 +34,7 @@ std::optional<Records> decoded(const QByteArray& text) {
         std::memcpy(&record, bytes.constData(), sizeof record);
         records.push_back(record);
     }
-    return records.empty() || records.size() > kMaxChannels ? std::nullopt : std::optional<Records>(records);
+    return records.empty() || records.size() > MaxChannels ? std::nullopt : std::optional<Records>(records);
 }
 
 } // namespace

@@ -13,12 +13,12 @@
 namespace Sim {
 namespace {
 
-constexpr std::array<const char*, 14> kKindWords{"SILent", "LOST",  "LATE", "REFuse", "ANSWer", "SPLit", "MERGe",
-                                                 "DOUBle", "NOEnd", "DROP", "KEEP",   "OTHer",  "STALe", "GONE"};
-static_assert(Fault::Gone + 1 == kKindWords.size());
+constexpr std::array<const char*, 14> KindWords{"SILent", "LOST",  "LATE", "REFuse", "ANSWer", "SPLit", "MERGe",
+                                                "DOUBle", "NOEnd", "DROP", "KEEP",   "OTHer",  "STALe", "GONE"};
+static_assert(Fault::Gone + 1 == KindWords.size());
 
-constexpr int kLongestMs = 3600 * 1000;
-constexpr int kLargestBlock = 64 * 1024 * 1024;
+constexpr int LongestMs = 3600 * 1000;
+constexpr int LargestBlock = 64 * 1024 * 1024;
 
 QByteArray ok() {
     return Scpi::Acknowledge;
@@ -69,7 +69,7 @@ bool applyFaultOption(const QByteArray& option, Fault& fault) {
     } else if (wordMatches("TEXT", name)) {
         fault.text = value;
     } else if (wordMatches("COUNt", name) || wordMatches("MS", name)) {
-        const std::optional<int> number = wholeNumber(value, 0, kLongestMs);
+        const std::optional<int> number = wholeNumber(value, 0, LongestMs);
         if (!number)
             return false;
         (wordMatches("MS", name) ? fault.milliseconds : fault.count) = *number;
@@ -90,7 +90,7 @@ struct ControlCommands::Row {
 };
 
 const ControlCommands::Row* ControlCommands::findRow(const QByteArray& header, bool isQuery) {
-    static const Row kRows[] = {
+    static const Row Rows[] = {
         {"SIMulator:FAULt", false, 1, 5, &ControlCommands::addFault},
         {"SIMulator:FAULt:CLEar", false, 0, 0, &ControlCommands::clearFaults},
         {"SIMulator:FAULt:PENDing", true, 0, 0, &ControlCommands::pendingFaults},
@@ -109,10 +109,10 @@ const ControlCommands::Row* ControlCommands::findRow(const QByteArray& header, b
         {"SIMulator:PATTern:DEFined", true, 0, 0, &ControlCommands::definedPattern},
         {"SIMulator:BLOCk", true, 1, 1, &ControlCommands::block},
     };
-    const auto* const found = std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& row) {
+    const auto* const found = std::find_if(std::begin(Rows), std::end(Rows), [&](const Row& row) {
         return row.isQuery == isQuery && headerMatches(row.header, header);
     });
-    return found == std::end(kRows) ? nullptr : found;
+    return found == std::end(Rows) ? nullptr : found;
 }
 
 ControlCommands::ControlCommands(ModuleState& state, FaultPlan& faults, RequestLog& log, Hooks hooks)
@@ -135,10 +135,10 @@ std::optional<QByteArray> ControlCommands::execute(const QByteArray& text) {
 
 QByteArray ControlCommands::addFault(const QByteArrayList& arguments) {
     Fault fault;
-    const char* word = findWord(kKindWords, arguments.first());
+    const char* word = findWord(KindWords, arguments.first());
     if (!word)
         return wrong("Unknown fault: " + arguments.first());
-    fault.kind = static_cast<Fault::Kind>(std::find(kKindWords.begin(), kKindWords.end(), word) - kKindWords.begin());
+    fault.kind = static_cast<Fault::Kind>(std::find(KindWords.begin(), KindWords.end(), word) - KindWords.begin());
     for (const QByteArray& option : arguments.mid(1)) {
         if (!applyFaultOption(option, fault))
             return wrong("Unknown option: " + option);
@@ -157,7 +157,7 @@ QByteArray ControlCommands::pendingFaults(const QByteArrayList&) {
 }
 
 QByteArray ControlCommands::goAway(const QByteArrayList& arguments) {
-    const std::optional<int> ms = wholeNumber(arguments.first(), 0, kLongestMs);
+    const std::optional<int> ms = wholeNumber(arguments.first(), 0, LongestMs);
     if (!ms)
         return wrong("Not a time in milliseconds: " + arguments.first());
     m_hooks.goAway(*ms);
@@ -173,7 +173,7 @@ QByteArray ControlCommands::freeze(const QByteArrayList& arguments) {
 }
 
 QByteArray ControlCommands::replaceRegion(const QByteArrayList& arguments) {
-    const std::optional<int> channels = arguments.isEmpty() ? 0 : wholeNumber(arguments.first(), 1, kMaxChannels);
+    const std::optional<int> channels = arguments.isEmpty() ? 0 : wholeNumber(arguments.first(), 1, MaxChannels);
     if (!channels)
         return wrong("1 to 4 channels, not " + arguments.first());
     QString error;
@@ -253,7 +253,7 @@ QByteArray ControlCommands::definedPattern(const QByteArrayList&) {
 }
 
 QByteArray ControlCommands::block(const QByteArrayList& arguments) {
-    const std::optional<int> size = wholeNumber(arguments.first(), 0, kLargestBlock);
+    const std::optional<int> size = wholeNumber(arguments.first(), 0, LargestBlock);
     if (!size)
         return wrong("Not a size: " + arguments.first());
     const QByteArray length = QByteArray::number(*size);

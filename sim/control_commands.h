@@ -5,7 +5,6 @@
 #include "sim/request_log.h"
 
 #include <QByteArrayList>
-
 #include <functional>
 #include <optional>
 

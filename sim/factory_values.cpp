@@ -10,17 +10,17 @@
 namespace Sim {
 namespace {
 
-constexpr double kHz = 1e3;
-constexpr double kMHz = 1e6;
-constexpr double kGHz = 1e9;
-constexpr double kMs = 1e-3;
-constexpr double kUs = 1e-6;
-constexpr double kNs = 1e-9;
+constexpr double Hz = 1e3;
+constexpr double MHz = 1e6;
+constexpr double GHz = 1e9;
+constexpr double Ms = 1e-3;
+constexpr double Us = 1e-6;
+constexpr double Ns = 1e-9;
 
-constexpr double kLowestFrequency = 9 * kHz;
-constexpr double kHighestFrequency = 6 * kGHz;
-constexpr double kLowestPower = -60;
-constexpr double kHighestPower = 20;
+constexpr double LowestFrequency = 9 * Hz;
+constexpr double HighestFrequency = 6 * GHz;
+constexpr double LowestPower = -60;
+constexpr double HighestPower = 20;
 
 // In the order in which people read a range; the record has the maximum first.
 constexpr LimitedValue limited(double value, double minimum, double maximum) {
@@ -31,13 +31,13 @@ constexpr LimitedCount counted(std::uint32_t value, std::uint32_t minimum, std::
 }
 
 constexpr LimitedValue frequency(double value) {
-    return limited(value, kLowestFrequency, kHighestFrequency);
+    return limited(value, LowestFrequency, HighestFrequency);
 }
 constexpr LimitedValue power(double value) {
-    return limited(value, kLowestPower, kHighestPower);
+    return limited(value, LowestPower, HighestPower);
 }
 constexpr LimitedValue rate() {
-    return limited(1 * kHz, 0.1, 1 * kMHz);
+    return limited(1 * Hz, 0.1, 1 * MHz);
 }
 
 void fillCarrierAndTrigger(ChannelRecord& record) {
@@ -47,10 +47,10 @@ void fillCarrierAndTrigger(ChannelRecord& record) {
     setRecordText(record.triggerAdvance, TriggerAdvToString[0]);
     record.triggerCount = counted(1, 1, 1000000);
     record.triggerDelay = limited(0, 0, 10);
-    record.triggerTimer = limited(100 * kMs, 1 * kUs, 100);
+    record.triggerTimer = limited(100 * Ms, 1 * Us, 100);
     record.triggerImpedance = 50;
-    record.frequency = {1 * kGHz, 1 * kGHz, kHighestFrequency, kLowestFrequency};
-    record.power = {-10, -10, kHighestPower, kLowestPower};
+    record.frequency = {1 * GHz, 1 * GHz, HighestFrequency, LowestFrequency};
+    record.power = {-10, -10, HighestPower, LowestPower};
     record.phase = limited(0, 0, 360);
     setRecordText(record.referenceOscillator, ReferenceOscillatorToString[0]);
 }
@@ -60,24 +60,24 @@ void fillModulations(ChannelRecord& record) {
         setRecordText(*source, ModSrcModeToString[internal]);
     record.amRate = record.fmRate = record.pmRate = rate();
     record.amDepth = limited(50, 0, 100);
-    record.fmDeviation = limited(10 * kHz, 1, 20 * kMHz);
+    record.fmDeviation = limited(10 * Hz, 1, 20 * MHz);
     record.pmDeviation = limited(45, 0, 360);
-    record.pulseFrequency = limited(1 * kHz, 0.1, 5 * kMHz);
-    record.pulseWidth = limited(100 * kUs, 50 * kNs, 10);
+    record.pulseFrequency = limited(1 * Hz, 0.1, 5 * MHz);
+    record.pulseWidth = limited(100 * Us, 50 * Ns, 10);
 }
 
 void fillSweepsAndSteps(ChannelRecord& record) {
-    record.frswStart = frequency(1 * kGHz);
-    record.frswStop = frequency(2 * kGHz);
+    record.frswStart = frequency(1 * GHz);
+    record.frswStop = frequency(2 * GHz);
     record.prswStart = power(-20);
     record.prswStop = power(0);
     record.frswSteps = record.prswSteps = counted(11, 2, 65535);
-    record.frswDwell = record.prswDwell = limited(1 * kMs, 10 * kUs, 100);
-    record.frswTotalTime = record.prswTotalTime = {3600, 20 * kUs};
+    record.frswDwell = record.prswDwell = limited(1 * Ms, 10 * Us, 100);
+    record.frswTotalTime = record.prswTotalTime = {3600, 20 * Us};
     setRecordText(record.frswDirection, SweepDirectionToString[normal]);
     setRecordText(record.prswDirection, SweepDirectionToString[normal]);
-    record.listDwell = {1 * kMs, 100, 10 * kUs};
-    record.patternTime = {1 * kMs, 10, 100 * kNs};
+    record.listDwell = {1 * Ms, 100, 10 * Us};
+    record.patternTime = {1 * Ms, 10, 100 * Ns};
     record.patternRepetitions = counted(1, 1, 65535);
 }
 

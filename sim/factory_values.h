@@ -4,7 +4,7 @@
 
 namespace Sim {
 
-/// The record of one channel as the module leaves the factory: a generator of 9 kHz to 6 GHz and -60 to +20 dBm with
+/// The record of one channel as the module leaves the factory: a generator of 9 Hz to 6 GHz and -60 to +20 dBm with
 /// every published limit filled in. The port is left empty.
 ChannelRecord factoryRecord(unsigned channel, const Options& options);
 

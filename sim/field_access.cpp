@@ -6,7 +6,6 @@
 #include "sim/scpi_text.h"
 
 #include <QList>
-
 #include <algorithm>
 #include <cmath>
 
@@ -101,8 +100,8 @@ struct Assign {
         static const struct {
             const char* text;
             std::uint32_t ohms;
-        } kImpedances[] = {{"50", 50}, {"10K", 10000}, {"10000", 10000}, {"100K", 100000}, {"100000", 100000}};
-        for (const auto& impedance : kImpedances) {
+        } Impedances[] = {{"50", 50}, {"10K", 10000}, {"10000", 10000}, {"100K", 100000}, {"100000", 100000}};
+        for (const auto& impedance : Impedances) {
             if (wordMatches(impedance.text, argument)) {
                 record.*field.ohms = impedance.ohms;
                 return {};
@@ -141,10 +140,10 @@ QByteArray sweepTimeRefusal(const ChannelRecord& before, const ChannelRecord& af
         ValueLimits ChannelRecord::*limits;
         double timeIn(const ChannelRecord& record) const { return (record.*steps).value * (record.*dwell).value; }
     };
-    static const Sweep kSweeps[] = {
+    static const Sweep Sweeps[] = {
         {&ChannelRecord::frswSteps, &ChannelRecord::frswDwell, &ChannelRecord::frswTotalTime},
         {&ChannelRecord::prswSteps, &ChannelRecord::prswDwell, &ChannelRecord::prswTotalTime}};
-    for (const Sweep& sweep : kSweeps) {
+    for (const Sweep& sweep : Sweeps) {
         const ValueLimits limits = after.*sweep.limits;
         const double seconds = sweep.timeIn(after);
         const double rounding = seconds * 1e-9; // of the product, so that the limits themselves are within

@@ -1,17 +1,16 @@
 #include "sim/fpga_board.h"
 
 #include <QCryptographicHash>
-
 #include <algorithm>
 
 namespace Sim {
 namespace {
 
-constexpr quint32 kLargestImage = 65534U * FpgaRequest::kBlockSize;
+constexpr quint32 LargestImage = 65534U * FpgaRequest::BlockSize;
 
 // Counts a fault down; it is on as long as there is something left.
 bool takeOne(int& left) {
-    if (left > 0 && left < FpgaFaults::kAlways)
+    if (left > 0 && left < FpgaFaults::Always)
         --left;
     else if (left <= 0)
         return false;
@@ -47,7 +46,7 @@ QByteArray FpgaBoard::sha256() const {
 }
 
 int FpgaBoard::totalBlocks() const {
-    return static_cast<int>((m_imageSize + FpgaRequest::kBlockSize - 1) / FpgaRequest::kBlockSize);
+    return static_cast<int>((m_imageSize + FpgaRequest::BlockSize - 1) / FpgaRequest::BlockSize);
 }
 
 bool FpgaBoard::lost(bool isMarker) {
@@ -89,7 +88,7 @@ void FpgaBoard::take(const FpgaRequest& request) {
 
 void FpgaBoard::takeInit(const FpgaRequest& request) {
     ++m_counts.inits;
-    if (request.imageSize > kLargestImage || takeOne(m_faults.ignoredInits))
+    if (request.imageSize > LargestImage || takeOne(m_faults.ignoredInits))
         return;
     m_status.stop();
     m_state = Receiving;
@@ -101,9 +100,9 @@ void FpgaBoard::takeInit(const FpgaRequest& request) {
 
 void FpgaBoard::takeData(const FpgaRequest& request) {
     ++m_counts.data;
-    const int have = (m_image.size() + FpgaRequest::kBlockSize - 1) / FpgaRequest::kBlockSize;
+    const int have = (m_image.size() + FpgaRequest::BlockSize - 1) / FpgaRequest::BlockSize;
     const bool fits = request.block < totalBlocks()
-                          ? request.payload.size() == FpgaRequest::kBlockSize
+                          ? request.payload.size() == FpgaRequest::BlockSize
                           : request.payload.size() + m_image.size() == static_cast<int>(m_imageSize);
     if (m_state == Receiving && request.block == have + 1 && !fits) {
         ++m_counts.malformed;

@@ -3,14 +3,13 @@
 #include "sim/fpga_board.h"
 
 #include <QThread>
-
 #include <condition_variable>
 #include <mutex>
 
 namespace Sim {
 
 struct FpgaBoardsOptions {
-    static constexpr int kMostBoards = 4;
+    static constexpr int MostBoards = 4;
 
     QVector<QHostAddress> addresses; ///< one per board
     FpgaBoardSettings board;         ///< of each, but for its address

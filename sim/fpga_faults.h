@@ -1,14 +1,13 @@
 #pragma once
 
 #include <QHostAddress>
-
 #include <limits>
 
 namespace Sim {
 
 /// What a simulated FPGA board does wrong. Everything off: a board that answers at once and burns to the end.
 struct FpgaFaults {
-    static constexpr int kAlways = std::numeric_limits<int>::max();
+    static constexpr int Always = std::numeric_limits<int>::max();
 
     int ignoredInits = 0; ///< this many INIT datagrams get no answer
     int ignoredData = 0;  ///< the same for data blocks

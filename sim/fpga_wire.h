@@ -13,8 +13,8 @@ struct FpgaRequest {
     quint32 imageSize = 0; ///< of an INIT
     QByteArray payload;    ///< of DATA
 
-    static constexpr int kHeaderSize = 22;
-    static constexpr int kBlockSize = 1024;
+    static constexpr int HeaderSize = 22;
+    static constexpr int BlockSize = 1024;
 
     static FpgaRequest parse(const QByteArray& datagram);
 };

@@ -13,9 +13,9 @@
 namespace Sim {
 namespace {
 
-constexpr int kErrorQueueLength = 32;
-constexpr int kListStepFields = 6;    // number, Hz, dBm, last, not "Run", seconds
-constexpr int kPatternStepFields = 5; // number, on, off, loops, last
+constexpr int ErrorQueueLength = 32;
+constexpr int ListStepFields = 6;    // number, Hz, dBm, last, not "Run", seconds
+constexpr int PatternStepFields = 5; // number, on, off, loops, last
 
 QByteArray ok() {
     return Scpi::Acknowledge;
@@ -35,7 +35,7 @@ struct Interpreter::Action {
 };
 
 const Interpreter::Action* Interpreter::findAction(const ScpiLine& line) {
-    static const Action kActions[] = {
+    static const Action Actions[] = {
         {Scpi::SelectChannel, false, Action::Needed, &Interpreter::selectChannel},
         {Scpi::SelectChannel, true, Action::None, &Interpreter::selectedChannel},
         {Scpi::PowerOnRestore, false, Action::Needed, &Interpreter::setRestoreMode},
@@ -54,10 +54,10 @@ const Interpreter::Action* Interpreter::findAction(const ScpiLine& line) {
         {":SOURce:LIST:DEFine", false, Action::Needed, &Interpreter::defineListStep},
         {":PATTern:DEFine", false, Action::Needed, &Interpreter::definePatternStep},
     };
-    const auto* const found = std::find_if(std::begin(kActions), std::end(kActions), [&line](const Action& action) {
+    const auto* const found = std::find_if(std::begin(Actions), std::end(Actions), [&line](const Action& action) {
         return action.isQuery == line.isQuery && headerMatches(action.header, line.header);
     });
-    return found == std::end(kActions) ? nullptr : found;
+    return found == std::end(Actions) ? nullptr : found;
 }
 
 Interpreter::Interpreter(ModuleState& state, OpenPort openPort)
@@ -65,7 +65,7 @@ Interpreter::Interpreter(ModuleState& state, OpenPort openPort)
 
 QByteArray Interpreter::execute(const Request& request) {
     QByteArray answer = dispatch(request);
-    if (answer.startsWith(Scpi::Refusal) && m_errors.size() < kErrorQueueLength)
+    if (answer.startsWith(Scpi::Refusal) && m_errors.size() < ErrorQueueLength)
         m_errors << answer.mid(static_cast<int>(sizeof Scpi::Refusal));
     return answer;
 }
@@ -246,11 +246,11 @@ QByteArray Interpreter::nextError(const QByteArray&) {
 }
 
 QByteArray Interpreter::defineListStep(const QByteArray& argument) {
-    return defineStep(&ModuleData::listSteps, kListStepFields, listDefinitions, argument);
+    return defineStep(&ModuleData::listSteps, ListStepFields, listDefinitions, argument);
 }
 
 QByteArray Interpreter::definePatternStep(const QByteArray& argument) {
-    return defineStep(&ModuleData::patternSteps, kPatternStepFields, patternDefinitions, argument);
+    return defineStep(&ModuleData::patternSteps, PatternStepFields, patternDefinitions, argument);
 }
 
 template <typename Step>

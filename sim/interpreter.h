@@ -7,7 +7,6 @@
 #include "sim/scpi_text.h"
 
 #include <QByteArrayList>
-
 #include <functional>
 
 namespace Sim {

@@ -6,7 +6,6 @@
 #include "sim/request_log.h"
 
 #include <QByteArrayList>
-
 #include <functional>
 #include <memory>
 #include <mutex>

@@ -22,13 +22,13 @@ void resizeChannels(ModuleData& data, unsigned channels, const Options& options)
 } // namespace
 
 ModuleState::ModuleState(const Options& options) : m_options(options), m_region(options.regionName) {
-    resizeChannels(m_data, std::clamp(options.channels, 1U, kMaxChannels), options);
+    resizeChannels(m_data, std::clamp(options.channels, 1U, MaxChannels), options);
     m_published = m_data.records;
 }
 
 bool ModuleState::publishAnew(unsigned channels, QString& error) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (channels >= 1 && channels <= kMaxChannels)
+    if (channels >= 1 && channels <= MaxChannels)
         resizeChannels(m_data, channels, m_options);
     if (!m_region.replace(m_data.records, error))
         return false;

@@ -4,7 +4,6 @@
 #include "sim/shared_region.h"
 
 #include <QByteArray>
-
 #include <functional>
 #include <mutex>
 #include <vector>

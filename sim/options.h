@@ -5,7 +5,6 @@
 
 #include <QByteArrayList>
 #include <QString>
-
 #include <functional>
 #include <string>
 
@@ -15,7 +14,7 @@ namespace Sim {
 struct Options {
     unsigned channels = 1;                                 ///< 1 to 4
     quint16 port = 0;                                      ///< of the SCPI service on 127.0.0.1; 0: any free one
-    std::string regionName = kRegionName;                  ///< of the shared memory, with its leading slash
+    std::string regionName = RegionName;                   ///< of the shared memory, with its leading slash
     unsigned disconnectedChannels = 0;                     ///< bit n: the module of channel n does not answer
     BatteryCurve battery = BatteryCurve::steady(80, -420); ///< runs from the moment of start
     QString configurationFolder;  ///< of the stored configurations; empty: they are kept in memory

@@ -3,7 +3,6 @@
 #include <QByteArrayList>
 #include <QHash>
 #include <QPair>
-
 #include <condition_variable>
 #include <functional>
 #include <mutex>

@@ -8,8 +8,8 @@
 namespace Sim {
 namespace {
 
-constexpr std::array<const char*, 2> kUploadHeaders{":LIST:DATA", ":PATT:DATA"};
-constexpr int kLongestHeader = 32;
+constexpr std::array<const char*, 2> UploadHeaders{":LIST:DATA", ":PATT:DATA"};
+constexpr int LongestHeader = 32;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -17,11 +17,11 @@ bool isDigit(char c) {
 
 /// Where the "#" of an upload stands in the bytes: behind the header and blanks. -1: this is no upload.
 int uploadMark(const QByteArray& bytes) {
-    const int mark = bytes.left(kLongestHeader).indexOf('#');
+    const int mark = bytes.left(LongestHeader).indexOf('#');
     if (mark < 1 || bytes.at(mark - 1) != ' ')
         return -1;
     const QByteArray header = splitLine(bytes.left(mark)).header;
-    const bool known = std::any_of(kUploadHeaders.begin(), kUploadHeaders.end(),
+    const bool known = std::any_of(UploadHeaders.begin(), UploadHeaders.end(),
                                    [&header](const char* upload) { return headerMatches(upload, header); });
     return known ? mark : -1;
 }
@@ -43,7 +43,7 @@ std::optional<Request> RequestReader::next() {
         break;
     }
     const int end = m_buffer.indexOf('\n');
-    if (end < 0 && m_buffer.size() <= kLongestLine)
+    if (end < 0 && m_buffer.size() <= LongestLine)
         return std::nullopt;
     if (end < 0) {
         request.line = m_buffer;
@@ -73,7 +73,7 @@ RequestReader::Upload RequestReader::takeUpload(Request& request) {
         return Upload::No;
     if (length.size() < digits)
         return Upload::Incomplete;
-    if (length.toLongLong() > kLargestBlock)
+    if (length.toLongLong() > LargestBlock)
         return Upload::No;
     const int begin = mark + 2 + digits;
     const int end = begin + length.toInt();

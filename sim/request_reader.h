@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-
 #include <optional>
 
 namespace Sim {
@@ -18,8 +17,8 @@ struct Request {
 /// ":PATT:DATA #..."), whose bytes are counted and may be anything. Empty lines are skipped. One connection each.
 class RequestReader {
 public:
-    static constexpr int kLongestLine = 64 * 1024;
-    static constexpr int kLargestBlock = 16 * 1024 * 1024;
+    static constexpr int LongestLine = 64 * 1024;
+    static constexpr int LargestBlock = 16 * 1024 * 1024;
 
     void add(const QByteArray& bytes) { m_buffer += bytes; }
 

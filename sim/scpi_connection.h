@@ -5,7 +5,6 @@
 #include <QObject>
 #include <QTcpSocket>
 #include <QTimer>
-
 #include <deque>
 #include <functional>
 

@@ -4,14 +4,13 @@
 #include "sim/factory_values.h"
 
 #include <QHostAddress>
-
 #include <algorithm>
 #include <utility>
 
 namespace Sim {
 namespace {
 
-constexpr int kRetryListenMs = 20;
+constexpr int RetryListenMs = 20;
 
 /// The request with another argument behind its header.
 Request withArgument(const Request& request, const QByteArray& argument) {
@@ -110,7 +109,7 @@ void ScpiService::goAway(int ms) {
 void ScpiService::comeBack() {
     QString error;
     if (!open(m_port, error))
-        m_return.start(kRetryListenMs);
+        m_return.start(RetryListenMs);
 }
 
 QByteArray ScpiService::executeAtStart(const QByteArray& line) {

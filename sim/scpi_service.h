@@ -9,7 +9,6 @@
 #include <QObject>
 #include <QTcpServer>
 #include <QTimer>
-
 #include <memory>
 
 namespace Sim {

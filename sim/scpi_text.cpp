@@ -4,7 +4,6 @@
 
 #include <QLocale>
 #include <QString>
-
 #include <algorithm>
 #include <cmath>
 #include <string_view>

@@ -3,7 +3,6 @@
 #include "sim/scpi_service.h"
 
 #include <QThread>
-
 #include <condition_variable>
 #include <deque>
 #include <functional>

@@ -13,7 +13,7 @@
 namespace Sim {
 namespace {
 
-constexpr mode_t kMode = 0644;
+constexpr mode_t Mode = 0644;
 
 QString systemError(const char* what, const std::string& name) {
     return QString("%1 of the region %2 failed: %3").arg(what, QString::fromStdString(name), strerror(errno));
@@ -54,16 +54,16 @@ void SharedRegion::unmap() {
 
 bool SharedRegion::replace(const Records& records, QString& error) {
     const std::string draft = m_name + "." + std::to_string(getpid()) + ".new";
-    const std::size_t size = records.size() * kChannelRecordSize;
+    const std::size_t size = records.size() * ChannelRecordSize;
     shm_unlink(draft.c_str());
-    const int descriptor = shm_open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL, kMode);
+    const int descriptor = shm_open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL, Mode);
     if (descriptor < 0) {
         error = systemError("Opening", m_name);
         return false;
     }
     // The mode of shm_open is cut by the umask; a panel of another account must be able to read.
     void* mapping = MAP_FAILED;
-    if (fchmod(descriptor, kMode) == 0 && ftruncate(descriptor, static_cast<off_t>(size)) == 0)
+    if (fchmod(descriptor, Mode) == 0 && ftruncate(descriptor, static_cast<off_t>(size)) == 0)
         mapping = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     if (mapping != MAP_FAILED)
         std::memcpy(mapping, records.data(), size);
@@ -86,13 +86,13 @@ bool SharedRegion::replace(const Records& records, QString& error) {
 
 void SharedRegion::write(const Records& records) {
     using Word = std::uint64_t;
-    static_assert(kChannelRecordSize % sizeof(Word) == 0 && alignof(ChannelRecord) >= alignof(Word));
+    static_assert(ChannelRecordSize % sizeof(Word) == 0 && alignof(ChannelRecord) >= alignof(Word));
     if (!m_mapping)
         return;
     // Readers take no lock, so a number must never be seen half written.
     auto* target = static_cast<Word*>(m_mapping);
     const auto* source = reinterpret_cast<const unsigned char*>(records.data());
-    const std::size_t words = std::min(m_size, records.size() * kChannelRecordSize) / sizeof(Word);
+    const std::size_t words = std::min(m_size, records.size() * ChannelRecordSize) / sizeof(Word);
     for (std::size_t i = 0; i < words; ++i) {
         Word word = 0;
         std::memcpy(&word, source + i * sizeof(Word), sizeof(Word));

@@ -3,7 +3,6 @@
 #include "common/wire/channel_record.h"
 
 #include <QString>
-
 #include <string>
 #include <vector>
 

@@ -65,8 +65,8 @@ std::vector<std::vector<double>> numbersOf(const QByteArray& arguments, std::siz
 
 // A count beyond any that a step can have stays beyond it.
 quint64 toCount(double number) {
-    constexpr double kMost = 0x1p53;
-    return number > 0 ? static_cast<quint64>(std::min(number, kMost)) : 0;
+    constexpr double Most = 0x1p53;
+    return number > 0 ? static_cast<quint64>(std::min(number, Most)) : 0;
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
-
 #include <vector>
 
 namespace Sim {

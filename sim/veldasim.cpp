@@ -3,7 +3,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-
 #include <csignal>
 #include <cstdio>
 
@@ -23,7 +22,7 @@ bool readNumber(const QString& text, unsigned minimum, unsigned maximum, unsigne
 // Fills the options from the command line; a sentence when something is wrong with it.
 QString readOptions(const QCommandLineParser& parser, Sim::Options& options) {
     unsigned port = 0;
-    if (!readNumber(parser.value("channels"), 1, kMaxChannels, options.channels))
+    if (!readNumber(parser.value("channels"), 1, MaxChannels, options.channels))
         return "--channels takes 1 to 4";
     if (!readNumber(parser.value("port"), 0, 65535, port))
         return "--port takes 0 to 65535";
@@ -34,7 +33,7 @@ QString readOptions(const QCommandLineParser& parser, Sim::Options& options) {
         return "--region takes one name behind a slash";
     for (const QString& text : parser.value("disconnected").split(',', Qt::SkipEmptyParts)) {
         unsigned channel = 0;
-        if (!readNumber(text, 0, kMaxChannels - 1, channel))
+        if (!readNumber(text, 0, MaxChannels - 1, channel))
             return "--disconnected takes channels from 0, separated by commas";
         options.disconnectedChannels |= 1U << channel;
     }
@@ -52,7 +51,7 @@ QString readOptions(const QCommandLineParser& parser, Sim::Options& options) {
 // The boards' part of the same.
 QString readBoards(const QCommandLineParser& parser, Sim::FpgaBoardsOptions& options) {
     unsigned count = 0;
-    if (!readNumber(parser.value("boards"), 0, Sim::FpgaBoardsOptions::kMostBoards, count))
+    if (!readNumber(parser.value("boards"), 0, Sim::FpgaBoardsOptions::MostBoards, count))
         return "--boards takes 0 to 4";
     for (const QString& text : parser.value("board-address").split(',', Qt::SkipEmptyParts)) {
         const QHostAddress address(text);
@@ -101,7 +100,7 @@ int main(int argc, char** argv) {
     parser.addOptions({
         {"channels", "Number of RF channels, 1 to 4.", "number", "1"},
         {"port", "TCP port on 127.0.0.1; 0 takes a free one.", "number", "0"},
-        {"region", "Name of the shared memory.", "name", kRegionName},
+        {"region", "Name of the shared memory.", "name", RegionName},
         {"disconnected", "Channels, from 0, whose module does not answer.", "numbers"},
         {"battery", "Battery over time: seconds:percent:mA points, separated by commas.", "points", "0:80:-420"},
         {"configurations", "Folder of the stored configurations; without it they are kept in memory.", "folder"},

@@ -5,7 +5,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-
 #include <cstdio>
 
 namespace Console {
@@ -31,14 +30,14 @@ int run(int argc, char** argv, const Tool& tool, const Carry& carry) {
     const QCommandLineOption help({"h", "help"}, "Shows this help.");
     parser.addOption(help);
     if (!parser.parse(QCoreApplication::arguments()))
-        return refuse(parser.errorText(), kUsage);
+        return refuse(parser.errorText(), Usage);
     if (parser.isSet(help)) {
         say(parser.helpText());
-        return kDone;
+        return Done;
     }
     const QStringList arguments = parser.positionalArguments();
     const std::optional<int> code = carry(parser, arguments.value(0), arguments.mid(1));
-    return code ? *code : refuse(QStringLiteral("say %1, or --help").arg(tool.commands), kUsage);
+    return code ? *code : refuse(QStringLiteral("say %1, or --help").arg(tool.commands), Usage);
 }
 
 QString writeFile(const QString& path, const QByteArray& bytes) {

@@ -4,7 +4,6 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-
 #include <functional>
 #include <optional>
 
@@ -13,15 +12,15 @@ class QCommandLineParser;
 /// What the release tools say and how they end: 0 done, 1 refused or failed, 2 called the wrong way.
 namespace Console {
 
-inline constexpr int kDone = 0;
-inline constexpr int kRefused = 1;
-inline constexpr int kUsage = 2;
+inline constexpr int Done = 0;
+inline constexpr int Refused = 1;
+inline constexpr int Usage = 2;
 
 /// A line on standard output.
 void say(const QString& line);
 
 /// A line on standard error, with the program's name in front; returns the exit code.
-int refuse(const QString& why, int code = kRefused);
+int refuse(const QString& why, int code = Refused);
 
 /// What a tool says of itself in its help.
 struct Tool {

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr qint64 kLargestFile = FpgaWire::kLargestImage + FpgaTrailer::kSize;
+constexpr qint64 LargestFile = FpgaWire::LargestImage + FpgaTrailer::Size;
 
 QString takeVersion(const QString& text, FpgaTrailer& trailer) {
     const auto match = QRegularExpression("^([0-9]{1,3})\\.([0-9]{1,3})$").match(text);
@@ -41,7 +41,7 @@ QString takeDesign(const QString& text, FpgaTrailer& trailer) {
 }
 
 QString takeImage(const QString& path, QByteArray& image) {
-    const QString problem = Console::readFile(path, FpgaWire::kLargestImage, image);
+    const QString problem = Console::readFile(path, FpgaWire::LargestImage, image);
     if (!problem.isEmpty())
         return problem;
     if (image.isEmpty())
@@ -53,7 +53,7 @@ QString takeImage(const QString& path, QByteArray& image) {
 
 int sign(const QCommandLineParser& parser, const QStringList& files) {
     if (files.size() != 2)
-        return Console::refuse("sign takes an image and the file to write", Console::kUsage);
+        return Console::refuse("sign takes an image and the file to write", Console::Usage);
     FpgaTrailer trailer;
     QByteArray image;
     for (const QString& problem :
@@ -63,16 +63,16 @@ int sign(const QCommandLineParser& parser, const QStringList& files) {
             return Console::refuse(problem);
     }
     const QString problem = Console::writeFile(files[1], withFpgaTrailer(image, trailer));
-    return problem.isEmpty() ? Console::kDone : Console::refuse(problem);
+    return problem.isEmpty() ? Console::Done : Console::refuse(problem);
 }
 
 int check(const QCommandLineParser& parser, const QStringList& files) {
     if (files.isEmpty() || !parser.optionNames().isEmpty())
-        return Console::refuse("check takes signed files and no options", Console::kUsage);
-    int code = Console::kDone;
+        return Console::refuse("check takes signed files and no options", Console::Usage);
+    int code = Console::Done;
     for (const QString& path : files) {
         QByteArray file;
-        const QString problem = Console::readFile(path, kLargestFile, file);
+        const QString problem = Console::readFile(path, LargestFile, file);
         if (!problem.isEmpty()) {
             code = Console::refuse(problem);
             continue;
@@ -82,11 +82,11 @@ int check(const QCommandLineParser& parser, const QStringList& files) {
             code = Console::refuse(path + ": " + verdict.line);
             continue;
         }
-        const int bytes = file.size() - FpgaTrailer::kSize;
+        const int bytes = file.size() - FpgaTrailer::Size;
         Console::say(QStringLiteral("%1: %2, CRC %3, %4 bytes in %5 blocks")
                          .arg(path, verdict.line, QString::number(fpgaFileCrc(file), 16))
                          .arg(bytes)
-                         .arg((bytes + FpgaWire::kBlockSize - 1) / FpgaWire::kBlockSize));
+                         .arg((bytes + FpgaWire::BlockSize - 1) / FpgaWire::BlockSize));
     }
     return code;
 }
@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
                              "FILE...",
                              {{"version", "Version of the image, MAJOR.MINOR.", "version"},
                               {"date", "Build date, YYYY-MM-DD; today when left out.", "date"},
-                              {"design", "Design name; the instrument takes velda_top alone.", "name", kFpgaDesign}}};
+                              {"design", "Design name; the instrument takes velda_top alone.", "name", FpgaDesign}}};
     return Console::run(
         argc, argv, tool,
         [](const QCommandLineParser& parser, const QString& command, const QStringList& files) -> std::optional<int> {

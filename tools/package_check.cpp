@@ -33,7 +33,7 @@ QStringList textProblems(const QJsonObject& object, const QStringList& keys, con
 
 QStringList jsonProblems(const QString& manifestPath) {
     QByteArray bytes;
-    const QString problem = Console::readFile(manifestPath, kLargestManifest, bytes);
+    const QString problem = Console::readFile(manifestPath, LargestManifest, bytes);
     if (!problem.isEmpty())
         return {problem};
     QJsonParseError error{};
@@ -104,14 +104,13 @@ QStringList softwareProblems(const MANIFEST_DATA& manifest) {
 
 QStringList imageProblems(const MANIFEST_DATA& manifest) {
     QByteArray image;
-    const QString problem =
-        Console::readFile(manifest.package_path, FpgaWire::kLargestImage + FpgaTrailer::kSize, image);
+    const QString problem = Console::readFile(manifest.package_path, FpgaWire::LargestImage + FpgaTrailer::Size, image);
     if (!problem.isEmpty())
         return {problem};
     const FpgaImageCheck check = checkFpgaImage(image);
     if (!check.ok)
         return {manifest.package_path + ": " + check.line};
-    if (image.size() == FpgaTrailer::kSize)
+    if (image.size() == FpgaTrailer::Size)
         return {manifest.package_path + ": there is nothing but the trailer"};
     return {};
 }

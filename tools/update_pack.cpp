@@ -11,7 +11,7 @@ namespace {
 int tell(const QStringList& problems) {
     for (const QString& problem : problems)
         Console::refuse(problem);
-    return problems.isEmpty() ? Console::kDone : Console::kRefused;
+    return problems.isEmpty() ? Console::Done : Console::Refused;
 }
 
 // The order on the command line is the order of the installation, across the kinds of options.
@@ -44,7 +44,7 @@ QString takeComponents(const QCommandLineParser& parser, PackageRequest& request
 
 int build(PackageType type, const QCommandLineParser& parser, const QStringList& places) {
     if (places.size() != 2)
-        return Console::refuse("a package is built of a source into a folder", Console::kUsage);
+        return Console::refuse("a package is built of a source into a folder", Console::Usage);
     PackageRequest request;
     request.type = type;
     request.name = parser.value("name");
@@ -54,15 +54,15 @@ int build(PackageType type, const QCommandLineParser& parser, const QStringList&
     request.output = places[1];
     const QString problem = takeComponents(parser, request);
     if (!problem.isEmpty())
-        return Console::refuse(problem, Console::kUsage);
+        return Console::refuse(problem, Console::Usage);
     if (type != PackageType::Software && !request.components.isEmpty())
-        return Console::refuse("only a software package has components", Console::kUsage);
+        return Console::refuse("only a software package has components", Console::Usage);
     return tell(buildPackage(request));
 }
 
 int inspect(bool list, const QCommandLineParser& parser, const QStringList& places) {
     if (places.size() != 1 || !parser.optionNames().isEmpty())
-        return Console::refuse("name one manifest, or the folder that holds it, and no options", Console::kUsage);
+        return Console::refuse("name one manifest, or the folder that holds it, and no options", Console::Usage);
     const QString manifest = QFileInfo(places[0]).isDir() ? places[0] + "/Manifest" : places[0];
     const QStringList problems = checkPackage(manifest);
     if (list && QFileInfo(manifest).isFile()) {
@@ -77,8 +77,8 @@ std::optional<int> carryOut(const QCommandLineParser& parser, const QString& com
     constexpr struct {
         const char* command;
         PackageType type;
-    } kBuilds[] = {{"software", PackageType::Software}, {"fpga", PackageType::Fpga}, {"module", PackageType::Module}};
-    for (const auto& row : kBuilds) {
+    } Builds[] = {{"software", PackageType::Software}, {"fpga", PackageType::Fpga}, {"module", PackageType::Module}};
+    for (const auto& row : Builds) {
         if (command == row.command)
             return build(row.type, parser, places);
     }

@@ -2,7 +2,6 @@
 
 #include <QRegularExpression>
 #include <QString>
-
 #include <string>
 
 /// What a numeric entry may hold while it is typed: sign, digits, one point, digits; no exponent, no blanks. It lets

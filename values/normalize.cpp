@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kTableSize = 4;
+constexpr int TableSize = 4;
 
 using RangeText = QString (*)(double min, double max, const QString& name);
 
@@ -18,8 +18,8 @@ struct ListQuantity {
     RangeText rangeText;
 };
 
-constexpr ListQuantity kFrequency{UnitQuantity::Frequency, kScale[0], false, getFreqRangeToast};
-constexpr ListQuantity kTime{UnitQuantity::Time, timeScales, true, getTimeRangeToast};
+constexpr ListQuantity Frequency{UnitQuantity::Frequency, kScale[0], false, getFreqRangeToast};
+constexpr ListQuantity Time{UnitQuantity::Time, timeScales, true, getTimeRangeToast};
 
 double normalizeScaled(const ListQuantity& list, double& outValue, std::string& outUnit, double value,
                        const std::string& unit) {
@@ -50,7 +50,7 @@ CalcResult calculateNormalization(double value, const double* scale, bool ascend
         mantissa = value / scale[index += by];
     };
     const auto hasNext = [&] {
-        return index + 1 < kTableSize && scale[index + 1] != 0;
+        return index + 1 < TableSize && scale[index + 1] != 0;
     };
     while ((ascending ? mantissa >= 1000.0 : mantissa < 1.0) && hasNext())
         step(1);
@@ -61,21 +61,21 @@ CalcResult calculateNormalization(double value, const double* scale, bool ascend
 }
 
 double normalizeListFreq(double& outValue, std::string& outUnit, double value, const std::string& unit) {
-    return normalizeScaled(kFrequency, outValue, outUnit, value, unit);
+    return normalizeScaled(Frequency, outValue, outUnit, value, unit);
 }
 
 bool normalizeListFreq(double& outValue, std::string& outUnit, double min, double max, double value,
                        const std::string& unit, MessageSink* toast, const QString& name) {
-    return normalizeChecked(kFrequency, outValue, outUnit, min, max, value, unit, toast, name);
+    return normalizeChecked(Frequency, outValue, outUnit, min, max, value, unit, toast, name);
 }
 
 double normalizeListTime(double& outValue, std::string& outUnit, double value, const std::string& unit) {
-    return normalizeScaled(kTime, outValue, outUnit, value, unit);
+    return normalizeScaled(Time, outValue, outUnit, value, unit);
 }
 
 bool normalizeListTime(double& outValue, std::string& outUnit, double min, double max, double value,
                        const std::string& unit, MessageSink* toast, const QString& name) {
-    return normalizeChecked(kTime, outValue, outUnit, min, max, value, unit, toast, name);
+    return normalizeChecked(Time, outValue, outUnit, min, max, value, unit, toast, name);
 }
 
 double normalizeListPower(double& outValue, std::string& outUnit, double value, const std::string& unit) {

@@ -11,20 +11,20 @@ struct UnitRow {
     int precision;
 };
 
-constexpr UnitRow kFrequencyRows[] = {{"GHz", 1e9, 9, 12}, {"MHz", 1e6, 6, 9}, {"KHz", 1e3, 3, 6}, {"Hz", 1, 0, 3}};
-constexpr UnitRow kTimeRows[] = {{"s", 1e9, 9, 9}, {"ms", 1e6, 6, 6}, {"\u00B5s", 1e3, 3, 3}, {"ns", 1, 0, 0}};
-constexpr UnitRow kPowerRow = {"", 1, 0, 2};
-constexpr UnitRow kUnitlessRow = {"", 1, 0, 0};
+constexpr UnitRow FrequencyRows[] = {{"GHz", 1e9, 9, 12}, {"MHz", 1e6, 6, 9}, {"KHz", 1e3, 3, 6}, {"Hz", 1, 0, 3}};
+constexpr UnitRow TimeRows[] = {{"s", 1e9, 9, 9}, {"ms", 1e6, 6, 6}, {"\u00B5s", 1e3, 3, 3}, {"ns", 1, 0, 0}};
+constexpr UnitRow PowerRow = {"", 1, 0, 2};
+constexpr UnitRow UnitlessRow = {"", 1, 0, 0};
 
 // 10 log10(50) and sqrt(50): all voltages are RMS across 50 ohm.
-constexpr double kLoadDecibel = 16.989700043360187;
-constexpr double kLoadRoot = 7.0710678118654755;
+constexpr double LoadDecibel = 16.989700043360187;
+constexpr double LoadRoot = 7.0710678118654755;
 
 // Null for a unit that the quantity does not scale by a factor.
 const UnitRow* findScaled(UnitQuantity quantity, const QString& unit) {
     if (quantity != UnitQuantity::Frequency && quantity != UnitQuantity::Time)
         return nullptr;
-    for (const UnitRow& row : quantity == UnitQuantity::Frequency ? kFrequencyRows : kTimeRows) {
+    for (const UnitRow& row : quantity == UnitQuantity::Frequency ? FrequencyRows : TimeRows) {
         if (unit == QString::fromUtf8(row.name))
             return &row;
     }
@@ -37,15 +37,15 @@ const UnitRow& describe(UnitQuantity quantity, const QString& unit) {
         return *row;
     switch (quantity) {
     case UnitQuantity::Frequency:
-        return kFrequencyRows[3];
+        return FrequencyRows[3];
     case UnitQuantity::Time:
-        return kTimeRows[3];
+        return TimeRows[3];
     case UnitQuantity::Power:
-        return kPowerRow;
+        return PowerRow;
     case UnitQuantity::Unitless:
         break;
     }
-    return kUnitlessRow;
+    return UnitlessRow;
 }
 
 } // namespace
@@ -115,14 +115,14 @@ bool powerToDbm(double value, const std::string& unit, double& dBm) {
     if (unit == "dBm")
         return true;
     if (unit == "dB\u00B5V") {
-        dBm = value - 90.0 - kLoadDecibel;
+        dBm = value - 90.0 - LoadDecibel;
         return true;
     }
     const bool micro = unit == "\u00B5V";
     if ((!micro && unit != "mV") || !(value > 0.0))
         return false;
     const double volts = value * (micro ? 1e-6 : 0.001);
-    dBm = 30.0 + 20.0 * std::log10(volts / kLoadRoot);
+    dBm = 30.0 + 20.0 * std::log10(volts / LoadRoot);
     return true;
 }
 
@@ -131,13 +131,13 @@ bool dbmToPower(double dBm, const std::string& unit, double& value) {
     if (unit == "dBm")
         return true;
     if (unit == "dB\u00B5V") {
-        value = dBm + 90.0 + kLoadDecibel;
+        value = dBm + 90.0 + LoadDecibel;
         return true;
     }
     const bool micro = unit == "\u00B5V";
     if (!micro && unit != "mV")
         return false;
-    const double volts = std::pow(10.0, (dBm - 30.0) / 20.0) * kLoadRoot;
+    const double volts = std::pow(10.0, (dBm - 30.0) / 20.0) * LoadRoot;
     value = (micro ? 1e6 : 1000.0) * volts;
     return true;
 }

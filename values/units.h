@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <string>
 
 /// What a value measures. Inside the panel a frequency is held in hertz, a time in nanoseconds, a power in dBm.

@@ -1,53 +1,53 @@
 #include "common/instrument/device_values.h"
 
+#include "common/wire/scpi_words.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
-
-#include "common/wire/scpi_words.h"
 
 namespace {
 
 using Id = DeviceValueId;
 using Kind = DeviceValue::Kind;
 
-constexpr double kExact = 0.0;
+constexpr double Exact = 0.0;
 
 // Value, maximum and minimum of a record member that is a LimitedValue, DefaultedValue or LimitedCount.
 #define VELDA_FIELDS(member)                                                                                           \
     offsetof(ChannelRecord, member.value), offsetof(ChannelRecord, member.maximum),                                    \
         offsetof(ChannelRecord, member.minimum)
 
-constexpr std::array<DeviceValue, kDeviceValueCount> kDeviceValues{{
+constexpr std::array<DeviceValue, DeviceValueCount> DeviceValues{{
     {Id::Frequency, Scpi::Frequency, 3, Kind::Real, 0.001, VELDA_FIELDS(frequency)},
     {Id::Power, Scpi::Power, 4, Kind::Real, 0.01, VELDA_FIELDS(power)},
-    {Id::Phase, Scpi::Phase, 3, Kind::Real, kExact, VELDA_FIELDS(phase)},
-    {Id::TriggerCount, Scpi::TriggerCount, 0, Kind::Count, kExact, VELDA_FIELDS(triggerCount)},
-    {Id::TriggerTimer, Scpi::TriggerTimer, 10, Kind::Time, kExact, VELDA_FIELDS(triggerTimer)},
-    {Id::TriggerDelay, Scpi::TriggerDelay, 10, Kind::Time, kExact, VELDA_FIELDS(triggerDelay)},
-    {Id::AmRate, Scpi::AmRate, 3, Kind::Real, kExact, VELDA_FIELDS(amRate)},
-    {Id::AmDepth, Scpi::AmDepth, 1, Kind::Real, kExact, VELDA_FIELDS(amDepth)},
-    {Id::FmRate, Scpi::FmRate, 0, Kind::Real, kExact, VELDA_FIELDS(fmRate)},
-    {Id::FmDeviation, Scpi::FmDeviation, 3, Kind::Real, kExact, VELDA_FIELDS(fmDeviation)},
-    {Id::PmRate, Scpi::PmRate, 6, Kind::Real, kExact, VELDA_FIELDS(pmRate)},
-    {Id::PmDeviation, Scpi::PmDeviation, 2, Kind::Real, kExact, VELDA_FIELDS(pmDeviation)},
-    {Id::PulseFrequency, Scpi::PulseFrequency, 9, Kind::Real, kExact, VELDA_FIELDS(pulseFrequency)},
-    {Id::PulseWidth, Scpi::PulseWidth, 9, Kind::Time, kExact, VELDA_FIELDS(pulseWidth)},
-    {Id::FrswStart, Scpi::FrswStart, 3, Kind::Real, kExact, VELDA_FIELDS(frswStart)},
-    {Id::FrswStop, Scpi::FrswStop, 0, Kind::Real, kExact, VELDA_FIELDS(frswStop)},
-    {Id::FrswSteps, Scpi::FrswSteps, 0, Kind::Count, kExact, VELDA_FIELDS(frswSteps)},
-    {Id::FrswTime, Scpi::FrswTime, 9, Kind::Time, kExact, VELDA_FIELDS(frswDwell)},
-    {Id::PrswStart, Scpi::PrswStart, 2, Kind::Real, kExact, VELDA_FIELDS(prswStart)},
-    {Id::PrswStop, Scpi::PrswStop, 2, Kind::Real, kExact, VELDA_FIELDS(prswStop)},
-    {Id::PrswSteps, Scpi::PrswSteps, 0, Kind::Count, kExact, VELDA_FIELDS(prswSteps)},
-    {Id::PrswTime, Scpi::PrswTime, 9, Kind::Time, kExact, VELDA_FIELDS(prswDwell)},
+    {Id::Phase, Scpi::Phase, 3, Kind::Real, Exact, VELDA_FIELDS(phase)},
+    {Id::TriggerCount, Scpi::TriggerCount, 0, Kind::Count, Exact, VELDA_FIELDS(triggerCount)},
+    {Id::TriggerTimer, Scpi::TriggerTimer, 10, Kind::Time, Exact, VELDA_FIELDS(triggerTimer)},
+    {Id::TriggerDelay, Scpi::TriggerDelay, 10, Kind::Time, Exact, VELDA_FIELDS(triggerDelay)},
+    {Id::AmRate, Scpi::AmRate, 3, Kind::Real, Exact, VELDA_FIELDS(amRate)},
+    {Id::AmDepth, Scpi::AmDepth, 1, Kind::Real, Exact, VELDA_FIELDS(amDepth)},
+    {Id::FmRate, Scpi::FmRate, 0, Kind::Real, Exact, VELDA_FIELDS(fmRate)},
+    {Id::FmDeviation, Scpi::FmDeviation, 3, Kind::Real, Exact, VELDA_FIELDS(fmDeviation)},
+    {Id::PmRate, Scpi::PmRate, 6, Kind::Real, Exact, VELDA_FIELDS(pmRate)},
+    {Id::PmDeviation, Scpi::PmDeviation, 2, Kind::Real, Exact, VELDA_FIELDS(pmDeviation)},
+    {Id::PulseFrequency, Scpi::PulseFrequency, 9, Kind::Real, Exact, VELDA_FIELDS(pulseFrequency)},
+    {Id::PulseWidth, Scpi::PulseWidth, 9, Kind::Time, Exact, VELDA_FIELDS(pulseWidth)},
+    {Id::FrswStart, Scpi::FrswStart, 3, Kind::Real, Exact, VELDA_FIELDS(frswStart)},
+    {Id::FrswStop, Scpi::FrswStop, 0, Kind::Real, Exact, VELDA_FIELDS(frswStop)},
+    {Id::FrswSteps, Scpi::FrswSteps, 0, Kind::Count, Exact, VELDA_FIELDS(frswSteps)},
+    {Id::FrswTime, Scpi::FrswTime, 9, Kind::Time, Exact, VELDA_FIELDS(frswDwell)},
+    {Id::PrswStart, Scpi::PrswStart, 2, Kind::Real, Exact, VELDA_FIELDS(prswStart)},
+    {Id::PrswStop, Scpi::PrswStop, 2, Kind::Real, Exact, VELDA_FIELDS(prswStop)},
+    {Id::PrswSteps, Scpi::PrswSteps, 0, Kind::Count, Exact, VELDA_FIELDS(prswSteps)},
+    {Id::PrswTime, Scpi::PrswTime, 9, Kind::Time, Exact, VELDA_FIELDS(prswDwell)},
 }};
 #undef VELDA_FIELDS
 
 constexpr bool isInEnumerationOrder() {
-    for (int i = 0; i < kDeviceValueCount; ++i) {
-        if (static_cast<int>(kDeviceValues[static_cast<std::size_t>(i)].id) != i)
+    for (int i = 0; i < DeviceValueCount; ++i) {
+        if (static_cast<int>(DeviceValues[static_cast<std::size_t>(i)].id) != i)
             return false;
     }
     return true;
@@ -69,7 +69,7 @@ double rawField(const DeviceValue& item, const ChannelRecord& record, std::size_
 } // namespace
 
 const DeviceValue& deviceValue(DeviceValueId id) {
-    return kDeviceValues[static_cast<std::size_t>(id)];
+    return DeviceValues[static_cast<std::size_t>(id)];
 }
 
 double secondsToNanoseconds(double seconds) {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "common/wire/channel_record.h"
+
 #include <cstddef>
 #include <string>
-
-#include "common/wire/channel_record.h"
 
 /// Every number that the panel can set on the module. Sweep times are the dwell of one step.
 enum class DeviceValueId {
@@ -31,7 +31,7 @@ enum class DeviceValueId {
     PrswTime
 };
 
-constexpr int kDeviceValueCount = static_cast<int>(DeviceValueId::PrswTime) + 1;
+constexpr int DeviceValueCount = static_cast<int>(DeviceValueId::PrswTime) + 1;
 
 /// What the panel knows of a device value: how it is sent, where the record holds it, and when it counts as taken.
 /// "Handler units" are those of EventHandler: Hz, dBm, degrees, percent, counts, and nanoseconds for every time.

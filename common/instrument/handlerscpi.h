@@ -1,16 +1,16 @@
 #pragma once
 
-#include <QMutex>
-#include <array>
-#include <map>
-#include <string>
-#include <vector>
-
 #include "common/instrument/device_values.h"
 #include "common/instrument/modulation_rules.h"
 #include "common/link/instrument_link.h"
 #include "common/wire/scpi_words.h"
 #include "common/wire/step_points.h"
+
+#include <QMutex>
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
 
 /// The one object through which the panel reads and changes the RF module. It acts on the current channel.
 ///
@@ -207,5 +207,5 @@ private:
     unsigned m_maskWanted = 0;               ///< the enable mask of the last command that waits
     int m_maskWaits = 0;
     mutable QMutex m_runningMutex;
-    std::array<unsigned, kMaxChannels + 1> m_running{}; ///< by channel, the kinds that isModulationsOn() last saw
+    std::array<unsigned, MaxChannels + 1> m_running{}; ///< by channel, the kinds that isModulationsOn() last saw
 };

@@ -1,8 +1,8 @@
+#include "common/instrument/handlerscpi_check.h"
+
 #include <QMutexLocker>
 #include <algorithm>
 #include <cstring>
-
-#include "common/instrument/handlerscpi_check.h"
 
 // Commands whose argument is a word: switches, choices, modulations, system and network.
 
@@ -46,7 +46,7 @@ int EventHandler::setWord(const char* header, const std::string& word, char (Cha
 }
 
 int EventHandler::set_channel(unsigned channel) {
-    if (channel > kMaxChannels)
+    if (channel > MaxChannels)
         return -1;
     selectChannel(channel);
     return sendOnly(Scpi::SelectChannel, std::to_string(channel));
@@ -137,7 +137,7 @@ int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
 }
 
 unsigned EventHandler::isModulationsOn() {
-    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> kStates[] = {
+    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> States[] = {
         {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
         {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
         {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
@@ -145,7 +145,7 @@ unsigned EventHandler::isModulationsOn() {
     };
     QMutexLocker lock(&m_runningMutex);
     unsigned running = 0;
-    for (const auto& [bit, state] : kStates) {
+    for (const auto& [bit, state] : States) {
         if (snapshot().*state == 1)
             running |= bit;
     }

@@ -1,8 +1,8 @@
-#include <optional>
-
 #include "common/instrument/handlerscpi.h"
 #include "common/wire/step_encoding.h"
 #include "platform/logger.h"
+
+#include <optional>
 
 // Lists and patterns on their way to the module. What is sent is made before the first command: while a command waits,
 // taps come in, and one of them may change or shorten the list. A text upload ends with the first refusal: with the
@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kLog[] = "upload";
+constexpr char Log[] = "upload";
 
 template <typename Point>
 bool markLast(std::vector<Point*>* steps) {
@@ -61,8 +61,8 @@ int EventHandler::sendListDATAX(std::vector<list_point*>* steps) {
     const bool paused = pausePulse(*this);
     const int result = veldaScpiTransData(message);
     if (result != 0) {
-        VELDA_LOG(kLog, QtWarningMsg, "Failed to send frequencies list");
-        VELDA_LOG(kLog, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
+        VELDA_LOG(Log, QtWarningMsg, "Failed to send frequencies list");
+        VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
     }
     if (paused) {
         setStatePulseM(on);
@@ -78,8 +78,8 @@ int EventHandler::sendPatternListDATAX(std::vector<pattern_point*>* steps) {
     const bool paused = pausePulse(*this);
     const int result = veldaScpiTransData(message);
     if (result != 0) {
-        VELDA_LOG(kLog, QtWarningMsg, "Failed to send patterns list");
-        VELDA_LOG(kLog, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
+        VELDA_LOG(Log, QtWarningMsg, "Failed to send patterns list");
+        VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
     }
     if (paused)
         setStatePatternM(on);
@@ -91,7 +91,7 @@ int EventHandler::sendStepsList(std::vector<list_point*>* steps) {
         return -1;
     const std::optional<int> refused = sendEach(*this, commandsOf(*steps, StepWire::listCommand));
     if (refused)
-        VELDA_LOG(kLog, QtWarningMsg, "Failed to send frequency %d in list", *refused);
+        VELDA_LOG(Log, QtWarningMsg, "Failed to send frequency %d in list", *refused);
     return refused ? -1 : 0;
 }
 
@@ -102,7 +102,7 @@ int EventHandler::sendPatternList(std::vector<pattern_point*>* steps) {
     switchOff(*this);
     const std::optional<int> refused = sendEach(*this, commands);
     if (refused)
-        VELDA_LOG(kLog, QtWarningMsg, "Failed to send pattern %d list", *refused);
+        VELDA_LOG(Log, QtWarningMsg, "Failed to send pattern %d list", *refused);
     setStatePulseM(on);
     setStatePatternM(on);
     return refused ? -1 : 0;

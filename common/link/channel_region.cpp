@@ -1,13 +1,12 @@
 #include "common/link/channel_region.h"
 
+#include <algorithm>
+#include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstring>
-#include <limits>
 #include <utility>
 
 ChannelRegion::ChannelRegion(std::string name) : m_name(std::move(name)) {}
@@ -33,7 +32,7 @@ bool ChannelRegion::follow() {
     bool changed = false;
     if (same && size == m_size) {
         m_present = true;
-    } else if (size >= kChannelRecordSize || same) {
+    } else if (size >= ChannelRecordSize || same) {
         // Shrunk in place to less than a record ends up here too: the old mapping must not be touched any more.
         unmap();
         m_device = status.st_dev;
@@ -50,12 +49,12 @@ bool ChannelRegion::follow() {
 }
 
 void ChannelRegion::map(int descriptor, std::size_t size) {
-    const std::size_t channels = size / kChannelRecordSize;
+    const std::size_t channels = size / ChannelRecordSize;
     m_present = channels > 0;
     m_channels = channels == 0
                      ? 1
                      : static_cast<unsigned>(std::min<std::size_t>(channels, std::numeric_limits<unsigned>::max()));
-    if (channels == 0 || channels > kMaxChannels)
+    if (channels == 0 || channels > MaxChannels)
         return;
     void* base = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
     if (base != MAP_FAILED)
@@ -71,8 +70,8 @@ void ChannelRegion::unmap() {
 }
 
 void ChannelRegion::read(unsigned channel, std::size_t offset, void* to, std::size_t size) const {
-    if (holds(channel) && offset <= kChannelRecordSize && size <= kChannelRecordSize - offset)
-        std::memcpy(to, m_base + channel * kChannelRecordSize + offset, size);
+    if (holds(channel) && offset <= ChannelRecordSize && size <= ChannelRecordSize - offset)
+        std::memcpy(to, m_base + channel * ChannelRecordSize + offset, size);
     else
         std::memset(to, 0, size);
 }

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
+#include "common/wire/channel_record.h"
 
 #include <cstddef>
 #include <string>
-
-#include "common/wire/channel_record.h"
+#include <sys/types.h>
 
 /// The shared-memory region in which the module's service publishes one ChannelRecord per channel. It is mapped
 /// read-only and follows the service: a region that was made anew or changed its size is mapped again.

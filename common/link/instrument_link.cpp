@@ -1,5 +1,10 @@
 #include "common/link/instrument_link.h"
 
+#include "common/link/record_texts.h"
+#include "common/link/scpi_log.h"
+#include "common/link/scpiclient.h"
+#include "platform/logger.h"
+
 #include <QCoreApplication>
 #include <QDebug>
 #include <QElapsedTimer>
@@ -8,11 +13,6 @@
 #include <QThread>
 #include <cstdlib>
 #include <cstring>
-
-#include "common/link/record_texts.h"
-#include "common/link/scpi_log.h"
-#include "common/link/scpiclient.h"
-#include "platform/logger.h"
 
 InstrumentLink::InstrumentLink(const InstrumentSettings& settings, QObject* parent)
     : QObject(parent), m_settings(settings), m_address(settings.address), m_region(settings.regionName) {
@@ -80,7 +80,7 @@ int InstrumentLink::revert_preset(int channel) {
     m_lossReported = false;
     const auto index = static_cast<unsigned>(channel);
     if (m_region.holds(index)) {
-        m_region.read(index, 0, &m_snapshot[index], kChannelRecordSize);
+        m_region.read(index, 0, &m_snapshot[index], ChannelRecordSize);
         terminateTexts(m_snapshot[index]);
     }
     return 0;
@@ -114,7 +114,7 @@ void InstrumentLink::logUnusableRegion(const char* function) const {
 void InstrumentLink::takeSnapshot() {
     m_snapshot = {};
     for (unsigned channel = 0; channel < channelCount(); ++channel) {
-        m_region.read(channel, 0, &m_snapshot[channel], kChannelRecordSize);
+        m_region.read(channel, 0, &m_snapshot[channel], ChannelRecordSize);
         terminateTexts(m_snapshot[channel]);
     }
 }

@@ -1,15 +1,15 @@
 #pragma once
 
+#include "common/link/channel_region.h"
+#include "common/link/instrument_settings.h"
+#include "common/link/reply_text.h"
+#include "common/wire/channel_record.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
 #include <array>
 #include <string>
-
-#include "common/link/channel_region.h"
-#include "common/link/instrument_settings.h"
-#include "common/link/reply_text.h"
-#include "common/wire/channel_record.h"
 
 class QThread;
 class ScpiClient;
@@ -25,7 +25,7 @@ class InstrumentLink : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr int kMaxNestedWaits = 4;
+    static constexpr int MaxNestedWaits = 4;
 
     ~InstrumentLink() override;
 
@@ -128,7 +128,7 @@ private:
     quint16 m_port = 0;
     bool m_scpiStarted = false;
     unsigned m_channel = 0;
-    std::array<ChannelRecord, kMaxChannels + 1> m_snapshot{};
+    std::array<ChannelRecord, MaxChannels + 1> m_snapshot{};
     ChannelRegion m_region;
     std::string m_reportedPortText;
     QTimer m_linkWatch;

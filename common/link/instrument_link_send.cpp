@@ -1,3 +1,7 @@
+#include "common/link/instrument_link.h"
+#include "common/link/scpi_log.h"
+#include "common/link/scpiclient.h"
+
 #include <QDebug>
 #include <QEventLoop>
 #include <QPointer>
@@ -5,16 +9,12 @@
 #include <QTimer>
 #include <utility>
 
-#include "common/link/instrument_link.h"
-#include "common/link/scpi_log.h"
-#include "common/link/scpiclient.h"
-
 // The client of InstrumentLink: its thread, and the waiting for its answers.
 
 namespace {
 
 // A block reply can hold megabytes; a log line needs the beginning of it.
-constexpr std::size_t kLoggedReply = 256;
+constexpr std::size_t LoggedReply = 256;
 
 } // namespace
 
@@ -91,7 +91,7 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
 
 int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArray data, bool binary) {
     followService();
-    if (m_client == nullptr || m_waits >= kMaxNestedWaits)
+    if (m_client == nullptr || m_waits >= MaxNestedWaits)
         return -1;
     if (binary) {
         const Answer answer = await(false, data, data.size() / 1024 + m_settings.commandTimeoutMs);
@@ -108,7 +108,7 @@ int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArra
         if (answer.status != 0)
             return -1;
         reply = cleanedReply(std::move(answer.reply));
-        qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, kLoggedReply).c_str();
+        qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, LoggedReply).c_str();
         return 0;
     }
     if (answer.status != 0) {

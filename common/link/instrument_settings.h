@@ -1,14 +1,14 @@
 #pragma once
 
+#include "common/wire/channel_record.h"
+
 #include <QHostAddress>
 #include <string>
-
-#include "common/wire/channel_record.h"
 
 /// Where the module's local service is found and how long the panel waits for it. The defaults are the instrument's;
 /// tests, demonstrations and development give their own.
 struct InstrumentSettings {
-    std::string regionName = kRegionName;
+    std::string regionName = RegionName;
     QHostAddress address{QHostAddress::LocalHost};
     int commandTimeoutMs = 2000; ///< from the writing of a command to its answer
     int connectWaitMs = 1000;    ///< longest wait for the connection at start

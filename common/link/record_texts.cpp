@@ -3,7 +3,7 @@
 void terminateTexts(ChannelRecord& record) {
     using R = ChannelRecord;
     using Text = char[32];
-    constexpr Text R::*kTexts[] = {
+    constexpr Text R::*Texts[] = {
         &R::triggerSource,   &R::triggerEdge, &R::triggerAdvance,  &R::referenceOscillator,
         &R::listName,        &R::patternName, &R::amSource,        &R::fmSource,
         &R::pmSource,        &R::pulseSource, &R::frswDirection,   &R::prswDirection,
@@ -11,6 +11,6 @@ void terminateTexts(ChannelRecord& record) {
         &R::calibrationDate, &R::ipAddress,   &R::networkMask,     &R::gateway,
         &R::scpiPort,
     };
-    for (const auto text : kTexts)
+    for (const auto text : Texts)
         (record.*text)[sizeof(Text) - 1] = '\0';
 }

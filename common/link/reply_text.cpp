@@ -5,11 +5,11 @@
 namespace {
 
 std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlank = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlank);
+    constexpr std::string_view Blank = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(Blank);
     if (first == std::string_view::npos)
         return {};
-    return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+    return text.substr(first, text.find_last_not_of(Blank) - first + 1);
 }
 
 std::string_view cleaned(std::string_view text) {

@@ -1,6 +1,7 @@
 #include "common/link/scpiclient.h"
 
-#include <poll.h>
+#include "common/link/scpi_log.h"
+#include "common/wire/scpi_words.h"
 
 #include <QDebug>
 #include <QMetaMethod>
@@ -8,10 +9,8 @@
 #include <QTcpSocket>
 #include <QThread>
 #include <algorithm>
+#include <poll.h>
 #include <utility>
-
-#include "common/link/scpi_log.h"
-#include "common/wire/scpi_words.h"
 
 ScpiClient::ScpiClient(const QHostAddress& host, quint16 port, QObject* parent)
     : QObject(parent), m_host(host), m_port(port), m_timeout(this), m_retry(this) {

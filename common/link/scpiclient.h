@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/link/scpireply.h"
+
 #include <QAbstractSocket>
 #include <QByteArray>
 #include <QElapsedTimer>
@@ -11,8 +13,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-
-#include "common/link/scpireply.h"
 
 class QTcpSocket;
 

@@ -1,13 +1,13 @@
 #include "common/link/scpireply.h"
 
+#include "common/wire/scpi_words.h"
+
 #include <QBuffer>
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
-
-#include "common/wire/scpi_words.h"
 
 namespace {
 
@@ -26,17 +26,17 @@ void readTo(Buffer& buffer, int count, QIODevice& device) {
 // ASCII without a NUL, eight words at a time: a reply may have megabytes. A byte that is neither shows in its highest
 // bit, of itself or, for a NUL, when one is taken from each byte.
 bool isPlain(const char* text, std::size_t size) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101U;
+    constexpr std::uint64_t Ones = 0x0101010101010101U;
     std::array<std::uint64_t, 8> words{};
     std::array<std::uint64_t, 8> seen{};
     std::size_t at = 0;
     for (; at + sizeof words <= size; at += sizeof words) {
         std::memcpy(words.data(), text + at, sizeof words);
         for (std::size_t i = 0; i < words.size(); ++i)
-            seen[i] |= words[i] | (words[i] - kOnes);
+            seen[i] |= words[i] | (words[i] - Ones);
     }
     const bool wordsArePlain =
-        std::all_of(seen.begin(), seen.end(), [](std::uint64_t bits) { return (bits & (kOnes << 7)) == 0; });
+        std::all_of(seen.begin(), seen.end(), [](std::uint64_t bits) { return (bits & (Ones << 7)) == 0; });
     return wordsArePlain &&
            std::all_of(text + at, text + size, [](char c) { return static_cast<unsigned char>(c - 1) < 0x7F; });
 }
@@ -75,8 +75,8 @@ void ScpiReply::append(const QByteArray& bytes) {
 
 // Keeps a service that only acknowledges, endlessly, from filling the memory; seldom enough to cost nothing.
 void ScpiReply::dropConsumed() {
-    constexpr int kWorthMoving = 0x10000;
-    if (m_begin < kWorthMoving)
+    constexpr int WorthMoving = 0x10000;
+    if (m_begin < WorthMoving)
         return;
     m_bytes.remove(0, m_begin);
     m_scanned = std::max(0, m_scanned - m_begin);
@@ -97,7 +97,7 @@ ScpiReply::Progress ScpiReply::advance(bool isQuery, QString& error) {
         }
         QByteArray line;
         const bool complete = tryExtractLine(line);
-        if (line.size() > kMaximumSize || (!complete && remaining() > kMaximumSize)) {
+        if (line.size() > MaximumSize || (!complete && remaining() > MaximumSize)) {
             error = QStringLiteral("reply-too-large");
             return Progress::Failed;
         }
@@ -173,7 +173,7 @@ ScpiReply::BlockState ScpiReply::parseBlock(QString& error) {
         error = QStringLiteral("invalid-block-len");
         return NoBlock;
     }
-    if (length > kMaximumSize) {
+    if (length > MaximumSize) {
         error = QStringLiteral("block-len-out-of-range");
         return NoBlock;
     }

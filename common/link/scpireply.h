@@ -13,7 +13,7 @@
 /// megabytes perhaps, is read into the place in which takePayload() hands it over.
 class ScpiReply {
 public:
-    static constexpr int kMaximumSize = 0x1000000;
+    static constexpr int MaximumSize = 0x1000000;
 
     enum class Progress { Waiting, Answered, Failed };
 

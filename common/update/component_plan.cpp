@@ -1,7 +1,6 @@
 #include "common/update/component_plan.h"
 
 #include <QFileInfo>
-
 #include <algorithm>
 
 namespace {
@@ -16,7 +15,7 @@ struct Rule {
 };
 
 // Commands that copy or delete are skipped when they fail; a file's "action" is what an installation hangs on.
-constexpr Rule kRules[] = {
+constexpr Rule Rules[] = {
     {"file", "copy", "sudo cp ", true, false, "failed file copy command"},
     {"file", "delete", "sudo rm ", false, false, "failed file delete command"},
     {"file", "action", nullptr, false, true, "failed action command"},
@@ -91,10 +90,10 @@ QString patchFolder(const QString& scratch) {
 }
 
 ComponentPlan planComponent(const MANIFEST_DATA_COMPONENT& component, const QString& scratch) {
-    const auto rule = std::find_if(std::begin(kRules), std::end(kRules), [&](const Rule& row) {
+    const auto rule = std::find_if(std::begin(Rules), std::end(Rules), [&](const Rule& row) {
         return component.type == QLatin1String(row.type) && component.action == QLatin1String(row.action);
     });
-    if (rule == std::end(kRules))
+    if (rule == std::end(Rules))
         return unknown(component);
     ComponentPlan plan;
     plan.known = true;

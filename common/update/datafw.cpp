@@ -7,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-
 #include <stdexcept>
 
 namespace {
@@ -20,8 +19,8 @@ QByteArray readBounded(const QString& path) {
         return {};
     }
     QByteArray bytes;
-    while (bytes.size() <= kLargestManifest) {
-        const QByteArray piece = file.read(kLargestManifest + 1 - bytes.size());
+    while (bytes.size() <= LargestManifest) {
+        const QByteArray piece = file.read(LargestManifest + 1 - bytes.size());
         if (file.error() != QFileDevice::NoError)
             throw std::runtime_error(file.errorString().toStdString());
         if (piece.isEmpty())
@@ -38,7 +37,7 @@ struct Text {
     QString Record::*field;
 };
 
-constexpr Text<MANIFEST_DATA> kManifestTexts[] = {
+constexpr Text<MANIFEST_DATA> ManifestTexts[] = {
     {"manifest_version", &MANIFEST_DATA::manifest_version},
     {"name", &MANIFEST_DATA::name},
     {"version", &MANIFEST_DATA::version},
@@ -46,7 +45,7 @@ constexpr Text<MANIFEST_DATA> kManifestTexts[] = {
     {"package", &MANIFEST_DATA::package},
 };
 
-constexpr Text<MANIFEST_DATA_COMPONENT> kComponentTexts[] = {
+constexpr Text<MANIFEST_DATA_COMPONENT> ComponentTexts[] = {
     {"name", &MANIFEST_DATA_COMPONENT::name},
     {"type", &MANIFEST_DATA_COMPONENT::type},
     {"action", &MANIFEST_DATA_COMPONENT::action},
@@ -65,8 +64,8 @@ PackageType packageType(const QString& name) {
     constexpr struct {
         const char* word;
         PackageType type;
-    } kTypes[] = {{"FW", PackageType::Software}, {"FPGA", PackageType::Fpga}, {"NMX", PackageType::Module}};
-    for (const auto& row : kTypes) {
+    } Types[] = {{"FW", PackageType::Software}, {"FPGA", PackageType::Fpga}, {"NMX", PackageType::Module}};
+    for (const auto& row : Types) {
         if (name.contains(QLatin1String(row.word)))
             return row.type;
     }
@@ -76,12 +75,12 @@ PackageType packageType(const QString& name) {
 std::unique_ptr<MANIFEST_DATA> manifestFromJson(const QByteArray& json, const QString& folder) {
     const QJsonObject object = QJsonDocument::fromJson(json).object();
     auto manifest = std::make_unique<MANIFEST_DATA>();
-    takeTexts(object, kManifestTexts, *manifest);
+    takeTexts(object, ManifestTexts, *manifest);
     manifest->package_path = folder + '/' + manifest->package;
     const QJsonArray components = object.value(QLatin1String("components")).toArray();
     for (const QJsonValue& element : components) {
         auto component = std::make_unique<MANIFEST_DATA_COMPONENT>();
-        takeTexts(element.toObject(), kComponentTexts, *component);
+        takeTexts(element.toObject(), ComponentTexts, *component);
         manifest->components.push_back(std::move(component));
     }
     return manifest;

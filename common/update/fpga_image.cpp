@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
-
 #include <algorithm>
 
 Q_LOGGING_CATEGORY(lcFpgaImage, "velda.fpga.image")
@@ -26,7 +25,7 @@ QString printable(const QByteArray& name) {
 } // namespace
 
 FpgaImageCheck checkFpgaImage(const QByteArray& image) {
-    if (image.size() < FpgaTrailer::kSize)
+    if (image.size() < FpgaTrailer::Size)
         return {false, QStringLiteral("FPGA image too small for signature")};
     const std::optional<FpgaTrailer> trailer = readFpgaTrailer(image);
     if (!trailer)
@@ -38,10 +37,10 @@ FpgaImageCheck checkFpgaImage(const QByteArray& image) {
         return {false, QStringLiteral("Image CRC failure: %1 vs %2")
                            .arg(QString::number(crc, 16), QString::number(trailer->crc, 16))};
     }
-    if (trailer->design != kFpgaDesign)
+    if (trailer->design != FpgaDesign)
         return {false, QStringLiteral("Wrong project: %1").arg(printable(trailer->design))};
     return {true, QStringLiteral("Loading %1 FPGA %2 . %3 Date: %4 - %5 - %6")
-                      .arg(kFpgaDesign)
+                      .arg(FpgaDesign)
                       .arg(trailer->versionMajor)
                       .arg(trailer->versionMinor)
                       .arg(trailer->day)
@@ -56,7 +55,7 @@ bool authenticateFpgaImage(const QByteArray& image) {
 }
 
 QByteArray removeSignature(const QByteArray& image) {
-    return image.left(image.size() - FpgaTrailer::kSize);
+    return image.left(image.size() - FpgaTrailer::Size);
 }
 
 bool loadFpgaImage(const QString& path, QByteArray& image, QString& error) {
@@ -64,7 +63,7 @@ bool loadFpgaImage(const QString& path, QByteArray& image, QString& error) {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
-    if (file.size() > FpgaWire::kLargestImage + FpgaTrailer::kSize) {
+    if (file.size() > FpgaWire::LargestImage + FpgaTrailer::Size) {
         qCWarning(lcFpgaImage).noquote() << "[FPGA] Image of" << file.size()
                                          << "bytes has more blocks than can be sent.";
         error = UpdateTexts::fpgaFailed();

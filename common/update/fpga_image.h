@@ -4,7 +4,7 @@
 #include <QString>
 
 /// Name of the design that this instrument's FPGAs run.
-inline constexpr char kFpgaDesign[] = "velda_top";
+inline constexpr char FpgaDesign[] = "velda_top";
 
 struct FpgaImageCheck {
     bool ok = false;

@@ -3,49 +3,48 @@
 #include "platform/crc32utils.h"
 
 #include <QtEndian>
-
 #include <algorithm>
 #include <array>
 
 std::optional<FpgaTrailer> readFpgaTrailer(const QByteArray& file) {
-    if (file.size() < FpgaTrailer::kSize)
+    if (file.size() < FpgaTrailer::Size)
         return std::nullopt;
-    const char* at = file.constData() + file.size() - FpgaTrailer::kSize;
-    if (qstrncmp(at, KAVOR_SIGN, FpgaTrailer::kIdentifierSize) != 0)
+    const char* at = file.constData() + file.size() - FpgaTrailer::Size;
+    if (qstrncmp(at, KAVOR_SIGN, FpgaTrailer::IdentifierSize) != 0)
         return std::nullopt;
     FpgaTrailer trailer;
-    trailer.versionMajor = qFromLittleEndian<quint8>(at + FpgaTrailer::kMajorAt);
-    trailer.versionMinor = qFromLittleEndian<quint8>(at + FpgaTrailer::kMinorAt);
-    trailer.year = qFromLittleEndian<quint16>(at + FpgaTrailer::kYearAt);
-    trailer.month = qFromLittleEndian<quint8>(at + FpgaTrailer::kMonthAt);
-    trailer.day = qFromLittleEndian<quint8>(at + FpgaTrailer::kDayAt);
-    const char* design = at + FpgaTrailer::kDesignAt;
-    trailer.design = QByteArray(design, static_cast<int>(qstrnlen(design, FpgaTrailer::kDesignSize)));
-    trailer.crc = qFromLittleEndian<quint32>(at + FpgaTrailer::kCrcAt);
+    trailer.versionMajor = qFromLittleEndian<quint8>(at + FpgaTrailer::MajorAt);
+    trailer.versionMinor = qFromLittleEndian<quint8>(at + FpgaTrailer::MinorAt);
+    trailer.year = qFromLittleEndian<quint16>(at + FpgaTrailer::YearAt);
+    trailer.month = qFromLittleEndian<quint8>(at + FpgaTrailer::MonthAt);
+    trailer.day = qFromLittleEndian<quint8>(at + FpgaTrailer::DayAt);
+    const char* design = at + FpgaTrailer::DesignAt;
+    trailer.design = QByteArray(design, static_cast<int>(qstrnlen(design, FpgaTrailer::DesignSize)));
+    trailer.crc = qFromLittleEndian<quint32>(at + FpgaTrailer::CrcAt);
     return trailer;
 }
 
 QByteArray withFpgaTrailer(const QByteArray& image, const FpgaTrailer& trailer) {
-    std::array<char, FpgaTrailer::kSize> bytes{};
+    std::array<char, FpgaTrailer::Size> bytes{};
     char* at = bytes.data();
-    const QByteArray design = trailer.design.left(FpgaTrailer::kDesignSize - 1);
-    std::copy_n(KAVOR_SIGN, FpgaTrailer::kIdentifierSize, at);
-    qToLittleEndian(trailer.versionMajor, at + FpgaTrailer::kMajorAt);
-    qToLittleEndian(trailer.versionMinor, at + FpgaTrailer::kMinorAt);
-    qToLittleEndian(trailer.year, at + FpgaTrailer::kYearAt);
-    qToLittleEndian(trailer.month, at + FpgaTrailer::kMonthAt);
-    qToLittleEndian(trailer.day, at + FpgaTrailer::kDayAt);
-    std::copy(design.begin(), design.end(), at + FpgaTrailer::kDesignAt);
+    const QByteArray design = trailer.design.left(FpgaTrailer::DesignSize - 1);
+    std::copy_n(KAVOR_SIGN, FpgaTrailer::IdentifierSize, at);
+    qToLittleEndian(trailer.versionMajor, at + FpgaTrailer::MajorAt);
+    qToLittleEndian(trailer.versionMinor, at + FpgaTrailer::MinorAt);
+    qToLittleEndian(trailer.year, at + FpgaTrailer::YearAt);
+    qToLittleEndian(trailer.month, at + FpgaTrailer::MonthAt);
+    qToLittleEndian(trailer.day, at + FpgaTrailer::DayAt);
+    std::copy(design.begin(), design.end(), at + FpgaTrailer::DesignAt);
     QByteArray file = image;
-    file.append(at, FpgaTrailer::kSize);
-    qToLittleEndian(fpgaFileCrc(file), at + FpgaTrailer::kCrcAt);
-    file.replace(file.size() - FpgaTrailer::kCrcSize, FpgaTrailer::kCrcSize, at + FpgaTrailer::kCrcAt,
-                 FpgaTrailer::kCrcSize);
+    file.append(at, FpgaTrailer::Size);
+    qToLittleEndian(fpgaFileCrc(file), at + FpgaTrailer::CrcAt);
+    file.replace(file.size() - FpgaTrailer::CrcSize, FpgaTrailer::CrcSize, at + FpgaTrailer::CrcAt,
+                 FpgaTrailer::CrcSize);
     return file;
 }
 
 quint32 fpgaFileCrc(const QByteArray& file) {
     const Crc32Utils* utils = Crc32Utils::getInstance();
     return utils->crc32_signoff(
-        utils->calculate_crc32(utils->crc32_init(), file.constData(), file.size() - FpgaTrailer::kCrcSize));
+        utils->calculate_crc32(utils->crc32_init(), file.constData(), file.size() - FpgaTrailer::CrcSize));
 }

@@ -1,27 +1,26 @@
 #pragma once
 
 #include <QByteArray>
-
 #include <optional>
 
 /// The 34 bytes at the end of a signed FPGA image. Numbers are little-endian. Any thread.
 inline constexpr char KAVOR_SIGN[] = "KVS1";
 
 struct FpgaTrailer {
-    static constexpr int kSize = 34;
-    static constexpr int kIdentifierAt = 0;
-    static constexpr int kIdentifierSize = sizeof(KAVOR_SIGN) - 1;
-    static constexpr int kMajorAt = 4;
-    static constexpr int kMinorAt = 5;
-    static constexpr int kYearAt = 6;
-    static constexpr int kMonthAt = 8;
-    static constexpr int kDayAt = 9;
-    static constexpr int kDesignAt = 10;
-    static constexpr int kDesignSize = 20; ///< its NUL included
-    static constexpr int kCrcAt = 30;
-    static constexpr int kCrcSize = 4;
-    static_assert(kIdentifierAt + kIdentifierSize == kMajorAt && kDesignAt + kDesignSize == kCrcAt &&
-                  kCrcAt + kCrcSize == kSize);
+    static constexpr int Size = 34;
+    static constexpr int IdentifierAt = 0;
+    static constexpr int IdentifierSize = sizeof(KAVOR_SIGN) - 1;
+    static constexpr int MajorAt = 4;
+    static constexpr int MinorAt = 5;
+    static constexpr int YearAt = 6;
+    static constexpr int MonthAt = 8;
+    static constexpr int DayAt = 9;
+    static constexpr int DesignAt = 10;
+    static constexpr int DesignSize = 20; ///< its NUL included
+    static constexpr int CrcAt = 30;
+    static constexpr int CrcSize = 4;
+    static_assert(IdentifierAt + IdentifierSize == MajorAt && DesignAt + DesignSize == CrcAt &&
+                  CrcAt + CrcSize == Size);
 
     quint8 versionMajor = 0;
     quint8 versionMinor = 0;

@@ -6,7 +6,6 @@
 #include "platform/devicepaths.h"
 
 #include <QThread>
-
 #include <utility>
 
 FpgaUpdateSettings FpgaUpdateSettings::forChannels(int channels) {

@@ -3,7 +3,6 @@
 #include <QHostAddress>
 #include <QObject>
 #include <QVector>
-
 #include <memory>
 #include <mutex>
 

@@ -4,15 +4,14 @@
 #include <QLoggingCategory>
 #include <QThread>
 #include <QUdpSocket>
-
 #include <algorithm>
 
 Q_LOGGING_CATEGORY(lcFpga, "velda.fpga")
 
 namespace {
 
-constexpr int kMarkerAttempts = 3;
-constexpr int kMostPerPass = 256; // a flood of strays must not keep a pass from its timers
+constexpr int MarkerAttempts = 3;
+constexpr int MostPerPass = 256; // a flood of strays must not keep a pass from its timers
 
 } // namespace
 
@@ -53,12 +52,12 @@ bool FpgaUpdater::runBlocking(int ackTimeoutMs, int ackPollMs, int burnPollMs, i
 }
 
 int FpgaUpdater::totalBlocks() const {
-    return static_cast<int>((qint64{m_imageSize} + FpgaWire::kBlockSize - 1) / FpgaWire::kBlockSize);
+    return static_cast<int>((qint64{m_imageSize} + FpgaWire::BlockSize - 1) / FpgaWire::BlockSize);
 }
 
 bool FpgaUpdater::doTransfer(int ackTimeoutMs, int ackPollMs) {
     const int total = totalBlocks();
-    if (total > FpgaWire::kMostBlocks || m_socket->state() != QAbstractSocket::BoundState) {
+    if (total > FpgaWire::MostBlocks || m_socket->state() != QAbstractSocket::BoundState) {
         qCWarning(lcFpga) << "[FPGA] Nothing can be sent. Total Blocks:" << total;
         return false;
     }
@@ -79,7 +78,7 @@ bool FpgaUpdater::doTransfer(int ackTimeoutMs, int ackPollMs) {
 }
 
 bool FpgaUpdater::sendMarker(const char* name, quint16 block, int timeoutMs, int pollMs) {
-    for (int attempt = 0; attempt < kMarkerAttempts && !interrupted(); ++attempt) {
+    for (int attempt = 0; attempt < MarkerAttempts && !interrupted(); ++attempt) {
         if (sendAndWait(block, nullptr, 0, true, timeoutMs, pollMs))
             return true;
         qCDebug(lcFpga) << "[FPGA] Timeout waiting for" << name << "ACK. Retrying...";
@@ -91,8 +90,8 @@ bool FpgaUpdater::sendMarker(const char* name, quint16 block, int timeoutMs, int
 bool FpgaUpdater::sendBlocks(int timeoutMs, int pollMs) {
     const int total = totalBlocks();
     for (int block = 1; block <= total; ++block) {
-        const quint32 offset = static_cast<quint32>(block - 1) * FpgaWire::kBlockSize;
-        const int length = static_cast<int>(std::min<quint32>(m_imageSize - offset, FpgaWire::kBlockSize));
+        const quint32 offset = static_cast<quint32>(block - 1) * FpgaWire::BlockSize;
+        const int length = static_cast<int>(std::min<quint32>(m_imageSize - offset, FpgaWire::BlockSize));
         while (!sendAndWait(static_cast<quint16>(block), m_image + offset, length, false, timeoutMs, pollMs)) {
             if (interrupted())
                 return false;
@@ -113,13 +112,13 @@ bool FpgaUpdater::sendAndWait(quint16 block, const unsigned char* payload, int l
 
 bool FpgaUpdater::sendBlockToAll(quint16 block, const unsigned char* payload, int length, bool endMarker) {
     const bool marker = endMarker || block == 0;
-    const int bytes = marker || !payload ? 0 : std::clamp(length, 0, FpgaWire::kBlockSize);
-    std::array<char, FpgaWire::kLargestDatagram> datagram;
-    FpgaWire::writeHeader(datagram.data(), block, marker ? FpgaWire::kAllOnes : static_cast<quint16>(bytes),
+    const int bytes = marker || !payload ? 0 : std::clamp(length, 0, FpgaWire::BlockSize);
+    std::array<char, FpgaWire::LargestDatagram> datagram;
+    FpgaWire::writeHeader(datagram.data(), block, marker ? FpgaWire::AllOnes : static_cast<quint16>(bytes),
                           block == 0 ? m_imageSize : 0);
-    std::copy_n(payload, bytes, datagram.data() + FpgaWire::kHeaderSize);
+    std::copy_n(payload, bytes, datagram.data() + FpgaWire::HeaderSize);
     for (const TargetState& state : qAsConst(m_targets))
-        m_socket->writeDatagram(datagram.data(), FpgaWire::kHeaderSize + bytes, state.address, state.port);
+        m_socket->writeDatagram(datagram.data(), FpgaWire::HeaderSize + bytes, state.address, state.port);
     return true;
 }
 
@@ -129,7 +128,7 @@ bool FpgaUpdater::waitForAllAcks(quint16 block, int timeoutMs, int pollMs) {
     while (timer.elapsed() < timeoutMs && !interrupted()) {
         Datagram datagram;
         bool readable = waitReadable(pollMs, timeoutMs - timer.elapsed());
-        for (int n = 0; readable && n < kMostPerPass && receive(datagram); ++n) {
+        for (int n = 0; readable && n < MostPerPass && receive(datagram); ++n) {
             const auto reply = FpgaWire::readReply(datagram.bytes.data(), datagram.size);
             TargetState* state = reply && reply->block >= block ? target(datagram.from) : nullptr;
             if (!state)
@@ -156,7 +155,7 @@ bool FpgaUpdater::doBurnVerify(int burnPollMs, int burnSilenceMs, int burnTotalM
     while (overall.elapsed() < burnTotalMs && !interrupted()) {
         Datagram datagram;
         const bool readable = waitReadable(burnPollMs, burnTotalMs - overall.elapsed());
-        for (int n = 0; readable && n < kMostPerPass && receive(datagram); ++n) {
+        for (int n = 0; readable && n < MostPerPass && receive(datagram); ++n) {
             silence.restart(); // whatever it is, somebody is alive
             takeStatus(datagram);
         }

@@ -5,7 +5,6 @@
 #include <QHostAddress>
 #include <QObject>
 #include <QVector>
-
 #include <array>
 
 class QUdpSocket;
@@ -65,7 +64,7 @@ signals:
 private:
     struct Datagram {
         QHostAddress from;
-        std::array<char, FpgaWire::kHeaderSize> bytes;
+        std::array<char, FpgaWire::HeaderSize> bytes;
         qint64 size = 0;
     };
 

@@ -3,7 +3,6 @@
 #include "common/update/package_scan.h"
 
 #include <QThread>
-
 #include <functional>
 #include <memory>
 #include <mutex>

@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
-
 #include <filesystem>
 #include <stdexcept>
 
@@ -16,8 +15,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // No medium of ours comes near these: they end the walk through one that was made to keep the panel busy.
-constexpr int kDeepest = 32;
-constexpr int kMostManifests = 1000;
+constexpr int Deepest = 32;
+constexpr int MostManifests = 1000;
 
 [[noreturn]] void fail(const std::string& why) {
     throw std::runtime_error("Error reading fw files " + why);
@@ -42,7 +41,7 @@ QStringList findManifests(const QString& root) {
     fs::recursive_directory_iterator at(start, fs::directory_options::skip_permission_denied, error);
     for (const fs::recursive_directory_iterator end; !error && at != end; at.increment(error)) {
         const QString name = nameOf(*at);
-        if (name.startsWith('.') || at.depth() >= kDeepest)
+        if (name.startsWith('.') || at.depth() >= Deepest)
             at.disable_recursion_pending();
         // In any spelling of case: FAT media show short names in one case only.
         std::error_code gone;
@@ -50,9 +49,9 @@ QStringList findManifests(const QString& root) {
             found << QFile::decodeName(at->path().c_str());
         if (QThread::currentThread()->isInterruptionRequested())
             break;
-        if (found.size() >= kMostManifests) {
+        if (found.size() >= MostManifests) {
             VELDA_LOG("update", QtInfoMsg, "%s holds more than %d manifests, the others are left out", root,
-                      kMostManifests);
+                      MostManifests);
             break;
         }
     }

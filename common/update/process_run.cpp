@@ -4,12 +4,12 @@
 
 namespace {
 
-constexpr int kKeptOutput = 4096;
+constexpr int KeptOutput = 4096;
 
 void keepEnd(QByteArray& kept, const QByteArray& more) {
     kept += more;
-    if (kept.size() > kKeptOutput)
-        kept = kept.right(kKeptOutput);
+    if (kept.size() > KeptOutput)
+        kept = kept.right(KeptOutput);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "common/wire/channel_record.h"
 
-static_assert(sizeof(ChannelRecord) == kChannelRecordSize);
+static_assert(sizeof(ChannelRecord) == ChannelRecordSize);
 static_assert(std::is_standard_layout_v<ChannelRecord> && std::is_trivially_copyable_v<ChannelRecord>);
 
 // The layout is a contract with the service: every published field stands at its published place.

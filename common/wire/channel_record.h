@@ -137,9 +137,9 @@ struct ChannelRecord {
     char reserved1772[44];
 };
 
-constexpr std::size_t kChannelRecordSize = 1816;
-constexpr unsigned kMaxChannels = 4;
-constexpr char kRegionName[] = "/veldaData";
+constexpr std::size_t ChannelRecordSize = 1816;
+constexpr unsigned MaxChannels = 4;
+constexpr char RegionName[] = "/veldaData";
 
 /// The text of a fixed-size record field: up to its first NUL, or the whole field when the service left none.
 template <std::size_t N>

@@ -1,5 +1,7 @@
 #include "common/wire/step_encoding.h"
 
+#include "common/wire/scpi_words.h"
+
 #include <QtEndian>
 #include <algorithm>
 #include <array>
@@ -8,12 +10,10 @@
 #include <locale>
 #include <sstream>
 
-#include "common/wire/scpi_words.h"
-
 namespace {
 
 // A text of at most three bytes as one number; longer ones differ in the length. No branch depends on the text.
-constexpr std::size_t kLongestUnit = 3;
+constexpr std::size_t LongestUnit = 3;
 constexpr quint64 unitKey(const char* text, std::size_t size) {
     const auto byte = [text](std::size_t i) {
         return quint64{static_cast<unsigned char>(text[i])};
@@ -38,7 +38,7 @@ public:
             while (row.unit[size] != '\0')
                 ++size;
             Slot& slot = m_slots[index(row.unit[0])];
-            m_isExact = m_isExact && slot.key == 0 && size <= kLongestUnit;
+            m_isExact = m_isExact && slot.key == 0 && size <= LongestUnit;
             slot = {unitKey(row.unit, size), row.factor};
         }
     }
@@ -63,23 +63,23 @@ private:
     bool m_isExact = true;
 };
 
-constexpr FactorTable kMillihertz({{"GHz", 1e12}, {"MHz", 1e9}, {"KHz", 1e6}, {"Hz", 1e3}}, 1e3);
-constexpr FactorTable kMicroseconds({{"ns", 0.001}, {"\u00B5s", 1}, {"ms", 1e3}, {"s", 1e6}}, 0.001);
-constexpr FactorTable kNanoseconds({{"ns", 1}, {"\u00B5s", 1e3}, {"ms", 1e6}, {"s", 1e9}}, 1);
-constexpr FactorTable kTextHertz({{"GHz", 1e9}, {"MHz", 1e6}, {"Kz", 1e3}}, 1);
-constexpr FactorTable kTextSeconds({{"ns", 1e-9}, {"\u00B5s", 1e-6}, {"ms", 1e-3}, {"s", 1}}, 1e-9);
-static_assert(kMillihertz.isExact() && kMicroseconds.isExact() && kNanoseconds.isExact() && kTextHertz.isExact() &&
-              kTextSeconds.isExact());
+constexpr FactorTable Millihertz({{"GHz", 1e12}, {"MHz", 1e9}, {"KHz", 1e6}, {"Hz", 1e3}}, 1e3);
+constexpr FactorTable Microseconds({{"ns", 0.001}, {"\u00B5s", 1}, {"ms", 1e3}, {"s", 1e6}}, 0.001);
+constexpr FactorTable Nanoseconds({{"ns", 1}, {"\u00B5s", 1e3}, {"ms", 1e6}, {"s", 1e9}}, 1);
+constexpr FactorTable TextHertz({{"GHz", 1e9}, {"MHz", 1e6}, {"Kz", 1e3}}, 1);
+constexpr FactorTable TextSeconds({{"ns", 1e-9}, {"\u00B5s", 1e-6}, {"ms", 1e-3}, {"s", 1}}, 1e-9);
+static_assert(Millihertz.isExact() && Microseconds.isExact() && Nanoseconds.isExact() && TextHertz.isExact() &&
+              TextSeconds.isExact());
 
-constexpr double kHundredths = 100;
+constexpr double Hundredths = 100;
 
 // Truncated toward zero. A file can hold any number: what the integer cannot hold becomes its nearest bound, as the
 // board's processor converts it.
 template <typename Integer>
 quint64 truncated(double value) {
     using Limits = std::numeric_limits<Integer>;
-    constexpr double kBound = Limits::is_signed ? 0x1p63 : 0x1p64;
-    if (value >= kBound)
+    constexpr double Bound = Limits::is_signed ? 0x1p63 : 0x1p64;
+    if (value >= Bound)
         return static_cast<quint64>(Limits::max());
     if (!(value >= static_cast<double>(Limits::min())))
         return value < 0 ? static_cast<quint64>(Limits::min()) : 0; // below, or not a number
@@ -94,23 +94,23 @@ inline void put(char* record, StepWire::Field field, quint64 value) {
 inline void encode(const list_point& step, bool last, bool notRun, char* record) {
     using namespace StepWire;
     put(record, ListNumber, step.stepNumber);
-    put(record, ListFrequency, truncated<quint64>(step.frequency * kMillihertz.of(step.frequencyUnit)));
-    put(record, ListPower, truncated<qint64>(step.power * kHundredths));
+    put(record, ListFrequency, truncated<quint64>(step.frequency * Millihertz.of(step.frequencyUnit)));
+    put(record, ListPower, truncated<qint64>(step.power * Hundredths));
     put(record, ListFlags, (last ? LastStepFlag : 0U) | (notRun ? WaitFlag : 0U));
-    put(record, ListDwell, truncated<quint64>(step.dwell * kMicroseconds.of(step.dwellUnit)));
+    put(record, ListDwell, truncated<quint64>(step.dwell * Microseconds.of(step.dwellUnit)));
 }
 
 inline void encode(const pattern_point& step, char* record) {
     using namespace StepWire;
     put(record, PatternNumber, step.stepNumber);
     put(record, PatternLoops, step.loops);
-    put(record, PatternOffTime, truncated<qint64>(step.offTime * kNanoseconds.of(step.offTimeUnit)));
-    put(record, PatternOnTime, truncated<qint64>(step.onTime * kNanoseconds.of(step.onTimeUnit)));
+    put(record, PatternOffTime, truncated<qint64>(step.offTime * Nanoseconds.of(step.offTimeUnit)));
+    put(record, PatternOnTime, truncated<qint64>(step.onTime * Nanoseconds.of(step.onTimeUnit)));
 }
 
 inline bool waits(const list_point& step) {
-    constexpr quint64 kRun = unitKey(StepWire::RunAdvance, sizeof StepWire::RunAdvance - 1);
-    return unitKey(step.advance.c_str(), step.advance.size()) != kRun;
+    constexpr quint64 Run = unitKey(StepWire::RunAdvance, sizeof StepWire::RunAdvance - 1);
+    return unitKey(step.advance.c_str(), step.advance.size()) != Run;
 }
 
 // IEEE 488.2 definite-length block. encodeStep(index, record) writes one record.
@@ -148,16 +148,16 @@ QByteArray StepWire::patternMessage(const std::vector<pattern_point*>& steps) {
 
 std::string StepWire::listCommand(const list_point& step) {
     std::ostringstream text = plainStream();
-    text << ListDefine << step.stepNumber << ',' << step.frequency * kTextHertz.of(step.frequencyUnit) << ','
+    text << ListDefine << step.stepNumber << ',' << step.frequency * TextHertz.of(step.frequencyUnit) << ','
          << step.power << ',' << (step.last ? 1 : 0) << ',' << (waits(step) ? 1 : 0) << ','
-         << step.dwell * kTextSeconds.of(step.dwellUnit);
+         << step.dwell * TextSeconds.of(step.dwellUnit);
     return text.str();
 }
 
 std::string StepWire::patternCommand(const pattern_point& step) {
     std::ostringstream text = plainStream();
-    text << PatternDefine << step.stepNumber << ',' << step.onTime * kTextSeconds.of(step.onTimeUnit) << ','
-         << step.offTime * kTextSeconds.of(step.offTimeUnit) << ',' << step.loops << ',' << (step.last ? 1 : 0);
+    text << PatternDefine << step.stepNumber << ',' << step.onTime * TextSeconds.of(step.onTimeUnit) << ','
+         << step.offTime * TextSeconds.of(step.offTimeUnit) << ',' << step.loops << ',' << (step.last ? 1 : 0);
     return text.str();
 }
 

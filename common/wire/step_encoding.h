@@ -1,11 +1,11 @@
 #pragma once
 
+#include "common/wire/step_points.h"
+
 #include <QBitArray>
 #include <QByteArray>
 #include <string>
 #include <vector>
-
-#include "common/wire/step_points.h"
 
 /// The wire forms of lists and patterns, written once for the panel that sends and the simulator that reads. Pure
 /// functions, any thread. Steps handed in must not be null.

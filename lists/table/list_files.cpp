@@ -1,15 +1,15 @@
 #include "lists/table/list_files.h"
 
-#include <QHeaderView>
-#include <QKeyEvent>
-
 #include "lists/lists_ops.h"
 #include "lists/table/list_table_delegate.h"
 
+#include <QHeaderView>
+#include <QKeyEvent>
+
 namespace {
-constexpr int kNumberColumn = 0;
-constexpr int kNameColumn = 1;
-constexpr int kDefaultNumberWidth = 50;
+constexpr int NumberColumn = 0;
+constexpr int NameColumn = 1;
+constexpr int DefaultNumberWidth = 50;
 } // namespace
 
 ListFiles::ListFiles(QWidget* parent) : QTableWidget(parent) {
@@ -57,36 +57,36 @@ void ListFiles::rebuild(const QStringList& names) {
     const int newFiles = m_mode == ListFileMode::Save ? 1 : 0;
     setColumnCount(2);
     setHorizontalHeaderLabels({QStringLiteral("#"), titleForMode()});
-    horizontalHeader()->setSectionResizeMode(kNumberColumn, QHeaderView::Fixed);
-    horizontalHeader()->setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
-    setColumnWidth(kNumberColumn, m_firstColumnWidth > 0 ? m_firstColumnWidth : kDefaultNumberWidth);
+    horizontalHeader()->setSectionResizeMode(NumberColumn, QHeaderView::Fixed);
+    horizontalHeader()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    setColumnWidth(NumberColumn, m_firstColumnWidth > 0 ? m_firstColumnWidth : DefaultNumberWidth);
     setRowCount(names.size() + newFiles);
     if (newFiles > 0)
         addRow(0, QStringLiteral("+"), QStringLiteral("new file"), true);
     for (int i = 0; i < names.size(); ++i)
         addRow(i + newFiles, QString::number(i + 1), names.at(i), false);
     if (rowCount() > 0)
-        setCurrentCell(0, kNumberColumn);
+        setCurrentCell(0, NumberColumn);
     setUpdatesEnabled(true);
 }
 
 void ListFiles::addRow(int row, const QString& number, const QString& name, bool isNewFile) {
-    for (int column : {kNumberColumn, kNameColumn}) {
-        auto* item = new QTableWidgetItem(column == kNumberColumn ? number : name);
+    for (int column : {NumberColumn, NameColumn}) {
+        auto* item = new QTableWidgetItem(column == NumberColumn ? number : name);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
         item->setData(NewFileRole, isNewFile);
-        item->setData(ListCellDelegate::QuietRole, column == kNumberColumn && !isNewFile);
+        item->setData(ListCellDelegate::QuietRole, column == NumberColumn && !isNewFile);
         setItem(row, column, item);
     }
 }
 
 QString ListFiles::selectedFilename() const {
-    const QTableWidgetItem* name = item(currentRow(), kNameColumn);
+    const QTableWidgetItem* name = item(currentRow(), NameColumn);
     return name && !selectedItemIsNewFile() ? name->text() : QString();
 }
 
 bool ListFiles::selectedItemIsNewFile() const {
-    const QTableWidgetItem* name = item(currentRow(), kNameColumn);
+    const QTableWidgetItem* name = item(currentRow(), NameColumn);
     return name && name->data(NewFileRole).toBool();
 }
 

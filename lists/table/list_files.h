@@ -1,9 +1,9 @@
 #pragma once
 
+#include "lists/table/list_table_view_config.h"
+
 #include <QMetaType>
 #include <QTableWidget>
-
-#include "lists/table/list_table_view_config.h"
 
 class ListsOps;
 

@@ -1,11 +1,11 @@
 #include "lists/table/list_table.h"
 
+#include "lists/table/list_table_model.h"
+
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QSignalBlocker>
-
-#include "lists/table/list_table_model.h"
 
 namespace {
 

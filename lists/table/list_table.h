@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QTableView>
-
 #include "lists/list_config.h"
 #include "lists/table/list_table_view_config.h"
+
+#include <QTableView>
 
 class ListTableModel;
 

@@ -6,10 +6,10 @@
 
 namespace {
 
-constexpr int kMargin = 16;
-constexpr int kSmallestText = 22;
-constexpr int kAccentWidth = 3;
-constexpr int kRadius = 6;
+constexpr int Margin = 16;
+constexpr int SmallestText = 22;
+constexpr int AccentWidth = 3;
+constexpr int Radius = 6;
 
 } // namespace
 
@@ -61,11 +61,11 @@ void ListCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     painter->drawLine(option.rect.bottomLeft(), option.rect.bottomRight());
 
     const QString text = index.data(Qt::DisplayRole).toString();
-    const QRect room = option.rect.adjusted(kMargin, 0, -kMargin / 2, 0);
+    const QRect room = option.rect.adjusted(Margin, 0, -Margin / 2, 0);
     QFont font = option.font;
     int width = QFontMetrics(font).horizontalAdvance(text);
-    if (width > room.width() && font.pixelSize() > kSmallestText) {
-        font.setPixelSize(qMax(kSmallestText, font.pixelSize() * room.width() / width));
+    if (width > room.width() && font.pixelSize() > SmallestText) {
+        font.setPixelSize(qMax(SmallestText, font.pixelSize() * room.width() / width));
         width = QFontMetrics(font).horizontalAdvance(text);
     }
     painter->setFont(font);
@@ -90,10 +90,10 @@ void ListCellDelegate::paintAccent(QPainter& painter, const QStyleOptionViewItem
         frame.setLeft(view->columnViewportPosition(0));
         frame.setRight(view->viewport()->width());
     }
-    const qreal inset = kAccentWidth / 2.0;
+    const qreal inset = AccentWidth / 2.0;
     painter.setClipRect(option.rect);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(m_config.accent, kAccentWidth));
+    painter.setPen(QPen(m_config.accent, AccentWidth));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(frame.adjusted(inset, inset, -inset, -inset), kRadius, kRadius);
+    painter.drawRoundedRect(frame.adjusted(inset, inset, -inset, -inset), Radius, Radius);
 }

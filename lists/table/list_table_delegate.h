@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QStyledItemDelegate>
-
 #include "lists/table/list_table_view_config.h"
+
+#include <QStyledItemDelegate>
 
 /// Paints the cells of a ListTable or a ListFiles: quiet rows with a line below each, the current row on a ground of
 /// its own, the accent around what is chosen. A text that is too wide for its cell is written smaller, then elided.

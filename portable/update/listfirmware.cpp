@@ -4,7 +4,6 @@
 
 #include <QHeaderView>
 #include <QTimer>
-
 #include <array>
 
 namespace Kavor::HandheldGui {

@@ -3,7 +3,6 @@
 #include "common/update/package_look.h"
 
 #include <QTableWidget>
-
 #include <memory>
 
 class QTimer;

@@ -9,7 +9,6 @@
 #include <QMessageBox>
 #include <QThread>
 #include <QTimer>
-
 #include <memory>
 
 namespace Kavor::HandheldGui {

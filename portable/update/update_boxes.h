@@ -2,7 +2,6 @@
 
 #include <QEventLoop>
 #include <QString>
-
 #include <functional>
 
 class QWidget;

@@ -9,7 +9,6 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QTimer>
-
 #include <algorithm>
 #include <utility>
 

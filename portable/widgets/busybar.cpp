@@ -4,7 +4,6 @@
 
 #include <QPainter>
 #include <QTimer>
-
 #include <cmath>
 
 namespace Kavor::HandheldGui {

@@ -6,12 +6,11 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QSignalBlocker>
-
 #include <algorithm>
 
 namespace {
 
-constexpr int kLastIndex = 3;
+constexpr int LastIndex = 3;
 
 // What a frequency field and a time field differ in.
 struct EntryUnits {
@@ -25,10 +24,10 @@ EntryUnits frequencyUnits(translations row) {
     return {kScale[index], kDec[index], false};
 }
 
-constexpr EntryUnits kTimeUnits{timeScales, timeDec, true};
+constexpr EntryUnits TimeUnits{timeScales, timeDec, true};
 
 double normalizeEntry(const EntryUnits& units, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
-    const int shown = combo ? std::clamp(combo->currentIndex(), 0, kLastIndex) : 0;
+    const int shown = combo ? std::clamp(combo->currentIndex(), 0, LastIndex) : 0;
     const double canonical = isCanonical ? value : value * units.scale[shown];
     CalcResult result = calculateNormalization(canonical, units.scale, units.ascending);
     if (combo && combo->count() > 0 && result.index >= combo->count()) {
@@ -68,7 +67,7 @@ bool normalizeFreq(QLineEdit* edit, QComboBox* combo, double value, bool isCanon
 }
 
 double normalizeTime(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
-    return normalizeEntry(kTimeUnits, edit, combo, value, isCanonical);
+    return normalizeEntry(TimeUnits, edit, combo, value, isCanonical);
 }
 
 bool normalizeTime(QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, double min, double max,

@@ -4,7 +4,6 @@
 
 #include <QPainter>
 #include <QTouchEvent>
-
 #include <algorithm>
 
 namespace Kavor::HandheldGui {
@@ -12,7 +11,7 @@ namespace Kavor::HandheldGui {
 namespace {
 
 // Two reports of one press come within this time; a finger and a mouse never meet on one key that fast.
-constexpr qint64 kSamePressMs = 300;
+constexpr qint64 SamePressMs = 300;
 
 struct KeyColours {
     QRgb fill;
@@ -45,7 +44,7 @@ int pixelsOf(VKButton::Look look, int length) {
 }
 
 bool recent(const QElapsedTimer& timer) {
-    return timer.isValid() && timer.elapsed() < kSamePressMs;
+    return timer.isValid() && timer.elapsed() < SamePressMs;
 }
 
 } // namespace

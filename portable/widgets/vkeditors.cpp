@@ -1,9 +1,8 @@
 #include "portable/widgets/vkeditors.h"
 
-#include "values/messagesink.h"
-
 #include "portable/widgets/vkeyboard.h"
 #include "values/formatting.h"
+#include "values/messagesink.h"
 #include "values/units.h"
 
 namespace Kavor::HandheldGui {
@@ -11,7 +10,7 @@ namespace Kavor::HandheldGui {
 namespace {
 
 // Finer than any setter sends, so that a converted level is rounded once.
-constexpr int kPowerDecimals = 6;
+constexpr int PowerDecimals = 6;
 
 } // namespace
 
@@ -32,7 +31,7 @@ bool vkPowerEdit::takeEntry(const QString& unit) {
         tell(messageSink(), QStringLiteral("mV and \u00B5V values must be greater than zero"));
         return false;
     }
-    setText(formatNumber(dBm, kPowerDecimals));
+    setText(formatNumber(dBm, PowerDecimals));
     return true;
 }
 

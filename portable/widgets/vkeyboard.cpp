@@ -17,8 +17,8 @@ using KeyboardLayout::Action;
 
 namespace {
 
-constexpr int kUnitKeys = 4;
-constexpr int kFrameInset = 4;
+constexpr int UnitKeys = 4;
+constexpr int FrameInset = 4;
 
 QLabel* makeLabel(QWidget* parent, const char* name, const QString& text, int pixels, QFont::Weight weight) {
     auto* label = new QLabel(text, parent);
@@ -66,7 +66,7 @@ void VirtKeyboard::setLineEdit(QLineEdit* target) {
 }
 
 void VirtKeyboard::setUnitsButtons(int index, const QString& text) {
-    if (index < 0 || index >= kUnitKeys)
+    if (index < 0 || index >= UnitKeys)
         return;
     m_unitTexts.insert(index, text);
     placeKeys();
@@ -266,7 +266,7 @@ void VirtKeyboard::updateKeys() {
 void VirtKeyboard::placeEntry() {
     m_titleLabel->setGeometry(KeyboardLayout::Title);
     m_unitLabel->setVisible(!m_unit.isEmpty());
-    QRect frame = KeyboardLayout::entryFrame(width()).adjusted(kFrameInset, kFrameInset, -kFrameInset, -kFrameInset);
+    QRect frame = KeyboardLayout::entryFrame(width()).adjusted(FrameInset, FrameInset, -FrameInset, -FrameInset);
     if (!m_unit.isEmpty()) {
         const int unitWidth = m_unitLabel->sizeHint().width();
         frame.adjust(0, 0, -unitWidth - 28, 0);

@@ -6,16 +6,15 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QRegularExpressionValidator>
-
 #include <algorithm>
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int kSmallestText = 28;
-constexpr int kCaretWidth = 3;
-constexpr int kAddressPoints = 3;
+constexpr int SmallestText = 28;
+constexpr int CaretWidth = 3;
+constexpr int AddressPoints = 3;
 
 const QRegularExpression& patternOf(KeyboardEntry::Mode mode) {
     static const QString part = QStringLiteral("(?:[0-1]?\\d?\\d|2[0-4]\\d|25[0-5])");
@@ -195,7 +194,7 @@ void KeyboardEntry::nextPart() {
         return point < 0 ? address.length() : point;
     };
     const int to = endOf(from);
-    if (to == address.length() && address.count(QLatin1Char('.')) < kAddressPoints) {
+    if (to == address.length() && address.count(QLatin1Char('.')) < AddressPoints) {
         put(address + QLatin1Char('.'));
         return;
     }
@@ -261,8 +260,8 @@ void KeyboardEntry::fitFont() {
     QFont shown(QStringLiteral("Segoe UI"));
     shown.setWeight(QFont::DemiBold);
     const QMargins margins = textMargins();
-    const int room = width() - margins.left() - margins.right() - 2 * kCaretWidth - 4;
-    for (int pixels = Style::TextEntry; pixels >= kSmallestText; pixels -= 2) {
+    const int room = width() - margins.left() - margins.right() - 2 * CaretWidth - 4;
+    for (int pixels = Style::TextEntry; pixels >= SmallestText; pixels -= 2) {
         shown.setPixelSize(pixels);
         if (QFontMetrics(shown).horizontalAdvance(text()) <= room)
             break;
@@ -276,8 +275,8 @@ void KeyboardEntry::paintEvent(QPaintEvent* event) {
     if (hasSelectedText())
         return;
     const int height = QFontMetrics(font()).height() * 3 / 4;
-    const int x = std::min(cursorRect().center().x() + 1, width() - kCaretWidth - 1);
-    QPainter(this).fillRect(x, (this->height() - height) / 2, kCaretWidth, height, QColor(Style::Active));
+    const int x = std::min(cursorRect().center().x() + 1, width() - CaretWidth - 1);
+    QPainter(this).fillRect(x, (this->height() - height) / 2, CaretWidth, height, QColor(Style::Active));
 }
 
 // A dialog that opens selects what is in its first field, which would read as overwriting.

@@ -5,7 +5,6 @@
 #include <QRect>
 #include <QSize>
 #include <QString>
-
 #include <vector>
 
 /// Where the keys of the on-screen keyboard lie and what they stand for, in pixels of the dialog.

@@ -13,8 +13,8 @@ using namespace Kavor::HandheldGui;
 
 namespace {
 
-const char kOneStep[] = "1,1 GHz,-10 dBm,1 ms,Run";
-const char kOnePatternStep[] = "1,1 ms,1 ms,1";
+const char OneStep[] = "1,1 GHz,-10 dBm,1 ms,Run";
+const char OnePatternStep[] = "1,1 ms,1 ms,1";
 
 } // namespace
 
@@ -120,7 +120,7 @@ private slots:
     void stepsComeAndGo_data() { both(); }
     void stepsComeAndGo() {
         openFetched();
-        const QString one = isList() ? kOneStep : kOnePatternStep;
+        const QString one = isList() ? OneStep : OnePatternStep;
         QCOMPARE(shown(), one);
         for (int i = 0; i < 9; ++i)
             QVERIFY(panel().press(name("Add")));

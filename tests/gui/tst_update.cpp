@@ -283,7 +283,7 @@ private slots:
             expectMessage("failed extracting package");
         } else if (fault == "board") {
             Sim::FpgaFaults silent;
-            silent.ignoredInits = Sim::FpgaFaults::kAlways;
+            silent.ignoredInits = Sim::FpgaFaults::Always;
             m_rig->boards[3]->setFaults(silent);
             expectMessage("Failed to initialize");
             expectMessage("Transfer Phase Failed");

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <vector>
-
 #include "lists/frequency_list_config.h"
 #include "lists/pattern_list_config.h"
+
+#include <vector>
 
 /// A list model with the vector of steps that it works on, gone with the object.
 template <typename Config, typename Point, typename Limits>
@@ -45,17 +45,17 @@ public:
     Config config;
 };
 
-constexpr FrequencyListLimits kListLimits{9e3, 6e9, 1e8, -120, 20, 5, 1e3, 1e10, 5e5};
-constexpr PatternListLimits kPatternLimits{10, 1e10, 800, 1, 10000, 3};
+constexpr FrequencyListLimits ListLimits{9e3, 6e9, 1e8, -120, 20, 5, 1e3, 1e10, 5e5};
+constexpr PatternListLimits PatternLimits{10, 1e10, 800, 1, 10000, 3};
 
 class FrequencySteps : public StepList<FrequencyListConfig, list_point, FrequencyListLimits> {
 public:
-    explicit FrequencySteps(int steps = 1) : StepList(kListLimits, steps) {}
+    explicit FrequencySteps(int steps = 1) : StepList(ListLimits, steps) {}
 };
 
 class PatternSteps : public StepList<PatternListConfig, pattern_point, PatternListLimits> {
 public:
-    explicit PatternSteps(int steps = 1) : StepList(kPatternLimits, steps) {}
+    explicit PatternSteps(int steps = 1) : StepList(PatternLimits, steps) {}
 };
 
 /// A list of each kind, of which a test row looks at one.

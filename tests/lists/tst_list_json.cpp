@@ -1,7 +1,7 @@
-#include <QJsonDocument>
-
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
+
+#include <QJsonDocument>
 
 namespace {
 

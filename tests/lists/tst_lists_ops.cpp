@@ -1,16 +1,15 @@
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "lists/lists_ops.h"
+#include "tests/lists/steplist.h"
+#include "tests/support/testbase.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <csignal>
 #include <random>
-
-#include "lists/lists_ops.h"
-#include "tests/lists/steplist.h"
-#include "tests/support/testbase.h"
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 /// The library of list files: names, folders, and what becomes of file and model when something is wrong.
 class TestListsOps : public TestBase {
@@ -135,8 +134,8 @@ private slots:
         const char* invalid = "Invalid list JSON file";
         row("no UTF-8", "{\"VeldaList\":[{\"FreqUnits\":\"\xff\xfe\"}]}", invalid);
         row("deep", "{\"VeldaList\":" + QByteArray(2000000, '['), invalid);
-        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListsOps::kMostSteps) + "]}", invalid);
-        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListsOps::kMostBytes), ' '), invalid);
+        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListsOps::MostSteps) + "]}", invalid);
+        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListsOps::MostBytes), ' '), invalid);
     }
 
     void unloadable() {

@@ -1,15 +1,14 @@
-#include <sys/ptrace.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "lists/lists_ops.h"
+#include "tests/lists/steplist.h"
+#include "tests/support/testbase.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <csignal>
 #include <random>
-
-#include "lists/lists_ops.h"
-#include "tests/lists/steplist.h"
-#include "tests/support/testbase.h"
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -68,9 +67,9 @@ bool saveUntilKilled(const ListsOps& ops, const IListConfig& first, const IListC
 
 // Under a sanitizer each kill takes longer and shows nothing more.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kKills = 100;
+constexpr int Kills = 100;
 #else
-constexpr int kKills = 500;
+constexpr int Kills = 500;
 #endif
 
 } // namespace
@@ -153,7 +152,7 @@ private slots:
         QString error;
         QVERIFY(ops.save("x", 0, m_old.config, error));
         std::mt19937 random(500);
-        for (int i = 0; i < kKills; ++i) {
+        for (int i = 0; i < Kills; ++i) {
             const bool newFirst = i % 2 == 0;
             QVERIFY(saveUntilKilled(ops, newFirst ? m_new.config : m_old.config, newFirst ? m_old.config : m_new.config,
                                     random() % 4000));
@@ -161,7 +160,7 @@ private slots:
             if (QTest::currentTestFailed())
                 return;
         }
-        bothSidesWereMet(kKills / 10, kKills / 10);
+        bothSidesWereMet(Kills / 10, Kills / 10);
     }
 };
 

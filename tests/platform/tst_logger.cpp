@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-
 #include <csignal>
 #include <limits>
 #include <sys/wait.h>

@@ -6,7 +6,6 @@
 #include <QElapsedTimer>
 #include <QHostAddress>
 #include <QTcpSocket>
-
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>

@@ -113,7 +113,7 @@ private slots:
         Sim::Options options = optionsOf(3);
         options.disconnectedChannels = 2;
         const Bench bench(options);
-        QCOMPARE(bench.region->size(), 3 * kChannelRecordSize);
+        QCOMPARE(bench.region->size(), 3 * ChannelRecordSize);
         for (const char* command : {":INST:SEL 2", ":FREQ 2e9", ":SYST:COMM:LAN:GAT \"10.1.1.1\"", ":INST:SEL 1"})
             QCOMPARE(bench.ask(command), QByteArray("+OK"));
         QCOMPARE(bench.region->at(0).frequency.value, 1e9);

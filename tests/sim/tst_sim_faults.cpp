@@ -3,10 +3,9 @@
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-
 #include <thread>
 
-static const QByteArray kOk("+OK");
+static const QByteArray Ok("+OK");
 
 class TestSimFaults : public TestBase {
     Q_OBJECT
@@ -39,7 +38,7 @@ private slots:
         QFETCH(QByteArray, answer);
         QFETCH(int, slow);
         const Bench b;
-        QCOMPARE(b.ask("SIMulator:FAULt " + fault + ",COUNt=1"), kOk);
+        QCOMPARE(b.ask("SIMulator:FAULt " + fault + ",COUNt=1"), Ok);
         QCOMPARE(b.simulator.pendingFaults(), 1);
         QElapsedTimer timer;
         timer.start();
@@ -48,24 +47,24 @@ private slots:
         QVERIFY(timer.elapsed() >= slow);
         QTEST(b.region->at(0).frequency.value, "frequency");
         QCOMPARE(b.simulator.pendingFaults(), 0);
-        QCOMPARE(b.ask(":POW 3"), kOk);
+        QCOMPARE(b.ask(":POW 3"), Ok);
         QTEST(b.region->at(0).frequency.value, "later");
         QCOMPARE(b.simulator.received(), QByteArrayList({":FREQ 2e9", ":POW?", ":POW 3"}));
     }
 
     void onlyMatchingCommandsAndOnlySoOften() {
         const Bench b;
-        QCOMPARE(b.ask("SIMulator:FAULt REFuse,FOR=\":frsw:sta\",COUNt=2"), kOk);
-        QCOMPARE(b.ask("SIMulator:FAULt KEEP,FOR=\":POW \""), kOk);
-        QCOMPARE(b.ask(":FRSW ON"), kOk);
+        QCOMPARE(b.ask("SIMulator:FAULt REFuse,FOR=\":frsw:sta\",COUNt=2"), Ok);
+        QCOMPARE(b.ask("SIMulator:FAULt KEEP,FOR=\":POW \""), Ok);
+        QCOMPARE(b.ask(":FRSW ON"), Ok);
         QVERIFY(b.ask(":FRSW:STAR 2e9").startsWith("-ERR"));
         QVERIFY(b.ask("FRSW:STAR 2e9").startsWith("-ERR"));
-        QCOMPARE(b.ask(":FRSW:STAR 2e9"), kOk);
+        QCOMPARE(b.ask(":FRSW:STAR 2e9"), Ok);
         for (int i = 0; i < 3; ++i)
-            QCOMPARE(b.ask(":POW 3"), kOk);
+            QCOMPARE(b.ask(":POW 3"), Ok);
         QCOMPARE(b.region->at(0).power.value, -10.0);
-        QCOMPARE(b.ask("SIMulator:FAULt:CLEar"), kOk);
-        QCOMPARE(b.ask(":POW 3"), kOk);
+        QCOMPARE(b.ask("SIMulator:FAULt:CLEar"), Ok);
+        QCOMPARE(b.ask(":POW 3"), Ok);
         QCOMPARE(b.region->at(0).power.value, 3.0);
         QCOMPARE(b.simulator.count(":FRSW:STAR"), 3);
     }
@@ -91,7 +90,7 @@ private slots:
     void serviceGoneForAWhile() {
         const Bench b;
         const quint16 port = b.simulator.port();
-        QCOMPARE(b.ask("SIMulator:FAULt GONE,MS=150,FOR=\":FREQ\",COUNt=1"), kOk);
+        QCOMPARE(b.ask("SIMulator:FAULt GONE,MS=150,FOR=\":FREQ\",COUNt=1"), Ok);
         QElapsedTimer timer;
         timer.start();
         QCOMPARE(b.ask(":FREQ 2e9"), QByteArray());
@@ -104,12 +103,12 @@ private slots:
     void replacedRegion() {
         Bench b;
         QVERIFY(b.simulator.replaceRegion(4));
-        QCOMPARE(b.ask(":FREQ 3e9"), kOk);
+        QCOMPARE(b.ask(":FREQ 3e9"), Ok);
         const MappedRegion larger(b.simulator.regionName());
-        QCOMPARE(larger.size(), 4 * kChannelRecordSize);
+        QCOMPARE(larger.size(), 4 * ChannelRecordSize);
         QCOMPARE(larger.at(0).frequency.value, 3e9);
         QCOMPARE(b.region->at(0).frequency.value, 1e9);
-        QCOMPARE(b.ask(":INST:SEL 3"), kOk);
+        QCOMPARE(b.ask(":INST:SEL 3"), Ok);
         QVERIFY(b.simulator.replaceRegion(2));
         QCOMPARE(b.ask(":INST:SEL?"), QByteArray("1")); // the last one that is left
     }

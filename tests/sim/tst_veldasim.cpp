@@ -6,7 +6,6 @@
 #include <QCryptographicHash>
 #include <QProcess>
 #include <QUdpSocket>
-
 #include <csignal>
 
 /// The program as a user starts it.
@@ -43,7 +42,7 @@ void TestVeldasim::servesUntilASignal() {
     QCOMPARE(ready.captured(2).toStdString(), region);
     {
         const MappedRegion mapped(region);
-        QCOMPARE(mapped.size(), 3 * kChannelRecordSize);
+        QCOMPARE(mapped.size(), 3 * ChannelRecordSize);
         QCOMPARE(mapped.at(0).connected, 0);
         QVERIFY(mapped.at(1).connected != 0);
         QCOMPARE(mapped.at(1).frequency.value, 2e9);

@@ -6,12 +6,11 @@
 #include "values/units.h"
 
 #include <QStringList>
-
 #include <cmath>
 
 namespace {
 
-const QString kMicroSecond = QString::fromUtf8("\xC2\xB5s");
+const QString MicroSecond = QString::fromUtf8("\xC2\xB5s");
 
 class RecordingSink : public MessageSink {
 public:
@@ -85,8 +84,8 @@ private slots:
         row(shown(frequency, 2400, "MHz"), "2.4 GHz is 2400000000");
         row(shown(frequency, 5000, "kHz"), "5 KHz is 5000");
         row(shown(frequency, 7, ""), "7 Hz is 7");
-        row(shown(Kind::Time, 1000, kMicroSecond), "1 ms is 1000000");
-        row(shown(Kind::Time, 2000, "hours"), "2 " + kMicroSecond + " is 2000");
+        row(shown(Kind::Time, 1000, MicroSecond), "1 ms is 1000000");
+        row(shown(Kind::Time, 2000, "hours"), "2 " + MicroSecond + " is 2000");
         row(shown(Kind::Power, 1000, "mV"), "1000 mV is 13.0102999566398");
         row(shown(Kind::Power, -5, "mV"), "-5 mV is -5");
 
@@ -107,7 +106,7 @@ private slots:
         row(formatFrequency(2400000, "KHz"), "2.4 GHz");
         row(formatFrequency(-3, "GHz"), "-3000000000 Hz");
         row(formatFrequency(6000000000.001, "Hz"), "6.000000000001 GHz");
-        row(formatTime(1500, kMicroSecond.toStdString()), "1.5 ms");
+        row(formatTime(1500, MicroSecond.toStdString()), "1.5 ms");
         row(formatTime(0, "s"), "0 ns");
     }
 

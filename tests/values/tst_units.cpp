@@ -8,10 +8,10 @@ Q_DECLARE_METATYPE(UnitQuantity)
 
 namespace {
 
-const QString kMicroSecond = QString::fromUtf8("\xC2\xB5s");
-const QString kGreekMicroSecond = QString::fromUtf8("\xCE\xBCs");
-const QString kMicroVolt = QString::fromUtf8("\xC2\xB5V");
-const QString kDecibelMicroVolt = QString::fromUtf8("dB\xC2\xB5V");
+const QString MicroSecond = QString::fromUtf8("\xC2\xB5s");
+const QString GreekMicroSecond = QString::fromUtf8("\xCE\xBCs");
+const QString MicroVolt = QString::fromUtf8("\xC2\xB5V");
+const QString DecibelMicroVolt = QString::fromUtf8("dB\xC2\xB5V");
 
 bool near(double actual, double expected) {
     return std::abs(actual - expected) <= 1e-9 * std::max(1.0, std::abs(expected));
@@ -34,8 +34,8 @@ private slots:
         row(UnitQuantity::Frequency, "kHz", {0, 3, 0, -3});
         row(UnitQuantity::Frequency, "Hz", {0, 3, 0, -3});
         row(UnitQuantity::Time, "s", {9, 9, 9, -9});
-        row(UnitQuantity::Time, kMicroSecond, {3, 3, 3, -3});
-        row(UnitQuantity::Time, kGreekMicroSecond, {0, 0, 0, 0});
+        row(UnitQuantity::Time, MicroSecond, {3, 3, 3, -3});
+        row(UnitQuantity::Time, GreekMicroSecond, {0, 0, 0, 0});
         row(UnitQuantity::Power, "mV", {0, 2, 2, -2});
     }
 
@@ -50,8 +50,8 @@ private slots:
 
     void unitNamesFollowTheirTables() {
         QCOMPARE(unitNames(UnitQuantity::Frequency).join(' '), QString("GHz MHz KHz Hz"));
-        QCOMPARE(unitNames(UnitQuantity::Time), (QStringList{"ns", kMicroSecond, "ms", "s"}));
-        QCOMPARE(unitNames(UnitQuantity::Power), (QStringList{"dBm", kDecibelMicroVolt, kMicroVolt, "mV"}));
+        QCOMPARE(unitNames(UnitQuantity::Time), (QStringList{"ns", MicroSecond, "ms", "s"}));
+        QCOMPARE(unitNames(UnitQuantity::Power), (QStringList{"dBm", DecibelMicroVolt, MicroVolt, "mV"}));
     }
 
     void conversion_data() {
@@ -68,9 +68,9 @@ private slots:
         row(UnitQuantity::Frequency, 0.5, "Hz", true, 0.5);
         row(UnitQuantity::Frequency, 9, "kHz", false, 9);
         row(UnitQuantity::Time, 2, "s", true, 2e9);
-        row(UnitQuantity::Time, 7, kMicroSecond, true, 7e3);
-        row(UnitQuantity::Time, 7, kGreekMicroSecond, false, 7);
-        row(UnitQuantity::Power, 106.98970004336019, kDecibelMicroVolt, true, 0);
+        row(UnitQuantity::Time, 7, MicroSecond, true, 7e3);
+        row(UnitQuantity::Time, 7, GreekMicroSecond, false, 7);
+        row(UnitQuantity::Power, 106.98970004336019, DecibelMicroVolt, true, 0);
         row(UnitQuantity::Power, 1000, "mV", true, 13.010299956639813);
         row(UnitQuantity::Power, 5, "W", false, 5);
         row(UnitQuantity::Unitless, 5, "Hz", false, 5);
@@ -91,7 +91,7 @@ private slots:
     }
 
     void powerRefusesVoltagesNotAboveZero() {
-        for (const QString& unit : {QString("mV"), kMicroVolt}) {
+        for (const QString& unit : {QString("mV"), MicroVolt}) {
             for (double value : {0.0, -1.0, double(NAN)}) {
                 double out = 42;
                 QVERIFY(!powerToDbm(value, unit.toStdString(), out));

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QDebug>
-#include <cstring>
-#include <memory>
-
 #include "common/instrument/handlerscpi.h"
 #include "tests/common/link/scriptedservice.h"
 #include "tests/common/link/testregion.h"
+
+#include <QDebug>
+#include <cstring>
+#include <memory>
 
 /// A module with its published region, and a handler that is connected to it.
 class HandlerFixture {

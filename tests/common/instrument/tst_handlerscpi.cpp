@@ -1,7 +1,7 @@
-#include <functional>
-
 #include "tests/common/instrument/handlerfixture.h"
 #include "tests/support/testbase.h"
+
+#include <functional>
 
 using Call = std::function<int(EventHandler&)>;
 using Change = std::function<void(ChannelRecord&)>;
@@ -102,7 +102,7 @@ private slots:
         HandlerFixture f;
         f.start();
         EventHandler& e = *f.handler;
-        for (int i = 0; i < kDeviceValueCount; ++i) {
+        for (int i = 0; i < DeviceValueCount; ++i) {
             const auto id = static_cast<DeviceValueId>(i);
             const DeviceValue& item = deviceValue(id);
             for (double entered : {0.0, 0.1, 1.001, 2.5, 3.3333333, 99.95, 1234.56789, 1e6 / 3, 123456789.123456}) {

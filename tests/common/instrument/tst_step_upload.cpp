@@ -1,18 +1,18 @@
-#include <deque>
-#include <functional>
-#include <limits>
-
 #include "common/wire/step_encoding.h"
 #include "tests/common/instrument/handlerfixture.h"
 #include "tests/support/testbase.h"
+
+#include <deque>
+#include <functional>
+#include <limits>
 
 using Upload = std::function<int(EventHandler&)>;
 Q_DECLARE_METATYPE(Upload)
 
 namespace {
 
-constexpr double kHuge = std::numeric_limits<double>::max();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double Huge = std::numeric_limits<double>::max();
+constexpr double Nan = std::numeric_limits<double>::quiet_NaN();
 
 // A list that owns its steps.
 template <typename Point>
@@ -73,14 +73,14 @@ private slots:
         list("waits, last", listStep(100, "MHz", 5, 500, "\u00B5s", "Wait", true), "0100 00e876481700 f401 03 f401000000");
         list("power and ns truncated", listStep(1, "KHz", -0.019, 999, "ns"), "0100 40420f000000 ffff 00 0000000000");
         list("unknown units are the smallest", listStep(7, "kHz", 0, 2000, "us"), "0100 581b00000000 0000 00 0200000000");
-        list("beyond any integer", listStep(kHuge, "GHz", kHuge, kHuge, "s"), "0100 ffffffffffff ffff 00 ffffffffff");
-        list("below any integer", listStep(-kHuge, "GHz", -kHuge, -1, "s"), "0100 000000000000 0000 00 0000000000");
-        list("no numbers", listStep(kNan, "GHz", kNan, kNan, "s"), "0100 000000000000 0000 00 0000000000");
+        list("beyond any integer", listStep(Huge, "GHz", Huge, Huge, "s"), "0100 ffffffffffff ffff 00 ffffffffff");
+        list("below any integer", listStep(-Huge, "GHz", -Huge, -1, "s"), "0100 000000000000 0000 00 0000000000");
+        list("no numbers", listStep(Nan, "GHz", Nan, Nan, "s"), "0100 000000000000 0000 00 0000000000");
         const auto pattern = [](const char* name, pattern_point step, const char* hex) {
             addRow(name, SetPattData(&step).toHex(), QByteArray(hex).replace(' ', ""));
         };
         pattern("off time first", patternStep(800, "ns", 1, "\u00B5s"), "0100 0100 e803000000000000 2003000000000000");
-        pattern("out of range", patternStep(kHuge, "s", -kHuge, "s"), "0100 0100 0000000000000080 ffffffffffffff7f");
+        pattern("out of range", patternStep(Huge, "s", -Huge, "s"), "0100 0100 0000000000000080 ffffffffffffff7f");
         const auto text = [](const std::string& encoded, const char* expected) {
             addRow(expected, QByteArray::fromStdString(encoded), QByteArray(expected));
         };

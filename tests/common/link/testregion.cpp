@@ -1,11 +1,10 @@
 #include "tests/common/link/testregion.h"
 
+#include <QtGlobal>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
-
-#include <QtGlobal>
-#include <cstring>
 
 TestRegion::TestRegion(unsigned channels) {
     static int made = 0;
@@ -23,7 +22,7 @@ ChannelRecord& TestRegion::record(unsigned channel) {
 }
 
 void TestRegion::replace(unsigned channels, const char* port) {
-    replaceWithSize(channels * kChannelRecordSize);
+    replaceWithSize(channels * ChannelRecordSize);
     for (unsigned channel = 0; channel < channels; ++channel) {
         record(channel).connected = 1;
         std::strncpy(record(channel).scpiPort, port, sizeof record(channel).scpiPort - 1);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "common/wire/channel_record.h"
+
 #include <QByteArray>
 #include <cstddef>
 #include <string>
-
-#include "common/wire/channel_record.h"
 
 /// A region of channel records that a test publishes, under a name of its own, gone with the object.
 class TestRegion {

@@ -1,11 +1,10 @@
+#include "tests/common/instrument/handlerfixture.h"
+#include "tests/support/testbase.h"
+
+#include <QElapsedTimer>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include <QElapsedTimer>
-
-#include "tests/common/instrument/handlerfixture.h"
-#include "tests/support/testbase.h"
 
 namespace {
 
@@ -20,8 +19,8 @@ std::string ask(HandlerFixture& f, const char* command) {
     return result == 0 ? reply : std::to_string(result) + ' ' + reply;
 }
 
-const std::string kFailed = "-1 before";
-const std::string kAnswered = "1";
+const std::string Failed = "-1 before";
+const std::string Answered = "1";
 
 } // namespace
 
@@ -49,13 +48,13 @@ private slots:
             QCOMPARE(e.getDisconnectedChannels(), 1U);
             QCOMPARE(e.get_frequency(), 0.0);
             QCOMPARE(e.set_rf_onoff(off), -1); // a record of zeros is nobody's word that the output is off
-            QCOMPARE(ask(f, "A?"), kFailed);
+            QCOMPARE(ask(f, "A?"), Failed);
             QCOMPARE(f.service.connections, 0);
             // One that comes later is picked up; the odd bytes at its end are no channel.
             f.region.replaceWithSize(3 * 1816 - 1);
             f.publishPort(f.service.port());
             f.region.record(1).phase.value = 45;
-            QCOMPARE(ask(f, "A?"), kAnswered);
+            QCOMPARE(ask(f, "A?"), Answered);
             QCOMPARE(e.channelCount(), 2U);
             QCOMPARE(e.set_channel(1), 0);
             QCOMPARE(e.snapshot().phase.value, 45.0);
@@ -82,10 +81,10 @@ private slots:
             f.publishPort(port);
             expectMessage("\\[SCPI\\] no connection, the channel record holds no port number");
             f.start();
-            QCOMPARE(ask(f, "A?"), kFailed);
+            QCOMPARE(ask(f, "A?"), Failed);
             QVERIFY(!f.handler->isLinkUp());
             f.publishPort(f.service.port());
-            QCOMPARE(ask(f, "A?"), kAnswered);
+            QCOMPARE(ask(f, "A?"), Answered);
         }
     }
 
@@ -94,7 +93,7 @@ private slots:
         f.region.record().frequency.value = 1e6;
         f.start();
         f.region.replace(2); // a port that is not yet there changes nothing
-        QCOMPARE(ask(f, "A?"), kAnswered);
+        QCOMPARE(ask(f, "A?"), Answered);
         QCOMPARE(f.service.connections, 1);
         ScriptedService other;
         other.answerWith("other\r\n");
@@ -163,7 +162,7 @@ private slots:
         sendAt(1);
         replies[0] = ask(f, "0?");
         QVERIFY(!f.handler->isWaiting());
-        QCOMPARE(replies, (std::array<std::string, 5>{"re 0?", "re 1?", "re 2?", "re 3?", kFailed}));
+        QCOMPARE(replies, (std::array<std::string, 5>{"re 0?", "re 1?", "re 2?", "re 3?", Failed}));
         QCOMPARE(f.service.lines, (QList<QByteArray>{"0?", "1?", "2?", "3?"}));
         QCOMPARE(ask(f, "5?"), std::string("re 5?"));
     }
@@ -201,7 +200,7 @@ private slots:
         for (int one = accept(listener, nullptr, nullptr); one >= 0; one = accept(listener, nullptr, nullptr))
             close(one);
         QTRY_VERIFY_WITH_TIMEOUT(f.handler->isLinkUp(), 20000);
-        QCOMPARE(ask(f, "A?"), kFailed);
+        QCOMPARE(ask(f, "A?"), Failed);
         QByteArray received(100, '\0');
         for (int one = accept(listener, nullptr, nullptr); one >= 0; one = accept(listener, nullptr, nullptr)) {
             const auto got = recv(one, received.data(), 100, MSG_DONTWAIT);
@@ -224,7 +223,7 @@ private slots:
         f.start();
         std::string inner;
         QTimer::singleShot(0, f.handler.get(), [&] { inner = ask(f, "B?"); });
-        QCOMPARE(ask(f, "A?"), kFailed);
+        QCOMPARE(ask(f, "A?"), Failed);
         QCOMPARE(inner, std::string("b"));
     }
 
@@ -247,7 +246,7 @@ private slots:
         QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
         QElapsedTimer took;
         took.start();
-        QCOMPARE(ask(f, "A?"), kFailed);
+        QCOMPARE(ask(f, "A?"), Failed);
         QVERIFY(took.elapsed() < f.timeoutMs);
         f.handler.reset();
     }

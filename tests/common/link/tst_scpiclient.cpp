@@ -1,16 +1,16 @@
+#include "common/link/scpiclient.h"
+#include "tests/common/link/scriptedservice.h"
+#include "tests/support/testbase.h"
+
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QThread>
 #include <map>
 #include <memory>
 
-#include "common/link/scpiclient.h"
-#include "tests/common/link/scriptedservice.h"
-#include "tests/support/testbase.h"
-
 namespace {
 
-constexpr int kLong = 5000; // ms: a time-out that must not strike
+constexpr int Long = 5000; // ms: a time-out that must not strike
 
 /// A client on a thread of its own, and how its requests ended. A request that ends twice fails the program.
 class ClientOnThread : public QObject {
@@ -40,8 +40,8 @@ public:
     QString endOf(int id) {
         QElapsedTimer waited;
         waited.start();
-        while (ends.count(id) == 0 && waited.elapsed() < kLong)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, kLong);
+        while (ends.count(id) == 0 && waited.elapsed() < Long)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, Long);
         const auto end = ends.find(id);
         return end == ends.end() ? QString() : end->second;
     }
@@ -63,8 +63,8 @@ private:
 struct Pair {
     Pair() { c.thread.start(); }
     explicit Pair(const QByteArray& answer) : Pair() { service.answerWith(answer); }
-    int query(const char* text) const { return c.client->sendQuery(text, kLong); }
-    int write(const char* text) const { return c.client->sendWrite(text, kLong); }
+    int query(const char* text) const { return c.client->sendQuery(text, Long); }
+    int write(const char* text) const { return c.client->sendWrite(text, Long); }
 
     ScriptedService service;
     ClientOnThread c{service.port()};
@@ -83,7 +83,7 @@ private slots:
         ClientOnThread c(service.port());
         // Queued before there is a connection: each has its own time-out, from its own writing.
         const int first = c.client->sendWrite("A 1", 150);
-        const int second = c.client->sendQuery("B?\r\n", kLong); // has its line end
+        const int second = c.client->sendQuery("B?\r\n", Long); // has its line end
         QElapsedTimer took;
         took.start();
         c.thread.start();
@@ -96,7 +96,7 @@ private slots:
         QCOMPARE(service.connections, 1);
         // Nothing of an exchange is left over for the next one.
         service.answerWith("next\r\n");
-        QCOMPARE(c.endOf(c.client->sendQuery("C?", kLong)), QString("reply next"));
+        QCOMPARE(c.endOf(c.client->sendQuery("C?", Long)), QString("reply next"));
     }
 
     void connectionEndsMidReply() {
@@ -122,11 +122,11 @@ private slots:
         service.stop();
         ClientOnThread c(service.port(), 60000, 60000);
         c.thread.start();
-        for (int id : {c.client->sendQuery("A?", kLong), c.client->sendQuery("A?", kLong)})
+        for (int id : {c.client->sendQuery("A?", Long), c.client->sendQuery("A?", Long)})
             QCOMPARE(c.endOf(id), QString("error Connection refused"));
         // A request makes it try at once, whatever the pause between idle attempts.
         service.start();
-        QCOMPARE(c.endOf(c.client->sendWrite("B 1", kLong)), QString("reply "));
+        QCOMPARE(c.endOf(c.client->sendWrite("B 1", Long)), QString("reply "));
         QVERIFY(c.client->isConnected());
     }
 
@@ -136,11 +136,11 @@ private slots:
         ScpiClient client(QHostAddress(QHostAddress::LocalHost), service.port(), nullptr);
         client.start();
         QSignalSpy ends(&client, &ScpiClient::queryFinished);
-        client.sendQuery("A?", kLong);
+        client.sendQuery("A?", Long);
         QTRY_COMPARE(ends.size(), 1);
         service.send("unread\r\n"); // does not hide what comes behind it
         service.dropConnection();
-        client.sendQuery("B?", kLong);
+        client.sendQuery("B?", Long);
         QTRY_COMPARE(ends.size(), 2);
         QCOMPARE(ends[1][2].toInt(), 0);
         QCOMPARE(service.connections, 2);
@@ -175,11 +175,11 @@ private slots:
         watched.start();
         c.thread.start();
         // At 0, 100, 300, 500, ... ms: the sixth not before 900 ms.
-        QTRY_VERIFY_WITH_TIMEOUT(service.connections >= 6, kLong);
+        QTRY_VERIFY_WITH_TIMEOUT(service.connections >= 6, Long);
         QVERIFY2(watched.elapsed() >= 800, qPrintable(QString::number(watched.elapsed())));
         // One that has something to send is not spun for either.
         const int before = service.connections;
-        QVERIFY(c.endOf(c.client->sendWrite("A 1", kLong)).startsWith("error "));
+        QVERIFY(c.endOf(c.client->sendWrite("A 1", Long)).startsWith("error "));
         QVERIFY(service.connections <= before + 4);
     }
 

@@ -62,7 +62,7 @@ private slots:
     }
 
     void sizeLimits() {
-        const int most = ScpiReply::kMaximumSize;
+        const int most = ScpiReply::MaximumSize;
         for (const auto& [bytes, expected] : {std::pair(QByteArray(most, 'x'), Progress::Waiting),
                                               {QByteArray(most - 1, 'x') + '\n', Progress::Answered},
                                               {QByteArray(most + 1, 'x'), Progress::Failed},

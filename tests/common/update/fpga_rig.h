@@ -5,7 +5,6 @@
 
 #include <QEventLoop>
 #include <QThread>
-
 #include <memory>
 #include <vector>
 

@@ -3,7 +3,6 @@
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-
 #include <sys/stat.h>
 
 namespace {

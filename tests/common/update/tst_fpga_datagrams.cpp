@@ -8,7 +8,7 @@ namespace {
 
 using Datagrams = QVector<QByteArray>;
 
-const QHostAddress kPeer(QStringLiteral("127.0.0.2"));
+const QHostAddress Peer(QStringLiteral("127.0.0.2"));
 
 // Written down by hand and not by the code under test.
 QByteArray ack(const QByteArray& block) {
@@ -42,7 +42,7 @@ private slots:
             onWorker([&] {
                 FpgaUpdater updater;
                 setImage(updater, image);
-                updater.setTargets(&kPeer, 1, m_peer->localPort());
+                updater.setTargets(&Peer, 1, m_peer->localPort());
                 ok = updater.doTransfer(2000, 10);
             });
             QVERIFY(ok);
@@ -100,9 +100,9 @@ private slots:
 protected:
     void setUp() override {
         m_peer = std::make_unique<QUdpSocket>();
-        QVERIFY(m_peer->bind(kPeer, 0));
+        QVERIFY(m_peer->bind(Peer, 0));
         m_updater = std::make_unique<FpgaUpdater>();
-        m_updater->setTargets(&kPeer, 1, m_peer->localPort());
+        m_updater->setTargets(&Peer, 1, m_peer->localPort());
     }
 
 private:

@@ -9,7 +9,7 @@
 namespace {
 
 // Writes its arguments down and runs them, unless that is to reboot.
-constexpr char kSudo[] = R"(#!/bin/sh
+constexpr char Sudo[] = R"(#!/bin/sh
 echo "$*" >> "$SUDO_LOG"
 [ "$1" = reboot ] || exec "$@"
 )";
@@ -145,7 +145,7 @@ private slots:
 protected:
     void setUp() override {
         m_dir = std::make_unique<TestFolder>();
-        m_dir->putProgram("bin/sudo", kSudo);
+        m_dir->putProgram("bin/sudo", Sudo);
         static const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(at("bin")) + ':' + path);
         qputenv("SUDO_LOG", QFile::encodeName(at("sudo.log")));

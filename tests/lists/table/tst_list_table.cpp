@@ -1,3 +1,9 @@
+#include "lists/lists_ops.h"
+#include "lists/table/list_files.h"
+#include "lists/table/list_table.h"
+#include "tests/lists/steplist.h"
+#include "tests/support/testbase.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QHeaderView>
@@ -9,19 +15,13 @@
 #include <cstdio>
 #include <functional>
 
-#include "lists/lists_ops.h"
-#include "lists/table/list_files.h"
-#include "lists/table/list_table.h"
-#include "tests/lists/steplist.h"
-#include "tests/support/testbase.h"
-
 namespace {
 
-constexpr int kRowHeight = 68;
+constexpr int RowHeight = 68;
 
 ListTableViewConfig look() {
     ListTableViewConfig config;
-    config.geometry = QRect(0, 0, 900, 40 + 5 * kRowHeight);
+    config.geometry = QRect(0, 0, 900, 40 + 5 * RowHeight);
     config.rows = 5;
     config.firstColumnWidth = 96;
     config.headerHeight = 40;
@@ -172,7 +172,7 @@ private slots:
             }
             std::sort(times.begin(), times.end());
             std::printf("%s: %.2f ms\n", name, times[10]);
-            QVERIFY2(times[10] < kSlowdown * most, name);
+            QVERIFY2(times[10] < Slowdown * most, name);
         }
         QVERIFY(list.agrees() && list.table.rowCount() == 5000);
     }
@@ -217,9 +217,9 @@ private slots:
 private:
     /// Under a sanitizer the figures say nothing; what they bound is checked all the same.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    static constexpr double kSlowdown = 20;
+    static constexpr double Slowdown = 20;
 #else
-    static constexpr double kSlowdown = 1;
+    static constexpr double Slowdown = 1;
 #endif
 };
 

@@ -6,12 +6,11 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QSignalSpy>
-
 #include <cmath>
 
 namespace {
 
-constexpr int kTime = -1;
+constexpr int Time = -1;
 
 class RecordingSink : public MessageSink {
 public:
@@ -20,7 +19,7 @@ public:
 };
 
 QStringList unitsOf(int row) {
-    return unitNames(row == kTime ? UnitQuantity::Time : UnitQuantity::Frequency).mid(row == kTime ? 0 : row);
+    return unitNames(row == Time ? UnitQuantity::Time : UnitQuantity::Frequency).mid(row == Time ? 0 : row);
 }
 
 } // namespace
@@ -42,11 +41,11 @@ private slots:
         addRow("canonical ignores the box", 0, 4, true, 1500.0, 0, 1500.0, QString("1.500000"), 2);
         addRow("rate of 2 GHz", 1, 4, true, 2e9, 2, 2e9, QString("2000.000000000"), 0);
         addRow("0 in row 1", 1, 4, false, 0.0, 0, 0.0, QString("0.000"), 2);
-        addRow("999 µs", kTime, 4, false, 999.0, 1, 999e3, QString("999.000"), 1);
-        addRow("1000 µs", kTime, 4, false, 1000.0, 1, 1e6, QString("1.000000"), 2);
-        addRow("0 s", kTime, 4, false, 0.0, 3, 0.0, QString("0"), 0);
-        addRow("1 s without seconds", kTime, 3, true, 1e9, 0, 1e9, QString("1000.000000"), 2);
-        addRow("box of one unit", kTime, 1, true, 1e6, 0, 1e6, QString("1000000"), 0);
+        addRow("999 µs", Time, 4, false, 999.0, 1, 999e3, QString("999.000"), 1);
+        addRow("1000 µs", Time, 4, false, 1000.0, 1, 1e6, QString("1.000000"), 2);
+        addRow("0 s", Time, 4, false, 0.0, 3, 0.0, QString("0"), 0);
+        addRow("1 s without seconds", Time, 3, true, 1e9, 0, 1e9, QString("1000.000000"), 2);
+        addRow("box of one unit", Time, 1, true, 1e6, 0, 1e6, QString("1000000"), 0);
     }
 
     void normalizes() {
@@ -86,7 +85,7 @@ private slots:
         QTest::addColumn<QString>("message");
         addRow("frequency high", 0, 7000.0, "7.000000000000", 0, "Valid Start  range: 9 KHz to 6 GHz");
         addRow("frequency low", 0, 0.001, "1.000000", 2, "Valid Start  range: 9 KHz to 6 GHz");
-        addRow("time high", kTime, 7e6, "7.000000000", 3, QString("Valid Start  range: 9 %1s to 6 s").arg(QChar(0xB5)));
+        addRow("time high", Time, 7e6, "7.000000000", 3, QString("Valid Start  range: 9 %1s to 6 s").arg(QChar(0xB5)));
         addRow("not a number", 0, double(NAN), "nan", 0, "Valid Start  range: 9 KHz to 6 GHz");
     }
 
@@ -104,20 +103,20 @@ private slots:
         QTEST(edit.text(), "text");
         QTEST(combo.currentIndex(), "shown");
         QCOMPARE(sink.texts, QStringList(message));
-        QCOMPARE(out, value * (row == kTime ? 1e3 : 1e6));
+        QCOMPARE(out, value * (row == Time ? 1e3 : 1e6));
     }
 
 private:
     static double plain(int row, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
-        return row == kTime ? normalizeTime(edit, combo, value, isCanonical)
-                            : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row));
+        return row == Time ? normalizeTime(edit, combo, value, isCanonical)
+                           : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row));
     }
 
     static bool check(int row, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical, double min,
                       double max, MessageSink* sink, double* out) {
-        return row == kTime ? normalizeTime(edit, combo, value, isCanonical, min, max, sink, out, "Start")
-                            : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row), min, max,
-                                            sink, out, "Start");
+        return row == Time ? normalizeTime(edit, combo, value, isCanonical, min, max, sink, out, "Start")
+                           : normalizeFreq(edit, combo, value, isCanonical, static_cast<translations>(row), min, max,
+                                           sink, out, "Start");
     }
 };
 

@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QTouchDevice>
-
 #include <memory>
 
 using namespace Kavor::HandheldGui;

@@ -10,7 +10,6 @@
 #include <QSignalSpy>
 #include <QTimer>
 #include <QTouchDevice>
-
 #include <functional>
 #include <memory>
 
@@ -18,7 +17,7 @@ using namespace Kavor::HandheldGui;
 
 namespace {
 
-const QString kMicroVolt = QString::fromUtf8("\xC2\xB5V");
+const QString MicroVolt = QString::fromUtf8("\xC2\xB5V");
 
 class RecordingSink : public MessageSink {
 public:
@@ -150,7 +149,7 @@ private slots:
         Typist typist;
         typist.keys = "0 Unit3";
         QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(page.sink.texts, QStringList("mV and " + kMicroVolt + " values must be greater than zero"));
+        QCOMPARE(page.sink.texts, QStringList("mV and " + MicroVolt + " values must be greater than zero"));
     }
 
     void opensByTouchOnce() {
