@@ -2,6 +2,7 @@
 
 #include "platform/devicepaths.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QAbstractButton>
@@ -19,6 +20,8 @@
 using namespace Kavor::HandheldGui;
 
 namespace {
+
+constexpr int SettledMs = 20000;
 
 std::string ownRegionName() {
     static std::atomic<int> next{0};
@@ -91,6 +94,10 @@ QString PanelFixture::home() const {
 
 ChannelRecord PanelFixture::record() const {
     return m_module->record(0);
+}
+
+bool PanelFixture::settle() {
+    return QTest::qWaitFor([] { return ActionGate::panel().isIdle(); }, SettledMs);
 }
 
 bool PanelFixture::press(const QString& name) {

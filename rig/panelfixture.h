@@ -40,6 +40,9 @@ public:
         return m_window->findChild<T*>(name);
     }
 
+    /// Waits until nothing that was asked for is under way or waits; false when that takes too long.
+    bool settle();
+
     /// Presses a widget in its middle; false when it is not there, not visible or disabled.
     bool press(const QString& name);
     /// Touches it with a finger instead of a mouse.

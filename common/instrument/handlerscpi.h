@@ -8,7 +8,7 @@
 
 #include <QMutex>
 #include <array>
-#include <map>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -183,6 +183,9 @@ public:
     int sendGuiSoftUpdate();
     int set_sys_scpi(); ///< sends nothing, always 0
 
+    /// Asked before an upload switches on again what it has switched off. Without one it always does.
+    void setResumeCheck(std::function<bool()> mayResume) { m_mayResume = std::move(mayResume); }
+
     // Lists and patterns, binary or (second pair) one command a step, up to the first refused. -1 also for no steps.
     int
     sendListDATAX(std::vector<list_point*>* steps); ///< a running pulse is off meanwhile; then it and the pattern on
@@ -191,6 +194,7 @@ public:
     int sendPatternList(std::vector<pattern_point*>* steps); ///< pulse and pattern are off meanwhile, then on
 
 private:
+    bool mayResume() const { return !m_mayResume || m_mayResume(); }
     double deviceField(DeviceValueId id);
     double totalSweepTime(DeviceValueId steps, DeviceValueId dwell);
     int sendOnly(const char* header, const std::string& argument = std::string());
@@ -203,9 +207,7 @@ private:
     template <typename Check>
     int sendChecked(const char* header, const std::string& argument, Check isTaken);
 
-    std::map<std::string, unsigned> m_turns; ///< by header, how many of its commands were sent
-    unsigned m_maskWanted = 0;               ///< the enable mask of the last command that waits
-    int m_maskWaits = 0;
+    std::function<bool()> m_mayResume;
     mutable QMutex m_runningMutex;
     std::array<unsigned, MaxChannels + 1> m_running{}; ///< by channel, the kinds that isModulationsOn() last saw
 };

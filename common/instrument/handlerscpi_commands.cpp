@@ -120,18 +120,14 @@ void EventHandler::setCachedPatternName(const char* name) {
 }
 
 int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
-    // A mask that is on its way already is what this change builds on.
-    const unsigned current = m_maskWaits > 0 ? m_maskWanted : snapshot().modulationEnable;
+    const unsigned current = snapshot().modulationEnable;
     const unsigned wanted = enable ? current | bits : current & ~static_cast<unsigned>(bits);
     if (enable) {
         const int conflict = canModulate(bits, wanted);
         if (conflict != 0)
             return fetch(cachedRecord().modulationEnable) == wanted ? 0 : conflict;
     }
-    m_maskWanted = wanted;
-    ++m_maskWaits;
     sendOnly(Scpi::ModulationMask, std::to_string(wanted));
-    --m_maskWaits;
     fetch(cachedRecord().modulationEnable);
     return 0; // what runs is asked for with isModulationsOn()
 }

@@ -64,10 +64,10 @@ int EventHandler::sendListDATAX(std::vector<list_point*>* steps) {
         VELDA_LOG(Log, QtWarningMsg, "Failed to send frequencies list");
         VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
     }
-    if (paused) {
+    if (paused && mayResume())
         setStatePulseM(on);
+    if (paused && mayResume())
         setStatePatternM(on);
-    }
     return result;
 }
 
@@ -81,7 +81,7 @@ int EventHandler::sendPatternListDATAX(std::vector<pattern_point*>* steps) {
         VELDA_LOG(Log, QtWarningMsg, "Failed to send patterns list");
         VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
     }
-    if (paused)
+    if (paused && mayResume())
         setStatePatternM(on);
     return result;
 }
@@ -103,7 +103,9 @@ int EventHandler::sendPatternList(std::vector<pattern_point*>* steps) {
     const std::optional<int> refused = sendEach(*this, commands);
     if (refused)
         VELDA_LOG(Log, QtWarningMsg, "Failed to send pattern %d list", *refused);
-    setStatePulseM(on);
-    setStatePatternM(on);
+    if (mayResume())
+        setStatePulseM(on);
+    if (mayResume())
+        setStatePatternM(on);
     return refused ? -1 : 0;
 }

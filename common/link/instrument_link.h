@@ -74,8 +74,17 @@ public:
     /// The region is there and can be read, and the client is connected.
     bool isLinkUp() const;
 
+    /// The service has answered, if only with a refusal, since a command last timed out.
+    bool isAnswering() const { return m_answering; }
+
 signals:
     void linkChanged(bool up);
+
+    /// A command begins to wait for its answer while none does, or the last one that waits has ended.
+    void waitingChanged(bool waiting);
+    /// A command got no answer in time. Before its send operation returns.
+    void timedOut();
+    void answeringChanged(bool answering);
 
 protected:
     InstrumentLink(const InstrumentSettings& settings, QObject* parent);
@@ -108,7 +117,7 @@ private:
     struct Answer {
         int status = -1;
         std::string reply;
-        QString error = QStringLiteral("timeout");
+        QString error; ///< empty after success
     };
 
     void logUnusableRegion(const char* function) const;
@@ -120,6 +129,7 @@ private:
     void stopClient();
     Answer await(bool isQuery, const QByteArray& message, int timeoutMs);
     void updateLink();
+    void noteAnswer(const Answer& answer);
 
     const InstrumentSettings m_settings;
     QHostAddress m_address;
@@ -134,6 +144,7 @@ private:
     QTimer m_linkWatch;
     bool m_linkUp = false;
     bool m_lossReported = false;
+    bool m_answering = true;
     int m_waits = 0;
     int m_waitBudgetMs = 0; ///< time-outs of the commands that wait
 };

@@ -1,6 +1,7 @@
 #include "common/link/instrument_link.h"
 #include "common/link/scpi_log.h"
 #include "common/link/scpiclient.h"
+#include "common/wire/scpi_words.h"
 
 #include <QDebug>
 #include <QEventLoop>
@@ -54,7 +55,7 @@ void InstrumentLink::updateLink() {
 
 InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& message, int timeoutMs) {
     QEventLoop loop;
-    Answer answer;
+    Answer answer{-1, std::string(), QLatin1String(ScpiClient::TimedOut)};
     int id = 0;
     bool ended = false;
     const auto end = [&](int endedId, int status, std::string* reply, const QString& error) {
@@ -74,19 +75,34 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
                 [&end](int i, int status, const QString& error) { end(i, status, nullptr, error); });
     }
 
-    ++m_waits;
+    if (++m_waits == 1)
+        emit waitingChanged(true);
     m_waitBudgetMs += timeoutMs;
     QTimer::singleShot(m_waitBudgetMs + m_settings.waitMarginMs, Qt::PreciseTimer, &loop, &QEventLoop::quit);
     const QPointer<ScpiClient> client = m_client;
     id = isQuery ? client->sendQuery(message, timeoutMs) : client->sendWrite(message, timeoutMs);
     loop.exec();
     m_waitBudgetMs -= timeoutMs;
-    --m_waits;
 
     // The client may have been replaced meanwhile: then it has ended all that it was given.
     if (!ended && client)
         client->withdraw(id);
+    noteAnswer(answer);
+    if (--m_waits == 0)
+        emit waitingChanged(false);
     return answer;
+}
+
+void InstrumentLink::noteAnswer(const Answer& answer) {
+    const bool missing = answer.error == QLatin1String(ScpiClient::TimedOut);
+    if (missing)
+        emit timedOut();
+    // An error of the connection itself says nothing about the service behind it.
+    const bool answered = answer.status == 0 || answer.error.startsWith(QLatin1String(Scpi::Refusal));
+    if (missing == m_answering && (missing || answered)) {
+        m_answering = !missing;
+        emit answeringChanged(m_answering);
+    }
 }
 
 int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArray data, bool binary) {

@@ -17,7 +17,7 @@ ScpiClient::ScpiClient(const QHostAddress& host, quint16 port, QObject* parent)
     qRegisterMetaType<ReplyUtf8>("ReplyUtf8");
     m_timeout.setSingleShot(true);
     m_timeout.setTimerType(Qt::PreciseTimer);
-    connect(&m_timeout, &QTimer::timeout, this, [this] { finishFail(QStringLiteral("timeout")); });
+    connect(&m_timeout, &QTimer::timeout, this, [this] { finishFail(QLatin1String(TimedOut)); });
     m_retry.setSingleShot(true);
     connect(&m_retry, &QTimer::timeout, this, &ScpiClient::ensureConnected);
 }
@@ -92,7 +92,7 @@ bool ScpiClient::withdrawHere(int id) {
         return false;
     const Req request = *found;
     m_queue.erase(found);
-    reportEnd(request, -1, std::string(), QStringLiteral("timeout"));
+    reportEnd(request, -1, std::string(), QLatin1String(TimedOut));
     return true;
 }
 

@@ -34,6 +34,9 @@ class ScpiClient : public QObject {
     Q_OBJECT
 
 public:
+    /// The error text of a request that got no answer in time, or could not be written in time.
+    static constexpr char TimedOut[] = "timeout";
+
     ScpiClient(const QHostAddress& host, quint16 port, QObject* parent);
     ~ScpiClient() override;
 

@@ -5,6 +5,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/actiongate.h"
 
 #include <QCheckBox>
 #include <QSignalBlocker>
@@ -15,15 +16,19 @@ namespace Kavor::HandheldGui {
 EnableBox::EnableBox(PanelHost& host, QCheckBox* box, unsigned bit, const QString& logPrefix, const QString& logName)
     : QObject(box), m_host(host), m_box(box), m_bit(bit), m_logPrefix(logPrefix), m_logName(logName) {
     connect(box, &QCheckBox::stateChanged, this, &EnableBox::onStateChanged);
+    connect(&host, &PanelHost::enablesChanged, this, &EnableBox::setFromConfig);
 }
 
-bool EnableBox::isChecked() const {
-    return m_box->isChecked();
+bool EnableBox::isEnabledOnModule() const {
+    return (m_host.handler().snapshot().modulationEnable & m_bit) != 0;
 }
 
 void EnableBox::setFromConfig() {
+    m_box->setEnabled(!m_host.enablesLocked());
+    if (m_takesBack || ActionGate::panel().isAsked(m_box))
+        return;
     const QSignalBlocker quiet(m_box);
-    m_box->setChecked((m_host.handler().snapshot().modulationEnable & m_bit) != 0);
+    m_box->setChecked(isEnabledOnModule());
 }
 
 void EnableBox::onStateChanged(int state) {
@@ -34,10 +39,7 @@ void EnableBox::onStateChanged(int state) {
     const bool on = state == Qt::Checked;
     VELDA_LOG("screens", QtInfoMsg, "%s%sCheckbox is %s!", m_logPrefix, m_logName,
               on ? QStringLiteral("Checked") : QStringLiteral("Unchecked"));
-    if (on)
-        switchOn();
-    else
-        switchOff();
+    ActionGate::panel().ask(m_box, [this, on] { on ? switchOn() : switchOff(); });
 }
 
 void EnableBox::switchOn() {
@@ -45,7 +47,11 @@ void EnableBox::switchOn() {
     if (conflict != 0) {
         m_host.reportScpiError(static_cast<int>(m_bit), conflict);
         // Only after the click has been handled, so that the box does not change inside its own signal.
-        QTimer::singleShot(0, m_box, [box = m_box] { box->setChecked(false); });
+        m_takesBack = true;
+        QTimer::singleShot(0, this, [this] {
+            m_takesBack = false;
+            m_box->setChecked(false);
+        });
         return;
     }
     check(true);
@@ -56,10 +62,9 @@ void EnableBox::switchOff() {
     check(false);
 }
 
-/// The mask decides what the box shows; what was shown meanwhile may stem from before the command.
+/// The box itself follows the mask with the next look at the record, never inside its own click.
 void EnableBox::check(bool wanted) {
-    setFromConfig();
-    if (isChecked() != wanted)
+    if (isEnabledOnModule() != wanted)
         showCommandFailure(m_host);
 }
 

@@ -59,7 +59,7 @@ ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field
         connect(toast, &ToastOverlay::messageEnded, this, &ValueEntry::restore);
     connect(m_field.edit, &ValueEdit::keyboardClosed, this, &ValueEntry::restore);
     if (m_field.unit)
-        connect(m_field.unit, &ComboBox::closed, this, &ValueEntry::restore);
+        connect(m_field.unit, &ComboBox::closed, this, &ValueEntry::onListClosed);
 }
 
 void ValueEntry::setEnabled(bool enabled) {
@@ -92,6 +92,10 @@ void ValueEntry::reload() {
 }
 
 bool ValueEntry::enter() {
+    // What was not changed stands for the value held, with the digits that are not on show.
+    const double held = m_field.model.value();
+    if (!m_refused && shows(shownFor(held)))
+        return take(held);
     double value = 0;
     if (!parseDouble(m_field.edit->text(), value)) {
         showToast(m_host, QStringLiteral("Invalid numeric value"));
@@ -109,6 +113,10 @@ bool ValueEntry::enter(double value) {
         refuse();
         return false;
     }
+    return take(canonical);
+}
+
+bool ValueEntry::take(double canonical) {
     const EntryResult result = m_field.model.send(canonical);
     if (result == EntryResult::Refused) {
         refuse();
@@ -150,30 +158,45 @@ bool ValueEntry::normalise(double value, double& canonical) {
     return false;
 }
 
-void ValueEntry::showValue(double canonical) {
+ShownEntry ValueEntry::shownFor(double canonical) const {
+    const int units = m_field.unit ? m_field.unit->count() : 0;
     switch (m_field.kind) {
     case ValueField::Kind::Frequency:
-        normalizeFreq(m_field.edit, m_field.unit, canonical, true, m_field.row);
-        break;
+        return shownFrequency(canonical, units, m_field.row);
     case ValueField::Kind::Time:
-        normalizeTime(m_field.edit, m_field.unit, canonical, true);
-        break;
-    case ValueField::Kind::Power: {
-        const QSignalBlocker quiet(m_field.edit);
-        m_field.edit->setText(QString::number(canonical, 'f', m_field.decimals));
-        break;
+        return shownTime(canonical, units);
+    case ValueField::Kind::Power:
+        return {QString::number(canonical, 'f', m_field.decimals), 0};
+    default:
+        return {plainText(canonical, m_field.decimals, m_field.mostDecimals), 0};
     }
-    default: {
-        const QSignalBlocker quiet(m_field.edit);
-        m_field.edit->setText(plainText(canonical, m_field.decimals, m_field.mostDecimals));
-        break;
-    }
+}
+
+bool ValueEntry::shows(const ShownEntry& shown) const {
+    return m_field.edit->text() == shown.text && (!m_field.unit || m_field.unit->currentIndex() == shown.unit);
+}
+
+void ValueEntry::showValue(double canonical) {
+    const ShownEntry shown = shownFor(canonical);
+    if (shows(shown))
+        return;
+    const QSignalBlocker quietEdit(m_field.edit);
+    m_field.edit->setText(shown.text);
+    if (m_field.unit) {
+        const QSignalBlocker quietUnit(m_field.unit);
+        m_field.unit->setCurrentIndex(shown.unit);
     }
 }
 
 void ValueEntry::refuse() {
     m_refused = true;
     applySheet(m_field.edit, m_field.wrongStyle);
+}
+
+/// The record may have changed under the open list.
+void ValueEntry::onListClosed() {
+    restore();
+    m_host.refreshFromModule();
 }
 
 /// The unit box belongs to the entry while its keyboard or its own list is open.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/instrument/device_values.h"
+#include "portable/widgets/entry.h"
 #include "values/units.h"
 
 #include <QObject>
@@ -91,10 +92,14 @@ signals:
 
 private:
     bool normalise(double value, double& canonical);
+    bool take(double canonical);
+    ShownEntry shownFor(double canonical) const;
+    bool shows(const ShownEntry& shown) const;
     void showValue(double canonical);
     void refuse();
     void clearRefusal();
     void restore();
+    void onListClosed();
     void takeRefusedBack();
     bool isEditing() const;
 

@@ -1,5 +1,6 @@
 #include "portable/fields/valuefield.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -61,8 +62,11 @@ BoundField addValueField(PageGroup& group, PanelHost& host, const PageGroup::Col
     bound.label = group.addField(column, y, texts.label, field.edit, field.unit, height);
     bound.entry = new ValueEntry(host, field);
     QObject::connect(field.edit, &ValueEdit::valueChanged, bound.entry, [entry = bound.entry] { entry->enter(); });
-    if (field.unit)
-        QObject::connect(field.unit, &ComboBox::indexChanged, bound.entry, [entry = bound.entry] { entry->enter(); });
+    if (field.unit) {
+        QObject::connect(field.unit, &ComboBox::indexChanged, bound.entry, [unit = field.unit, entry = bound.entry] {
+            ActionGate::panel().ask(unit, [entry] { entry->enter(); });
+        });
+    }
     return bound;
 }
 

@@ -57,19 +57,29 @@ public:
     /// enabled is started if anything runs; with it off, what still runs is stopped.
     virtual void update_from_config(STATE state) = 0;
 
-    /// Copies the current channel's record and brings the screens and the looks of the controls into line with it.
-    /// Sends nothing; does nothing while a command waits or a dialog is open.
+    /// Copies the current channel's record and lets everything that is shown compare itself with it: once a second,
+    /// after every action, when a dialog or a list has closed. Sends nothing; does nothing while a command waits or a
+    /// dialog is open.
     virtual void refreshFromModule() = 0;
 
-    /// Counts the presses that switch modulation: on (MOD On), and off (MOD Off, RF Off). A press may come in while the
-    /// commands of an earlier one wait for their answers: a loop that starts modulations ends when off was pressed
-    /// since it began, one that stops them when on was.
-    struct SwitchPresses {
-        unsigned on = 0;
-        unsigned off = 0;
+    /// Stops whatever modulation, sweep or list runs, enabled or not, as MOD Off does; the user is told what goes on.
+    virtual void switchModulationsOff() = 0;
+
+    /// The enable boxes are locked: something runs, or is about to be started.
+    virtual bool enablesLocked() const = 0;
+
+    /// The time in which modulations are being started, for as long as this object lives: the enable boxes are locked
+    /// before the first command goes out.
+    class Starting {
+    public:
+        explicit Starting(PanelHost& host) : m_host(host) { m_host.countStarting(1); }
+        ~Starting() { m_host.countStarting(-1); }
+        Starting(const Starting&) = delete;
+        Starting& operator=(const Starting&) = delete;
+
+    private:
+        PanelHost& m_host;
     };
-    virtual const SwitchPresses& switchPresses() const = 0;
-    virtual void noteSwitchPress(bool on) = 0;
 
     /// Gives the MOD pair (and whatever follows it) the look of modulation running or not.
     virtual void setModulationLook(bool on) = 0;
@@ -82,6 +92,9 @@ public:
     /// A toast for a refused combination: the requested modEnableBitMask bits and those in the way (negative: none
     /// set).
     virtual void reportScpiError(int requested, int conflict) = 0;
+
+    /// Shows a toast, or keeps it until the window shows.
+    virtual void tellUser(const QString& text) = 0;
 
     /// A modal box. Nothing for an empty text or while such a box is open; kept while the window is not shown yet.
     virtual void reportError(const QString& text) = 0;
@@ -109,8 +122,14 @@ signals:
     void SweepModOffSignal();
     void ListOnOffSignal(int on);
 
+    /// What the enable boxes show, or whether they are locked, may have changed.
+    void enablesChanged();
+
     /// The look of the MOD pair changed: whether modulation shows as running, and whether it can be switched.
     void modulationLookChanged(bool on, bool enabled);
+
+protected:
+    virtual void countStarting(int change) = 0;
 };
 
 } // namespace Kavor::HandheldGui

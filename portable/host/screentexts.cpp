@@ -1,12 +1,11 @@
 #include "portable/host/screentexts.h"
 
 #include "portable/host/panelhost.h"
-#include "portable/widgets/ToastOverlay.h"
 
 namespace Kavor::HandheldGui {
 
 void showToast(PanelHost& host, const QString& text) {
-    tell(host.toast(), text);
+    host.tellUser(text);
 }
 
 void showCommandFailure(PanelHost& host) {

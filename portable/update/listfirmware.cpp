@@ -1,5 +1,6 @@
 #include "portable/update/listfirmware.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/listpage.h"
 
 #include <QHeaderView>
@@ -92,7 +93,8 @@ void fwList::fill() {
 void fwList::onClick(int row, int) {
     const std::shared_ptr<fwData> kept = m_packages;
     if (kept && row >= 0 && row < static_cast<int>(kept->manifests().size()))
-        emit loadList(kept->manifests()[static_cast<std::size_t>(row)].get());
+        ActionGate::panel().ask(
+            this, [this, kept, row] { emit loadList(kept->manifests()[static_cast<std::size_t>(row)].get()); });
 }
 
 } // namespace Kavor::HandheldGui

@@ -1,8 +1,10 @@
 #include "portable/widgets/choicegroup.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QVariant>
 
@@ -17,7 +19,11 @@ ChoiceGroup::ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QSt
         button->setProperty("tone", description.tone);
         button->setFocusPolicy(Qt::NoFocus);
         const int index = static_cast<int>(m_buttons.size());
-        connect(button, &QPushButton::clicked, this, [this, index] { emit clicked(index); });
+        connect(button, &QPushButton::clicked, this, [this, button, index] {
+            emit clicked(index);
+            if (isSignalConnected(QMetaMethod::fromSignal(&ChoiceGroup::asked)))
+                ActionGate::panel().ask(button, [this, index] { emit asked(index); });
+        });
         button->setStyleSheet(m_unpressedStyle);
         m_buttons.push_back(button);
     }

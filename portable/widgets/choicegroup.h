@@ -9,8 +9,8 @@ class QWidget;
 
 namespace Kavor::HandheldGui {
 
-/// A choice of two or three buttons of which one carries the pressed style. It only shows: pressing a button emits
-/// clicked(), and the look moves when choose() is called, so a refused command leaves it as it was. GUI thread.
+/// A choice of two or three buttons of which one carries the pressed style. It only shows: pressing a button emits its
+/// signals, and the look moves when choose() is called, so a refused command leaves it as it was. GUI thread.
 class ChoiceGroup : public QObject {
     Q_OBJECT
 
@@ -40,7 +40,11 @@ public:
     void place(int x, int y, int width, int height);
 
 signals:
+    /// At once: for a choice that sends nothing.
     void clicked(int index);
+
+    /// When the gate lets it through, at once if no command waits: for a choice that sends.
+    void asked(int index);
 
 private:
     std::vector<QPushButton*> m_buttons;

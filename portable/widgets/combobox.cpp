@@ -1,5 +1,6 @@
 #include "portable/widgets/combobox.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QListView>
@@ -17,8 +18,10 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
 }
 
 void ComboBox::showPopup() {
-    m_open = true;
-    QComboBox::showPopup();
+    ActionGate::panel().ask(this, [this] {
+        m_open = true;
+        QComboBox::showPopup();
+    });
 }
 
 void ComboBox::hidePopup() {

@@ -15,6 +15,7 @@ public:
     /// True while the list is open.
     bool isOpen() const { return m_open; }
 
+    /// In its turn if a command waits.
     void showPopup() override;
     void hidePopup() override;
 

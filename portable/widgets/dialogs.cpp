@@ -1,5 +1,6 @@
 #include "portable/widgets/dialogs.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -11,13 +12,15 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
+#include <vector>
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
 DialogRunner* installedRunner = nullptr;
-int openDialogs = 0;
+std::vector<QDialog*> openDialogs; // the topmost last
 
 /// Keeps a dialog in the middle of the window it belongs to: a box finds its size only when it is shown, and without a
 /// window manager nobody else moves it.
@@ -43,11 +46,12 @@ private:
 } // namespace
 
 int DialogRunner::run(QDialog& dialog, DialogKind kind, const QString& text) {
-    ++openDialogs;
+    openDialogs.push_back(&dialog);
+    const ActionGate::DialogTime beside;
     const KeptInTheMiddle middle(dialog);
     Scrim scrim(dialog.parentWidget() ? dialog.parentWidget()->window() : nullptr);
     const int result = execute(dialog, kind, text);
-    --openDialogs;
+    openDialogs.erase(std::find(openDialogs.begin(), openDialogs.end(), &dialog));
     return result;
 }
 
@@ -64,8 +68,8 @@ void DialogRunner::install(DialogRunner* runner) {
     installedRunner = runner;
 }
 
-bool DialogRunner::anyOpen() {
-    return openDialogs > 0;
+QDialog* DialogRunner::topmost() {
+    return openDialogs.empty() ? nullptr : openDialogs.back();
 }
 
 void dressBox(QMessageBox& box, int narrowestText) {

@@ -27,7 +27,10 @@ public:
     static void install(DialogRunner* runner);
 
     /// True while any dialog is open: periodic work that would change what lies below waits.
-    static bool anyOpen();
+    static bool anyOpen() { return topmost() != nullptr; }
+
+    /// The dialog that was opened last and is still open; null when there is none.
+    static QDialog* topmost();
 
 protected:
     /// Shows the dialog and waits for its end.

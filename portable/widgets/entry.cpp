@@ -26,19 +26,36 @@ EntryUnits frequencyUnits(translations row) {
 
 constexpr EntryUnits TimeUnits{timeScales, timeDec, true};
 
+CalcResult bestUnit(const EntryUnits& units, double canonical, int offered) {
+    CalcResult result = calculateNormalization(canonical, units.scale, units.ascending);
+    if (offered > 0 && result.index >= offered) {
+        result.index = offered - 1;
+        result.value = canonical / units.scale[result.index];
+    }
+    return result;
+}
+
+ShownEntry shownEntry(const EntryUnits& units, double canonical, int offered) {
+    const CalcResult result = bestUnit(units, canonical, offered);
+    return {QString::number(result.value, 'f', units.decimals[result.index]), result.index};
+}
+
 double normalizeEntry(const EntryUnits& units, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
     const int shown = combo ? std::clamp(combo->currentIndex(), 0, LastIndex) : 0;
     const double canonical = isCanonical ? value : value * units.scale[shown];
-    CalcResult result = calculateNormalization(canonical, units.scale, units.ascending);
-    if (combo && combo->count() > 0 && result.index >= combo->count()) {
-        result.index = combo->count() - 1;
-        result.value = canonical / units.scale[result.index];
-    }
-    applyToWidgets(edit, combo, result, units.decimals);
+    applyToWidgets(edit, combo, bestUnit(units, canonical, combo ? combo->count() : 0), units.decimals);
     return canonical;
 }
 
 } // namespace
+
+ShownEntry shownFrequency(double hertz, int units, translations row) {
+    return shownEntry(frequencyUnits(row), hertz, units);
+}
+
+ShownEntry shownTime(double nanoseconds, int units) {
+    return shownEntry(TimeUnits, nanoseconds, units);
+}
 
 void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result, const int* decimals) {
     if (combo) {

@@ -13,6 +13,16 @@ class QLineEdit;
 // of the scale table that serves it (a row of kScale, or timeScales), possibly fewer: a value that belongs to a unit
 // the box does not offer is shown in its last one. The fields are written without emitting their signals. GUI thread.
 
+/// What a field and its unit box show for a value.
+struct ShownEntry {
+    QString text;
+    int unit; ///< index in the box
+};
+
+/// For a frequency in hertz, or a time in nanoseconds, in a box that offers so many units; 0: no box.
+ShownEntry shownFrequency(double hertz, int units, translations row);
+ShownEntry shownTime(double nanoseconds, int units);
+
 /// Shows the chosen unit and the value with its decimals, trailing zeros kept. decimals is parallel to the scale table.
 void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result, const int* decimals);
 

@@ -1,5 +1,6 @@
 #include "portable/widgets/vklineedit.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/vkeyboard.h"
 #include "values/formatting.h"
 #include "values/messagesink.h"
@@ -35,8 +36,15 @@ bool ValueEdit::event(QEvent* event) {
 }
 
 void ValueEdit::openKeyboard() {
-    if (isEnabled() && !m_editing && (m_unitBox || m_units != Units::BoxNeeded))
-        edit();
+    const auto canBeEdited = [this] {
+        return isEnabled() && !m_editing && (m_unitBox || m_units != Units::BoxNeeded);
+    };
+    if (!canBeEdited())
+        return;
+    ActionGate::panel().ask(this, [this, canBeEdited] {
+        if (canBeEdited())
+            edit();
+    });
 }
 
 // The focus comes and goes with the keyboard; it never shows as a selection in the field.

@@ -39,7 +39,8 @@ public:
     /// True from the touch until everything that valueChanged() started has come back.
     bool isEditing() const { return m_editing; }
 
-    /// Opens the keyboard as a touch does; nothing while the editor is disabled or its keyboard is open.
+    /// Opens the keyboard as a touch does, in its turn if a command waits; nothing while the editor is disabled or its
+    /// keyboard is open.
     void openKeyboard();
 
     /// The unit that the last entry was made in.

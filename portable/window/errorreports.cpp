@@ -1,5 +1,6 @@
 #include "portable/window/errorreports.h"
 
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
 
 #include <QApplication>
@@ -32,7 +33,9 @@ void ErrorReports::reportWhenFree(const QString& text) {
 
 void ErrorReports::showKept() {
     // Above a keyboard or a question a box would stand in the way of what the user is doing.
-    while (!m_kept.isEmpty() && m_window->isVisible() && !msgboxOn && !DialogRunner::anyOpen())
+    // Inside a wait it would hold back the result.
+    while (!m_kept.isEmpty() && m_window->isVisible() && !msgboxOn && !DialogRunner::anyOpen() &&
+           ActionGate::panel().isOpen())
         showBox(m_kept.takeFirst());
 }
 

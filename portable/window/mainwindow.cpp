@@ -3,6 +3,7 @@
 #include "common/instrument/handlerscpi.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/dialogs.h"
@@ -21,7 +22,7 @@
 #include <QStatusBar>
 #include <QTimer>
 #include <array>
-#include <cstring>
+#include <utility>
 
 namespace Kavor::HandheldGui {
 
@@ -31,13 +32,8 @@ namespace {
 constexpr std::array<const char*, 14> ModeTexts{"CW",   "AM",   "FM",    "PM",    "Pulse", "Pattern", "Pattern",
                                                 "FRSW", "PRSW", nullptr, nullptr, nullptr, "LIST",    "LIST"};
 
-/// The record without what drifts by itself: battery and temperature alone are no reason to load the screens again.
-ChannelRecord withoutTelemetry(ChannelRecord record) {
-    record.temperature = 0;
-    record.batteryCharge = 0;
-    record.batteryCompanion = 0;
-    record.batteryCurrent = 0;
-    return record;
+QString runModeText(bool continuous) {
+    return continuous ? QStringLiteral("Continuous") : QStringLiteral("Trigger");
 }
 
 } // namespace
@@ -59,7 +55,9 @@ MainWindow::MainWindow(QWidget* parent, EventHandler* handler, const PanelSettin
     connectControls();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow() {
+    ActionGate::panel().clear();
+}
 
 void MainWindow::buildLayout() {
     auto* central = new QWidget(this);
@@ -102,34 +100,39 @@ void MainWindow::buildStatusBar() {
 }
 
 void MainWindow::connectControls() {
-    connect(&m_controls->modulation(), &ChoiceGroup::clicked, this, [this](int index) {
-        noteSwitchPress(index == ControlRow::On);
-        if (index == ControlRow::On)
-            onModOnButton(true);
-        else
-            onModOffButton(true);
-    });
-    connect(&m_controls->rf(), &ChoiceGroup::clicked, this, [this](int index) {
-        if (index == ControlRow::On) {
-            onRfOnButton(true);
-        } else {
-            noteSwitchPress(false);
-            onRfOffButton(true);
-        }
-    });
-    connect(m_controls->trigger(), &QPushButton::clicked, this, &MainWindow::onTrgButton);
-    connect(m_controls->trigger(), &QPushButton::pressed, this, &MainWindow::onTrgPress);
-    connect(m_controls->trigger(), &QPushButton::released, this, &MainWindow::onTrgRelease);
+    ActionGate& gate = ActionGate::panel();
+    const auto act = [&gate](const ChoiceGroup& pair, int index, ActionGate::Kind kind,
+                             const ActionGate::Action& action) {
+        QPushButton* button = pair.button(index);
+        connect(button, &QPushButton::clicked, button,
+                [&gate, button, kind, action] { gate.ask(button, action, kind); });
+    };
+    using Kind = ActionGate::Kind;
+    act(m_controls->modulation(), ControlRow::On, Kind::SwitchOn, [this] { onModOnButton(true); });
+    act(m_controls->modulation(), ControlRow::Off, Kind::Off, [this] { onModOffButton(true); });
+    act(m_controls->rf(), ControlRow::On, Kind::SwitchOn, [this] { onRfOnButton(true); });
+    act(m_controls->rf(), ControlRow::Off, Kind::OffAll, [this] { onRfOffButton(true); });
+    QPushButton* trigger = m_controls->trigger();
+    connect(trigger, &QPushButton::clicked, this,
+            [this, &gate, trigger] { gate.ask(trigger, [this] { onTrgButton(); }); });
+    connect(trigger, &QPushButton::pressed, this, &MainWindow::onTrgPress);
+    connect(trigger, &QPushButton::released, this, &MainWindow::onTrgRelease);
     for (IntfButton* button : m_functions->buttons())
         connect(button, &IntfButton::clicked, this, &MainWindow::onFuncBnClicked);
-    connect(m_handler, &EventHandler::linkChanged, this, &MainWindow::onLinkChanged);
+
+    connect(m_handler, &EventHandler::linkChanged, this, &MainWindow::showLink);
+    connect(m_handler, &EventHandler::answeringChanged, this, &MainWindow::showLink);
+    connect(m_handler, &EventHandler::waitingChanged, &gate, &ActionGate::setWaiting);
+    connect(m_handler, &EventHandler::timedOut, &gate, &ActionGate::noteTimeout);
+    connect(&gate, &ActionGate::settled, this, &MainWindow::refreshFromModule);
+    m_handler->setResumeCheck([&gate] { return gate.maySwitchOn(); });
 }
 
 void MainWindow::postInit() {
-    update_from_config(STATE_NONE);
+    ActionGate::panel().run([this] { update_from_config(STATE_NONE); });
     UpdateStatusBar();
     change_state(STATE_CW, STATE_NONE);
-    onLinkChanged(m_handler->isLinkUp());
+    showLink();
 }
 
 void MainWindow::change_state(STATE state, STATE) {
@@ -153,15 +156,16 @@ void MainWindow::UpdateDeviceState(STATE state) {
     if (state < 0 || state >= static_cast<int>(ModeTexts.size()))
         return;
     if (state == STATE_RUNMODE)
-        m_runModeText = QStringLiteral("Continuous");
+        m_runModeText = runModeText(true);
     else if (const char* text = ModeTexts[static_cast<std::size_t>(state)])
         m_modeText = QString::fromLatin1(text);
 }
 
 void MainWindow::update_from_config(STATE state) {
     m_screens->update_from_config(state);
-    m_shown = m_handler->snapshot();
-    if (m_shown.rfOutput == 1) {
+    const ChannelRecord& record = m_handler->snapshot();
+    m_runModeText = runModeText(record.runMode == 1);
+    if (record.rfOutput == 1) {
         onRfOnButton(false);
         update_modulations();
         UpdateStatusBar();
@@ -172,17 +176,11 @@ void MainWindow::update_from_config(STATE state) {
 }
 
 void MainWindow::refreshFromModule() {
-    if (m_handler->isWaiting() || DialogRunner::anyOpen())
+    if (!ActionGate::panel().isOpen() || DialogRunner::anyOpen())
         return;
     m_errors.showKept();
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     showOutputs();
-    const ChannelRecord now = m_handler->snapshot();
-    const ChannelRecord before = withoutTelemetry(m_shown);
-    const ChannelRecord after = withoutTelemetry(now);
-    if (std::memcmp(&before, &after, sizeof(ChannelRecord)) == 0)
-        return;
-    m_shown = now;
     m_screens->update_from_config(m_state);
 }
 
@@ -193,8 +191,13 @@ void MainWindow::showOutputs() {
     UpdateStatusBar();
 }
 
-void MainWindow::noteSwitchPress(bool on) {
-    ++(on ? m_presses.on : m_presses.off);
+bool MainWindow::enablesLocked() const {
+    return m_starting > 0 || m_handler->isModulationsOn() != 0;
+}
+
+void MainWindow::countStarting(int change) {
+    m_starting += change;
+    emit enablesChanged();
 }
 
 void MainWindow::UpdateStatusBar() {
@@ -225,10 +228,10 @@ void MainWindow::onRfOffButton(bool fromUser) {
         UpdateStatusBar();
         return;
     }
-    m_controls->rf().choose(ControlRow::Off);
+    setRfLook(false);
+    if (fromUser)
+        m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     onModOffButton(false);
-    // A tap may have switched it on again while the modulations were told to stop.
-    setRfLook(m_handler->snapshot().rfOutput == 1);
     UpdateStatusBar();
 }
 
@@ -240,6 +243,7 @@ void MainWindow::setRfLook(bool on) {
 
 void MainWindow::setModulationLook(bool on) {
     m_controls->modulation().choose(on ? ControlRow::On : ControlRow::Off);
+    emit enablesChanged();
     emit modulationLookChanged(on, m_controls->modulation().button(ControlRow::On)->isEnabled());
 }
 
@@ -249,34 +253,33 @@ void MainWindow::onModOnButton(bool fromUser) {
         reportScpiError(0, conflict);
         return;
     }
-    const unsigned offBefore = m_presses.off;
-    emit MainModOnSignal();
-    emit SweepModOnSignal();
-    emit ListOnOffSignal(1);
-    const unsigned on = m_handler->isModulationsOn();
-    if (m_presses.off != offBefore) {
-        showOutputs();
-        return;
+    {
+        const Starting starting(*this);
+        emit MainModOnSignal();
+        emit SweepModOnSignal();
+        emit ListOnOffSignal(1);
     }
+    const unsigned on = m_handler->isModulationsOn();
     const unsigned missing = mask & ~on;
-    if (fromUser && missing != 0)
+    // What an Off has taken back needs no word: the user has asked for it.
+    const bool takenBack = !ActionGate::panel().maySwitchOn() && ActionGate::panel().mayGoOn();
+    if (fromUser && missing != 0 && !takenBack)
         showToast(*this, QStringLiteral("Couldn't start %1 modulations").arg(GetStatusBarMode(missing)));
     if (!fromUser || missing == 0 || on != 0)
         setModulationLook(true);
 }
 
 void MainWindow::onModOffButton(bool fromUser) {
-    const unsigned onBefore = m_presses.on;
+    // Another client may have started something since the last look.
+    if (fromUser)
+        m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     emit MainModOffSignal();
     emit SweepModOffSignal();
     emit ListOnOffSignal(0);
-    if (m_presses.on != onBefore) {
-        showOutputs();
-        return;
-    }
     if (fromUser) {
         const unsigned mask = m_handler->snapshot().modulationEnable;
-        if (const unsigned on = m_handler->isModulationsOn()) {
+        const unsigned on = m_handler->isModulationsOn();
+        if (on != 0 && !ActionGate::panel().isOvertaken()) {
             showToast(*this, QStringLiteral("Couldn't stop %1 modulations").arg(GetStatusBarMode(on)));
             if (on == mask) {
                 UpdateDeviceState(STATE_CW);
@@ -320,12 +323,12 @@ void MainWindow::SetManualBnEnable(bool enable) {
 }
 
 void MainWindow::OnRunModeCont() {
-    m_runModeText = QStringLiteral("Continuous");
+    m_runModeText = runModeText(true);
     UpdateStatusBar();
 }
 
 void MainWindow::OnRunModeTrig() {
-    m_runModeText = QStringLiteral("Trigger");
+    m_runModeText = runModeText(false);
     UpdateStatusBar();
 }
 
@@ -344,6 +347,13 @@ void MainWindow::reportScpiError(int requested, int conflict) {
     showToast(*this, conflictText(requested, conflict));
 }
 
+void MainWindow::tellUser(const QString& text) {
+    if (isVisible())
+        tell(m_toast, text);
+    else
+        m_keptToast = text;
+}
+
 void MainWindow::reportError(const QString& text) {
     m_errors.report(text);
 }
@@ -352,8 +362,10 @@ void MainWindow::reportWhenFree(const QString& text) {
     m_errors.reportWhenFree(text);
 }
 
-void MainWindow::onLinkChanged(bool up) {
-    m_functions->setLinkLost(!up);
+void MainWindow::showLink() {
+    m_functions->setMark(!m_handler->isLinkUp()      ? QStringLiteral("No link")
+                         : !m_handler->isAnswering() ? QStringLiteral("No answer")
+                                                     : QString());
 }
 
 bool MainWindow::event(QEvent* event) {
@@ -361,7 +373,11 @@ bool MainWindow::event(QEvent* event) {
     // What was reported while the splash stood in front comes once the window is up and the loop is back in charge.
     // Here and not in showEvent(), which hands on and nothing else.
     if (event->type() == QEvent::Show)
-        QTimer::singleShot(0, this, [this] { m_errors.showKept(); });
+        QTimer::singleShot(0, this, [this] {
+            if (!m_keptToast.isEmpty())
+                tellUser(std::exchange(m_keptToast, QString()));
+            m_errors.showKept();
+        });
     return handled;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "common/wire/channel_record.h"
 #include "portable/host/panelhost.h"
 #include "portable/window/errorreports.h"
 
@@ -46,12 +45,13 @@ public:
     void change_state(STATE state, STATE previous = STATE_NONE) override;
     void update_from_config(STATE state) override;
     void refreshFromModule() override;
-    const SwitchPresses& switchPresses() const override { return m_presses; }
-    void noteSwitchPress(bool on) override;
+    void switchModulationsOff() override { onModOffButton(true); }
+    bool enablesLocked() const override;
     void setModulationLook(bool on) override;
     void SetManualBnEnable(bool enable) override;
     void set_battery_level(unsigned short percent) override;
     void reportScpiError(int requested, int conflict) override;
+    void tellUser(const QString& text) override;
     void reportError(const QString& text) override;
     void reportWhenFree(const QString& text) override;
     QString frequencyUnit() const override { return m_frequencyUnit; }
@@ -79,6 +79,7 @@ protected:
     bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void countStarting(int change) override;
 
 private:
     void buildLayout();
@@ -86,7 +87,7 @@ private:
     void connectControls();
     void showOutputs();
     void setRfLook(bool on);
-    void onLinkChanged(bool up);
+    void showLink();
 
     ToastOverlay* m_toast = nullptr;
     FuncButtonWidget* m_functions = nullptr;
@@ -103,10 +104,10 @@ private:
     QLabel* m_statusModulation = nullptr;
     QLabel* m_statusRunMode = nullptr;
     STATE m_state = STATE_CW;
-    SwitchPresses m_presses;
+    int m_starting = 0; ///< sequences of starts under way
     PanelSettings m_settings;
     ErrorReports m_errors;
-    ChannelRecord m_shown{}; ///< the record that the screens were last loaded from
+    QString m_keptToast; ///< raised before the window shows
 };
 
 } // namespace Kavor::HandheldGui

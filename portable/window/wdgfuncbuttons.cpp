@@ -62,20 +62,21 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
 
     m_temperature =
         addPicture(QStringLiteral("temperatureIcon"), {1056, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
-    m_linkLost = new QLabel(tr("No link"), this);
-    m_linkLost->setObjectName(QStringLiteral("linkLost"));
-    m_linkLost->setGeometry(1024, 12, 80, 36);
-    m_linkLost->setAlignment(Qt::AlignCenter);
-    m_linkLost->setStyleSheet(LINK_LOST_STYLE);
-    m_linkLost->hide();
-    m_charging = addPicture(QStringLiteral("chargingIcon"), {1247, 14, 24, 32}, QStringLiteral(":/charging_icon.png"));
-    m_battery = addPicture(QStringLiteral("batteryIcon"), {1112, 14, 58, 32}, QStringLiteral(":/Battery5.png"));
+    m_mark = new QLabel(this);
+    m_mark->setObjectName(QStringLiteral("linkLost"));
+    m_mark->setGeometry(1020, 8, 124, 44);
+    m_mark->setAlignment(Qt::AlignCenter);
+    m_mark->setStyleSheet(LINK_LOST_STYLE);
+    m_mark->hide();
+    m_charging = addPicture(QStringLiteral("chargingIcon"), {1195, 14, 20, 32}, QStringLiteral(":/charging_icon.png"));
+    m_battery = addPicture(QStringLiteral("batteryIcon"), {1147, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
     m_percent = new QLabel(QStringLiteral("100%"), this);
     m_percent->setObjectName(QStringLiteral("batteryPercent"));
-    m_percent->setGeometry(1178, 10, 68, 40);
+    m_percent->setGeometry(1216, 10, 64, 40);
     m_percent->setAlignment(Qt::AlignVCenter | Qt::AlignLeft);
     m_percent->setStyleSheet(WIDGET_COMM_STYLE);
     m_lowBattery = new QMovie(QStringLiteral(":/lowBat.gif"), QByteArray(), this);
+    m_lowBattery->setScaledSize(m_battery->pixmap(Qt::ReturnByValue).size());
 }
 
 QLabel* FuncButtonWidget::addPicture(const QString& name, const QRect& geometry, const QString& resource) {
@@ -83,9 +84,16 @@ QLabel* FuncButtonWidget::addPicture(const QString& name, const QRect& geometry,
     label->setObjectName(name);
     label->setGeometry(geometry);
     label->setAlignment(Qt::AlignCenter);
-    label->setProperty("picture", resource);
-    label->setPixmap(QPixmap(resource));
+    setPicture(label, resource);
     return label;
+}
+
+/// As large as the label's place lets it be.
+void FuncButtonWidget::setPicture(QLabel* label, const QString& resource) {
+    label->setProperty("picture", resource);
+    const QPixmap picture(resource);
+    const bool fits = picture.width() <= label->width();
+    label->setPixmap(fits ? picture : picture.scaledToWidth(label->width(), Qt::SmoothTransformation));
 }
 
 void FuncButtonWidget::update_static_controls(STATE state) {
@@ -95,8 +103,7 @@ void FuncButtonWidget::update_static_controls(STATE state) {
 
 void FuncButtonWidget::setBatteryIcon(const QString& resource) {
     m_lowBattery->stop();
-    m_battery->setProperty("picture", resource);
-    m_battery->setPixmap(QPixmap(resource));
+    setPicture(m_battery, resource);
 }
 
 void FuncButtonWidget::set_battery_level(unsigned short percent) {
@@ -140,9 +147,10 @@ void FuncButtonWidget::set_battery_level(unsigned short percent) {
 
 void FuncButtonWidget::set_temp_level(unsigned char) {}
 
-void FuncButtonWidget::setLinkLost(bool lost) {
-    m_linkLost->setVisible(lost);
-    m_temperature->setVisible(!lost);
+void FuncButtonWidget::setMark(const QString& words) {
+    m_mark->setText(words);
+    m_mark->setVisible(!words.isEmpty());
+    m_temperature->setVisible(words.isEmpty());
 }
 
 } // namespace Kavor::HandheldGui

@@ -33,12 +33,13 @@ public:
     /// Does nothing: the temperature icon is a fixed picture.
     void set_temp_level(unsigned char level);
 
-    /// Shows or takes away the mark that the link to the module is lost.
-    void setLinkLost(bool lost);
+    /// A few words on why what is shown may not be what the module does; empty when all is well.
+    void setMark(const QString& words);
 
 private:
     QLabel* addPicture(const QString& name, const QRect& geometry, const QString& resource);
     void setBatteryIcon(const QString& resource);
+    static void setPicture(QLabel* label, const QString& resource);
 
     PanelHost* m_host;
     std::vector<IntfButton*> m_buttons;
@@ -46,7 +47,7 @@ private:
     QLabel* m_charging = nullptr;
     QLabel* m_battery = nullptr;
     QLabel* m_temperature = nullptr;
-    QLabel* m_linkLost = nullptr;
+    QLabel* m_mark = nullptr;
     QMovie* m_lowBattery = nullptr;
     bool m_warnArmed = true;        ///< the next low reading may warn
     bool m_warnedSinceRise = false; ///< this discharge has warned already

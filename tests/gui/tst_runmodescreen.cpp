@@ -53,7 +53,7 @@ private slots:
         fail(Sim::Fault::Late, ":INIT:CONT OFF", 200);
         QTimer::singleShot(50, [this] { panel().press("runContinuous"); });
         QVERIFY(panel().press("runTrigger"));
-        QTRY_VERIFY(!panel().handler().isWaiting());
+        QVERIFY(panel().settle());
         QCOMPARE(panel().record().runMode, 1U);
         QVERIFY(pressedLook("runContinuous") && !shown("trigDelay"));
         QCOMPARE(panel().toast(), QString());

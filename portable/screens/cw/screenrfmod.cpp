@@ -73,7 +73,7 @@ void rfmodScreen::update_from_config(STATE state) {
 
 void rfmodScreen::show() {
     host().setHeaderBar(QStringLiteral("   CW & Modulations Mode - Set the RF output and modulation Settings"));
-    m_modulations->updateEnableSatus(handler().getModulationsState() != 0);
+    update_from_config(STATE_CW);
     m_page->show();
 }
 

@@ -5,6 +5,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/screens/cw/wdgrfmod_table.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
@@ -132,8 +133,8 @@ void rfModulationsWidget::buildSource() {
                                {{QStringLiteral("Internal"), QStringLiteral("sourceInternal"), QString()},
                                 {QStringLiteral("External"), QStringLiteral("sourceExternal"), QString()}});
     m_source->place(RightColumn.valueX, EnableRow, SourceWidth, Style::ButtonHeight);
-    connect(m_source->button(Internal), &QPushButton::clicked, this, &rfModulationsWidget::onSrcInternalButton);
-    connect(m_source->button(External), &QPushButton::clicked, this, &rfModulationsWidget::onSrcExternalButton);
+    connect(m_source, &ChoiceGroup::asked, this,
+            [this](int index) { index == External ? onSrcExternalButton() : onSrcInternalButton(); });
 }
 
 void rfModulationsWidget::buildModulate() {
@@ -143,9 +144,14 @@ void rfModulationsWidget::buildModulate() {
                                  {{QStringLiteral("On"), QStringLiteral("modulateOn"), QString()},
                                   {QStringLiteral("Off"), QStringLiteral("modulateOff"), QStringLiteral("off")}});
     m_modulate->place(968, 44, 114, Style::ButtonHeight);
-    connect(m_modulate, &ChoiceGroup::clicked, this, [this](int index) { m_host.noteSwitchPress(index == On); });
-    connect(m_modulate->button(On), &QPushButton::clicked, this, &rfModulationsWidget::onModOnButton);
-    connect(m_modulate->button(Off), &QPushButton::clicked, this, &rfModulationsWidget::onModOffButton);
+    connect(m_modulate->button(On), &QPushButton::clicked, this, [this] {
+        ActionGate::panel().ask(
+            m_modulate->button(On), [this] { onModOnButton(); }, ActionGate::Kind::SwitchOn);
+    });
+    connect(m_modulate->button(Off), &QPushButton::clicked, this, [this] {
+        ActionGate::panel().ask(
+            m_modulate->button(Off), [this] { m_host.switchModulationsOff(); }, ActionGate::Kind::Off);
+    });
     connect(&m_host, &PanelHost::modulationLookChanged, this, [this](bool on, bool enabled) {
         m_modulate->choose(on ? On : Off);
         m_modulate->setEnabled(enabled);
@@ -177,44 +183,38 @@ void rfModulationsWidget::toggleEnable(std::size_t tab, int state) {
 }
 
 void rfModulationsWidget::onModOnButton() {
-    const unsigned offBefore = m_host.switchPresses().off;
-    setChecksFromConfig(); // the pattern has a second box, on its own screen
-    updateEnableSatus(true);
-    for (std::size_t i = 0; i < ModulationTabs.size(); ++i) {
-        const ModulationTab& tab = ModulationTabs[i];
-        if (!m_enables[i]->isChecked() || isRunning(tab))
-            continue;
-        // The pulse starts with what the screen shows.
-        if (tab.state == STATE_PULSE) {
-            enter(PulseWidth);
-            enter(PulseRate);
-        }
-        if (m_host.switchPresses().off == offBefore)
-            switchState(tab, true);
-        if (m_host.switchPresses().off != offBefore) {
-            onModOffButton(); // that press could not stop what was just being started
-            return;
+    const ActionGate& gate = ActionGate::panel();
+    {
+        const PanelHost::Starting starting(m_host);
+        for (const ModulationTab& tab : ModulationTabs) {
+            if ((m_handler.snapshot().modulationEnable & tab.bit) == 0 || isRunning(tab))
+                continue;
+            // The pulse starts with what the screen shows.
+            if (tab.state == STATE_PULSE) {
+                if (gate.maySwitchOn())
+                    enter(PulseWidth);
+                if (gate.maySwitchOn())
+                    enter(PulseRate);
+            }
+            if (gate.maySwitchOn())
+                switchState(tab, true);
         }
     }
-    const bool running = m_handler.isModulationsOn() != 0;
-    updateEnableSatus(running);
-    if (running)
+    if (m_handler.isModulationsOn() != 0)
         m_host.setModulationLook(true);
     m_host.UpdateStatusBar();
 }
 
 void rfModulationsWidget::onModOffButton() {
     onModsOff();
-    updateEnableSatus(m_handler.isModulationsOn() != 0);
     emit ModStatusBarSignal(0, m_tab);
 }
 
 void rfModulationsWidget::onModsOff() {
-    const unsigned onBefore = m_host.switchPresses().on;
-    setChecksFromConfig();
-    for (std::size_t i = 0; i < ModulationTabs.size() && m_host.switchPresses().on == onBefore; ++i) {
-        if (m_enables[i]->isChecked() && isRunning(ModulationTabs[i]))
-            switchState(ModulationTabs[i], false);
+    const ActionGate& gate = ActionGate::panel();
+    for (const ModulationTab& tab : ModulationTabs) {
+        if (isRunning(tab) && gate.mayGoOn() && !gate.isOvertaken())
+            switchState(tab, false);
     }
     m_host.setModulationLook(m_handler.isModulationsOn() != 0);
     m_host.UpdateStatusBar();
@@ -268,7 +268,6 @@ void rfModulationsWidget::update_from_config(STATE) {
         if (tab.source)
             showSource(tab);
     }
-    updateEnableSatus(m_handler.isModulationsOn() != 0);
 }
 
 void rfModulationsWidget::showSource(const ModulationTab& tab) {

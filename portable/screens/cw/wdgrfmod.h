@@ -54,9 +54,9 @@ public slots:
     void onPattCheckboxClicked(int state) { toggleEnable(4, state); }
     void onSrcInternalButton() { selectSource(false); }
     void onSrcExternalButton() { selectSource(true); }
-    /// Starts what is checked and does not run yet; the check boxes are locked while anything runs.
+    /// Starts what is enabled and does not run yet, until an Off is asked for or a command times out.
     void onModOnButton();
-    /// Stops what is checked and runs.
+    /// Stops what runs, enabled or not.
     void onModOffButton();
     void onModsOff();
     void onModBnClicked();

@@ -4,6 +4,7 @@
 #include "platform/logger.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/pagegroup.h"
@@ -145,7 +146,8 @@ void ethScreen::buildButtons() {
     m_apply = button(QStringLiteral("Applay Changes"), QStringLiteral("lanApply"));
     x = LeftColumn.valueX + ButtonWidth + Style::Gap;
     m_cancel = button(QStringLiteral("Cancel"), QStringLiteral("lanCancel"));
-    connect(m_apply, &QPushButton::clicked, this, &ethScreen::onApplyChangesBnClicked);
+    connect(m_apply, &QPushButton::clicked, this,
+            [this] { ActionGate::panel().ask(m_apply, [this] { onApplyChangesBnClicked(); }); });
     connect(m_cancel, &QPushButton::clicked, this, &ethScreen::onCancelChangesBnClicked);
 }
 
@@ -247,16 +249,14 @@ void ethScreen::updateApplyCancel() {
     m_cancel->setEnabled(changed);
 }
 
-void ethScreen::dropEdits(bool withPort) {
-    for (int i = 0; i < FieldCount; ++i) {
-        if (i != Port || withPort)
-            m_pending[static_cast<Field>(i)].reset();
-    }
+void ethScreen::dropEdits() {
+    for (std::optional<QString>& edit : m_pending)
+        edit.reset();
     m_pendingDhcp.reset();
 }
 
 void ethScreen::onCancelChangesBnClicked() {
-    dropEdits(true);
+    dropEdits();
     readModule();
     forgetNetwork();
     showRows();

@@ -67,6 +67,13 @@ private:
     struct FieldTexts;
     struct StaticStep;
 
+    /// What is applied: a copy, which nothing that happens meanwhile changes.
+    struct Wanted {
+        std::array<QString, FieldCount> values;
+        bool dynamic;
+        bool portChanged;
+    };
+
     void buildFields();
     void buildReadouts();
     void buildButtons();
@@ -77,11 +84,12 @@ private:
     void forgetNetwork();
     void showRows();
     void updateApplyCancel();
-    void dropEdits(bool withPort);
-    void apply();
+    void dropEdits();
+    void apply(const Wanted& wanted);
     bool applyDynamic();
-    bool applyStatic();
-    void applyPort();
+    bool applyStatic(const Wanted& wanted);
+    void applyPort(const QString& port);
+    void forgetEdit(Field field, const QString& applied);
     void fail(const QString& logged, const QString& told);
 
     QWidget* m_page;

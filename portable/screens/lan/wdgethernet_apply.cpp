@@ -4,8 +4,6 @@
 #include "portable/host/screentexts.h"
 #include "portable/screens/lan/wdgethernet.h"
 
-#include <QPushButton>
-
 // Sending the edits of the LAN page. Nothing is rolled back: what the module took before a failure stays.
 
 namespace Kavor::HandheldGui {
@@ -18,25 +16,33 @@ struct ethScreen::StaticStep {
 };
 
 void ethScreen::onApplyChangesBnClicked() {
-    if (!m_page->isEnabled())
-        return;
     if (!checkLANConnectivity()) {
         host().reportError(QStringLiteral("LAN cable not connected. You need to connect cable first"));
         return;
     }
-    // The edits stay as they are until the module has answered.
-    m_page->setEnabled(false);
-    apply();
-    m_page->setEnabled(true);
+    Wanted wanted{{}, isDynamic(), m_pending[Port].has_value()};
+    for (int i = 0; i < FieldCount; ++i)
+        wanted.values[static_cast<std::size_t>(i)] = shown(static_cast<Field>(i));
+    apply(wanted);
     readModule();
     showRows();
 }
 
-void ethScreen::apply() {
-    if (isDynamic() ? applyDynamic() : applyStatic()) {
-        dropEdits(false);
-        applyPort();
-    }
+void ethScreen::apply(const Wanted& wanted) {
+    if (!(wanted.dynamic ? applyDynamic() : applyStatic(wanted)))
+        return;
+    for (const Field field : {Address, Mask, Gateway})
+        forgetEdit(field, wanted.values[field]);
+    if (m_pendingDhcp == wanted.dynamic)
+        m_pendingDhcp.reset();
+    if (wanted.portChanged)
+        applyPort(wanted.values[Port]);
+}
+
+/// What was entered meanwhile stays an edit.
+void ethScreen::forgetEdit(Field field, const QString& applied) {
+    if (m_pending[field] == applied)
+        m_pending[field].reset();
 }
 
 bool ethScreen::applyDynamic() {
@@ -47,18 +53,18 @@ bool ethScreen::applyDynamic() {
     return false;
 }
 
-bool ethScreen::applyStatic() {
+bool ethScreen::applyStatic(const Wanted& wanted) {
     static const StaticStep steps[] = {
         {Address, &EventHandler::setIP, "Failed to set ip address %1", "Failed to set static ip %1"},
         {Mask, &EventHandler::setMask, "Failed to set netmask %1", "Failed to set static netmask %1"},
         {Gateway, &EventHandler::setGateway, "Failed to set gateway %1", "Failed to set static gateway %1"},
     };
-    if (!IsIpInTheSubnetMask(shown(Address), shown(Mask), shown(Gateway))) {
+    if (!IsIpInTheSubnetMask(wanted.values[Address], wanted.values[Mask], wanted.values[Gateway])) {
         showToast(host(), QStringLiteral("The DG and IP is not in the range of the subnet mask"));
         return false;
     }
     for (const StaticStep& step : steps) {
-        const QString value = shown(step.field);
+        const QString& value = wanted.values[step.field];
         // What the module or the system said may be no address; the module is not asked to take that.
         if (!isIPAddress(value) || (handler().*step.send)(value.toStdString()) != 0) {
             fail(QString::fromLatin1(step.logged).arg(value), QString::fromLatin1(step.told).arg(value));
@@ -71,16 +77,14 @@ bool ethScreen::applyStatic() {
         return false;
     }
     for (const StaticStep& step : steps)
-        m_current[step.field] = shown(step.field);
+        m_current[step.field] = wanted.values[step.field];
     return true;
 }
 
 /// Last, because the service may leave the old port at once.
-void ethScreen::applyPort() {
-    if (!m_pending[Port])
-        return;
-    if (handler().setPort(m_pending[Port]->toStdString()) == 0)
-        m_pending[Port].reset();
+void ethScreen::applyPort(const QString& port) {
+    if (handler().setPort(port.toStdString()) == 0)
+        forgetEdit(Port, port);
     else
         showCommandFailure(host());
 }

@@ -6,6 +6,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_look.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/vkeyboard.h"
@@ -58,9 +59,9 @@ void ListFilesView::onFileSelected(ListFileMode mode, const QString& name, bool 
     case ListFileMode::Load:
         return load(name);
     case ListFileMode::Save:
-        return save(name, isNewFile);
+        return ActionGate::panel().ask(m_browser, [this, name, isNewFile] { save(name, isNewFile); });
     case ListFileMode::Delete:
-        return erase(name);
+        return ActionGate::panel().ask(m_browser, [this, name] { erase(name); });
     }
 }
 

@@ -1,10 +1,10 @@
 #include "portable/screens/lists/screenlist.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_limits.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -115,16 +115,15 @@ EntryResult listScreen::applyFixedDwell(double ns) {
 }
 
 void listScreen::onRunButton(int on) {
+    const ActionGate& gate = ActionGate::panel();
     const bool start = on != 0;
-    if (start == isRunning() || (start && !enable().isChecked()))
+    const bool due = start ? isEnabled() && !isRunning() && gate.maySwitchOn()
+                           : isRunning() && gate.mayGoOn() && !gate.isOvertaken();
+    if (!due)
         return;
-    const unsigned offBefore = host().switchPresses().off;
     if (handler().setStateList(start ? OnOff::on : OnOff::off) != 0)
         showCommandFailure(host());
-    if (start && host().switchPresses().off != offBefore && isRunning())
-        handler().setStateList(OnOff::off); // that press could not stop what was just being started
     handler().isModulationsOn();
-    showEnable();
     host().UpdateStatusBar();
 }
 

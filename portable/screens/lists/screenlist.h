@@ -21,7 +21,7 @@ public:
     ~listScreen() override;
 
 public slots:
-    /// 1 runs the list if it is enabled and does not run yet, 0 stops it.
+    /// 1 runs the list if it is enabled and does not run yet, 0 stops it if it runs, enabled or not.
     void onRunButton(int on);
 
     /// Whether each step has a dwell of its own, or all have the one of the fixed dwell entry.

@@ -6,6 +6,7 @@
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_edit.h"
 #include "portable/screens/lists/list_look.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/pagegroup.h"
@@ -14,6 +15,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <functional>
 
 namespace Kavor::HandheldGui {
 
@@ -54,7 +56,6 @@ StepListScreen::StepListScreen(QWidget* parent, std::vector<STATE> states, const
         update_static_controls(m_kind.tableState);
     });
     buildButtons();
-    connect(&host(), &PanelHost::modulationLookChanged, this, &StepListScreen::showEnable);
     update_static_controls(kind.tableState);
 }
 
@@ -94,14 +95,16 @@ void StepListScreen::addCaption(int x, const QString& text) {
 void StepListScreen::buildButtons() {
     auto* group = new PageGroup(
         m_page, QString(), QRect(Style::WindowWidth - Style::PageMargin - ButtonsWidth, 0, ButtonsWidth, GroupHeight));
-    const auto add = [&](const char* text, const char* name, int place, const auto& pressed) {
+    const auto add = [&](const char* text, const char* name, int place, const std::function<void()>& pressed,
+                         bool gated = false) {
         auto* button = new QPushButton(QString::fromLatin1(text), group);
         button->setObjectName(named(name));
         button->setGeometry(16, 16 + place * (Style::ButtonHeight + Style::Gap), ButtonsWidth - 32,
                             Style::ButtonHeight);
         button->setFocusPolicy(Qt::NoFocus);
         button->setStyleSheet(PUSH_BN_STYLE);
-        connect(button, &QPushButton::clicked, this, pressed);
+        connect(button, &QPushButton::clicked, this,
+                [button, pressed, gated] { gated ? ActionGate::panel().ask(button, pressed) : pressed(); });
         return button;
     };
     const auto files = [this](ListFileMode mode) {
@@ -111,8 +114,10 @@ void StepListScreen::buildButtons() {
     };
     m_tableButtons = {add("Add Step", "Add", 0, [this] { onAddStep(); }),
                       add("Delete Step", "DeleteStep", 1, [this] { onDeleteStep(); }),
-                      add(m_kind.newLabel, "New", 2, [this] { onNew(); }),
-                      add("Upload", "Upload", 3, [this] { onUpload(); }),
+                      add(
+                          m_kind.newLabel, "New", 2, [this] { onNew(); }, m_kind.newQuestion != nullptr),
+                      add(
+                          "Upload", "Upload", 3, [this] { onUpload(); }, true),
                       add(m_kind.loadLabel, "Load", 4, files(ListFileMode::Load)),
                       add(m_kind.saveLabel, "Save", 5, files(ListFileMode::Save)),
                       add(m_kind.deleteLabel, "Delete", 6, files(ListFileMode::Delete))};
@@ -134,7 +139,7 @@ void StepListScreen::update_static_controls(STATE state) {
 }
 
 void StepListScreen::update_from_config(STATE) {
-    showEnable();
+    m_enable->setFromConfig();
     showList();
 }
 
@@ -154,9 +159,8 @@ bool StepListScreen::isRunning() const {
     return handler().snapshot().*m_kind.running == 1;
 }
 
-void StepListScreen::showEnable() {
-    m_enable->setFromConfig();
-    m_enable->box()->setEnabled(!isRunning());
+bool StepListScreen::isEnabled() const {
+    return (handler().snapshot().modulationEnable & m_kind.bit) != 0;
 }
 
 void StepListScreen::showList() {
@@ -220,14 +224,8 @@ void StepListScreen::onNew() {
 }
 
 void StepListScreen::onUpload() {
-    // The wait for the module lets taps in; a second upload while the first is on its way would only queue behind it.
-    if (m_uploading)
-        return;
     update_static_controls(m_kind.tableState);
-    m_uploading = true;
     const bool done = upload() == 0;
-    m_uploading = false;
-    showEnable();
     host().UpdateStatusBar();
     if (done)
         showInformation(&host(), QString::fromLatin1(m_kind.uploadTitle), QStringLiteral("Succeeded!"));
@@ -245,12 +243,19 @@ void StepListScreen::onCancel() {
 }
 
 void StepListScreen::onEditRequested(const ListEditRequest& request) {
-    ListEditValue value;
-    if (!askForCellValue(host(), request, value))
-        return;
-    QString error;
-    showList(); // with the limits that hold now
-    report(m_table->applyEdit(request, value, error), error);
+    const auto edit = [this, request] {
+        ListEditValue value;
+        if (!askForCellValue(host(), request, value))
+            return;
+        QString error;
+        showList(); // with the limits that hold now
+        report(m_table->applyEdit(request, value, error), error);
+    };
+    // A choice opens nothing and sends nothing.
+    if (request.kind == ListColumnKind::Choice)
+        edit();
+    else
+        ActionGate::panel().ask(m_table, edit);
 }
 
 } // namespace Kavor::HandheldGui

@@ -49,14 +49,11 @@ protected:
     /// Shows the current channel's list; to be called once the derived screen is built.
     void showList();
 
-    /// The enable box follows the cached mask, and is locked while the list runs.
-    void showEnable();
-
     ListTable& table() const { return *m_table; }
-    EnableBox& enable() const { return *m_enable; }
     PageGroup& settingsGroup() const { return *m_settings; }
     void addCaption(int x, const QString& text);
     bool isRunning() const;
+    bool isEnabled() const; ///< on the module
     QString named(const char* part) const;
 
     static constexpr int SettingsRow = 38; ///< top of the controls of the settings group
@@ -81,7 +78,6 @@ private:
     std::vector<QPushButton*> m_tableButtons;
     QPushButton* m_cancel = nullptr;
     std::map<unsigned, QString> m_names; ///< by channel, the file that the list was last loaded from or saved to
-    bool m_uploading = false;
 };
 
 } // namespace Kavor::HandheldGui

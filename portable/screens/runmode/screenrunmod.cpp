@@ -81,7 +81,7 @@ void runmodeScreen::buildRunMode() {
                                 {{QStringLiteral("Continous"), QStringLiteral("runContinuous"), QString()},
                                  {QStringLiteral("Trigger"), QStringLiteral("runTrigger"), QString()}});
     m_runMode->place(ChoiceX, 52, 201, Style::ButtonHeight);
-    connect(m_runMode, &ChoiceGroup::clicked, this, [this](int index) {
+    connect(m_runMode, &ChoiceGroup::asked, this, [this](int index) {
         if (index == Continuous)
             onContButton();
         else
@@ -102,7 +102,7 @@ void runmodeScreen::buildParameters() {
         m_choices[i] =
             new ChoiceGroup(m_parameters, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, choice.buttons);
         m_choices[i]->place(ChoiceX, y, ChoiceWidth, Style::ButtonHeight);
-        connect(m_choices[i], &ChoiceGroup::clicked, this,
+        connect(m_choices[i], &ChoiceGroup::asked, this,
                 [this, parameter](int index) { chooseWord(parameter, index); });
     }
 
@@ -126,18 +126,23 @@ void runmodeScreen::chooseRunMode(bool continuous) {
         showCommandFailure(host());
         return;
     }
-    showRunMode(handler().snapshot().runMode == 1); // a later tap may have chosen otherwise meanwhile
+    showRunMode(continuous);
+    showRunModeText(continuous);
 }
 
 void runmodeScreen::showRunMode(bool continuous) {
     m_runMode->choose(continuous ? Continuous : Triggered);
     m_parameters->setVisible(!continuous);
     host().SetManualBnEnable(!continuous);
+    showRows();
+}
+
+void runmodeScreen::showRunModeText(bool continuous) {
+    m_continuousSeen = continuous;
     if (continuous)
         host().OnRunModeCont();
     else
         host().OnRunModeTrig();
-    showRows();
 }
 
 void runmodeScreen::chooseWord(Parameter parameter, int button) {
@@ -172,13 +177,18 @@ void runmodeScreen::update_from_config(STATE) {
         showWord(parameter);
     for (const BoundField& row : {m_delay, m_timer, m_count})
         row.entry->reload();
-    showRunMode(handler().snapshot().runMode == 1);
+    const bool continuous = handler().snapshot().runMode == 1;
+    showRunMode(continuous);
+    // The function button has its own word for the run mode, which stays until the module's run mode changes.
+    if (m_continuousSeen != continuous)
+        showRunModeText(continuous);
 }
 
 void runmodeScreen::update_controls(STATE) {}
 
 void runmodeScreen::show() {
     host().setHeaderBar(QStringLiteral("   Run Mode"));
+    update_from_config(STATE_RUNMODE);
     m_page->show();
 }
 

@@ -3,6 +3,8 @@
 #include "portable/fields/valuefield.h"
 #include "portable/host/iguiscreen.h"
 
+#include <optional>
+
 namespace Kavor::HandheldGui {
 
 class ChoiceGroup;
@@ -15,7 +17,8 @@ class runmodeScreen : public IGuiScreen {
 public:
     runmodeScreen(QWidget* parent, std::vector<STATE> states);
 
-    /// Sets every control from the cache, and with them the status bar's run mode and the manual trigger button.
+    /// Sets every control from the cache, with them the manual trigger button and, when the run mode is another one
+    /// than was seen last, its text in the status bar.
     void update_from_config(STATE state) override;
     void show() override;
     void hide() override;
@@ -48,10 +51,12 @@ private:
     void chooseRunMode(bool continuous);
     void chooseWord(Parameter parameter, int button);
     void showRunMode(bool continuous);
+    void showRunModeText(bool continuous);
     void showWord(Parameter parameter);
     void showRows();
 
     QWidget* m_page;
+    std::optional<bool> m_continuousSeen; ///< the module's run mode that the status bar was last told
     PageGroup* m_parameters = nullptr;
     ChoiceGroup* m_runMode = nullptr;
     ChoiceGroup* m_choices[ParameterCount] = {};

@@ -5,8 +5,6 @@
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/styles/tokens.h"
 
-#include <QCheckBox>
-
 namespace Kavor::HandheldGui {
 
 namespace {
@@ -57,13 +55,12 @@ void sweepScreen::update_controls(STATE state) {
 void sweepScreen::update_from_config(STATE) {
     m_frsw->reload();
     m_prsw->reload();
-    setEnablesLocked(handler().isModulationsOn() != 0);
 }
 
 void sweepScreen::show() {
     host().setHeaderBar(QStringLiteral("   Sweep Mode - Create Frequency or Power sweep"));
     update_controls(host().currentState());
-    setEnablesLocked(handler().getModulationsState() != 0);
+    update_from_config(host().currentState());
     m_page->show();
 }
 
@@ -96,34 +93,22 @@ void sweepScreen::onStepButton() {
 }
 
 void sweepScreen::onStartButton() {
-    const unsigned offBefore = host().switchPresses().off;
-    for (SweepPage* page : {m_frsw, m_prsw}) {
-        if (host().switchPresses().off == offBefore)
-            page->run(true);
-    }
-    if (host().switchPresses().off != offBefore)
-        onStopButton(); // that press could not stop what was just being started
-    setEnablesLocked(handler().isModulationsOn() != 0);
+    const PanelHost::Starting starting(host());
+    for (SweepPage* page : {m_frsw, m_prsw})
+        page->run(true);
+    handler().isModulationsOn();
     host().UpdateStatusBar();
 }
 
 void sweepScreen::onStopButton() {
-    const unsigned onBefore = host().switchPresses().on;
-    for (SweepPage* page : {m_frsw, m_prsw}) {
-        if (host().switchPresses().on == onBefore)
-            page->run(false);
-    }
+    for (SweepPage* page : {m_frsw, m_prsw})
+        page->run(false);
 }
 
 void sweepScreen::onModOffButton() {
     onStopButton();
-    setEnablesLocked(handler().isModulationsOn() != 0);
+    handler().isModulationsOn();
     host().UpdateStatusBar();
-}
-
-void sweepScreen::setEnablesLocked(bool locked) {
-    for (SweepPage* page : {m_frsw, m_prsw})
-        page->enable().box()->setEnabled(!locked);
 }
 
 void sweepScreen::sweep_export_list() {

@@ -87,7 +87,6 @@ signals:
 
 private:
     SweepPage& current() const { return m_subState == STATE_PRSW ? *m_prsw : *m_frsw; }
-    void setEnablesLocked(bool locked);
 
     QWidget* m_page;
     IntfButtonMod* m_frswTab;

@@ -5,6 +5,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/entry.h"
@@ -13,7 +14,6 @@
 
 #include <QIcon>
 #include <QPushButton>
-#include <QScopedValueRollback>
 
 namespace Kavor::HandheldGui {
 
@@ -186,7 +186,7 @@ void SweepPage::buildDirection() {
                                   {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString()},
                                    {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString()}});
     m_direction->place(RightColumn.valueX, rowTop(0), 194, Style::ButtonHeight);
-    connect(m_direction, &ChoiceGroup::clicked, this, &SweepPage::chooseDirection);
+    connect(m_direction, &ChoiceGroup::asked, this, &SweepPage::chooseDirection);
 
     // Marks a planned function; nothing listens to it yet.
     auto* exportButton = new QPushButton(QStringLiteral("Export to List"), m_group);
@@ -223,9 +223,13 @@ void SweepPage::chooseDirection(int index) {
 }
 
 void SweepPage::run(bool on) {
+    const ActionGate& gate = ActionGate::panel();
     const ChannelRecord& record = m_handler.snapshot();
     const bool running = record.*m_kind.running == 1;
-    if ((record.modulationEnable & m_kind.bit) == 0 || running == on)
+    const bool enabled = (record.modulationEnable & m_kind.bit) != 0;
+    // What runs is stopped, enabled or not: another client may have started it.
+    const bool due = on ? enabled && !running && gate.maySwitchOn() : running && gate.mayGoOn() && !gate.isOvertaken();
+    if (!due)
         return;
     VELDA_LOG("screens", QtInfoMsg, "%s Modulation checked", m_kind.startName);
     if ((m_handler.*m_kind.setState)(on ? OnOff::on : OnOff::off) != 0)
@@ -258,10 +262,6 @@ DeviceValueId SweepPage::idOf(SweepField field) const {
 }
 
 EntryResult SweepPage::carryOut(SweepField field, double value) {
-    // A plan holds only for the values that it was made from: an entry that comes in while one is on its way fails.
-    if (m_carryingOut)
-        return EntryResult::Failed;
-    const QScopedValueRollback<bool> busy(m_carryingOut, true);
     const SweepLimits limits{m_handler.cachedLimits(m_kind.stop), m_handler.cachedLimits(m_kind.time),
                              totalTimeLimits()};
     const SweepPlan plan = planSweep(field, value, m_stopIsEntered, values(), limits,

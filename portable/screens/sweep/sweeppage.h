@@ -61,7 +61,7 @@ public:
     void setStopIsEntered(bool stopIsEntered);
     bool stopIsEntered() const { return m_stopIsEntered; }
 
-    /// Starts or stops the sweep if it is enabled and not so already.
+    /// Starts the sweep if it is enabled and does not run yet, or stops it if it runs.
     void run(bool on);
     void chooseDirection(int index);
 
@@ -91,7 +91,6 @@ private:
     QPushButton* m_sizeLock = nullptr;
     ChoiceGroup* m_direction = nullptr;
     bool m_stopIsEntered = true;
-    bool m_carryingOut = false;
 };
 
 } // namespace Kavor::HandheldGui

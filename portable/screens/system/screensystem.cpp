@@ -6,6 +6,7 @@
 #include "portable/host/updateentry.h"
 #include "portable/screens/lan/wdgethernet.h"
 #include "portable/screens/system/listcfg.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
@@ -25,6 +26,7 @@ struct systemScreen::Button {
     const char* text;
     const char* name;
     void (systemScreen::*slot)();
+    bool asks = false; ///< opens a dialog
 };
 
 namespace {
@@ -76,14 +78,16 @@ systemScreen::~systemScreen() = default;
 QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const Button& button) {
     QPushButton* made = makeButton(group, QString::fromLatin1(button.text), QString::fromLatin1(button.name));
     made->setGeometry(place);
-    connect(made, &QPushButton::clicked, this, button.slot);
+    connect(made, &QPushButton::clicked, this, [this, made, slot = button.slot, asks = button.asks] {
+        asks ? ActionGate::panel().ask(made, [this, slot] { (this->*slot)(); }) : (this->*slot)();
+    });
     return made;
 }
 
 void systemScreen::buildState() {
     static const Button buttons[] = {{"Store", "sysStore", &systemScreen::onStoreButton},
                                      {"Recall", "sysRecall", &systemScreen::onRecallButton},
-                                     {"Preset", "sysPreset", &systemScreen::onPresetButton},
+                                     {"Preset", "sysPreset", &systemScreen::onPresetButton, true},
                                      {"Erase", "sysErase", &systemScreen::onEraseButton}};
     auto* group =
         new PageGroup(m_page, QStringLiteral("Instrument State"), QRect(Style::PageMargin, 0, LeftWidth, StateHeight));
@@ -105,7 +109,7 @@ void systemScreen::buildReference() {
         words.push_back({QString::fromLatin1(word), QStringLiteral("reference") + QLatin1String(word), QString()});
     m_reference = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, words);
     m_reference->place(ButtonX, TitleHeight, ButtonWidth, Style::ButtonHeight);
-    connect(m_reference, &ChoiceGroup::clicked, this, &systemScreen::chooseReference);
+    connect(m_reference, &ChoiceGroup::asked, this, &systemScreen::chooseReference);
 }
 
 void systemScreen::buildEntries() {
@@ -149,9 +153,14 @@ void systemScreen::buildSubPages() {
                      QStringLiteral("No saved configuration"), QStringLiteral("configurationsBack"));
     m_configurations = new cfgList(m_configurationPage->group());
     m_configurationPage->setTable(m_configurations);
-    connect(m_configurations, &cfgList::loadCfg, this, &systemScreen::onMsgLoadCfgList);
-    connect(m_configurations, &cfgList::saveCfg, this, &systemScreen::onMsgSaveCfgList);
-    connect(m_configurations, &cfgList::deleteCfg, this, &systemScreen::onMsgDeleteCfgList);
+    const auto act = [this](void (cfgList::*chosen)(const QString&), void (systemScreen::*slot)(const QString&)) {
+        connect(m_configurations, chosen, this, [this, slot](const QString& file) {
+            ActionGate::panel().ask(m_configurations, [this, slot, file] { (this->*slot)(file); });
+        });
+    };
+    act(&cfgList::loadCfg, &systemScreen::onMsgLoadCfgList);
+    act(&cfgList::saveCfg, &systemScreen::onMsgSaveCfgList);
+    act(&cfgList::deleteCfg, &systemScreen::onMsgDeleteCfgList);
     connect(m_configurationPage, &ListPage::back, this, [this] { showSubPage(Main); });
     connect(m_lan, &ethScreen::back, this, [this] { showSubPage(Main); });
 

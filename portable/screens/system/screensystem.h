@@ -78,7 +78,6 @@ private:
     cfgList* m_configurations = nullptr;
     ethScreen* m_lan;
     QTimer* m_timer;
-    bool m_operating = false; ///< an operation waits for the module: further taps start none
     bool m_batterySeen = false;
     int m_charge = 0;
     bool m_discharging = false;

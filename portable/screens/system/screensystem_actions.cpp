@@ -9,8 +9,6 @@
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/vkeyboard.h"
 
-#include <QScopedValueRollback>
-
 // What the buttons of the system screen and the rows of its lists do.
 
 namespace Kavor::HandheldGui {
@@ -45,9 +43,6 @@ void systemScreen::onUpdButton() {
 }
 
 void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
-    if (m_operating)
-        return;
-    const QScopedValueRollback<bool> operating(m_operating, true);
     UpdateEntry* update = host().settings().updateEntry;
     if (package && update)
         update->install(*package, host());
@@ -57,31 +52,26 @@ void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
 }
 
 void systemScreen::onPresetButton() {
-    if (m_operating || !confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
+    if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
         return;
-    const QScopedValueRollback<bool> operating(m_operating, true);
     end(doPreset(&handler(), m_page, handler().channelCount()), true);
 }
 
 void systemScreen::onMsgLoadCfgList(const QString& file) {
     const QString name = cfgList::bareName(file);
-    if (m_operating || !confirmAction(&host(), QStringLiteral("Recall configuration %1?").arg(name)))
+    if (!confirmAction(&host(), QStringLiteral("Recall configuration %1?").arg(name)))
         return;
-    const QScopedValueRollback<bool> operating(m_operating, true);
     end(doRecall(&handler(), m_page, handler().channelCount(), name), true);
 }
 
 void systemScreen::onMsgDeleteCfgList(const QString& file) {
     const QString name = cfgList::bareName(file);
-    if (m_operating || !confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name)))
+    if (!confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name)))
         return;
-    const QScopedValueRollback<bool> operating(m_operating, true);
     end(doErase(&handler(), m_page, name), false);
 }
 
 void systemScreen::onMsgSaveCfgList(const QString& file) {
-    if (m_operating)
-        return;
     const QString name = file == cfgList::NewFile ? askForName() : cfgList::bareName(file);
     if (name.isEmpty())
         return;
@@ -89,7 +79,6 @@ void systemScreen::onMsgSaveCfgList(const QString& file) {
                                              QStringLiteral("Prevent active modulations auto-start..."));
     if (!confirmAction(&host(), QStringLiteral("Store configuration as %1?").arg(name)))
         return;
-    const QScopedValueRollback<bool> operating(m_operating, true);
     end(handler().set_power_on_restore(!disableOutput) == 0 && doStore(&handler(), m_page, name), false);
 }
 
