@@ -148,6 +148,8 @@ public:
 
     /// The kinds that run, from the snapshot; kept for getModulationsState().
     unsigned isModulationsOn();
+    /// isModulationsOn(), and the kinds whose start got no answer: the module may carry it out later.
+    unsigned mayRun();
     unsigned getModulationsState(unsigned channel) const; ///< 0 for a channel that does not exist
     unsigned getModulationsState() const;
     void clearRunningModulations(); ///< after a recall or a preset, until isModulationsOn() is asked again
@@ -208,6 +210,7 @@ private:
     int sendChecked(const char* header, const std::string& argument, Check isTaken);
 
     std::function<bool()> m_mayResume;
+    std::array<unsigned, MaxChannels + 1> m_unanswered{}; ///< by channel, the kinds whose start got no answer
     mutable QMutex m_runningMutex;
     std::array<unsigned, MaxChannels + 1> m_running{}; ///< by channel, the kinds that isModulationsOn() last saw
 };

@@ -20,6 +20,21 @@ void writeText(char (&field)[32], const char* text) {
     std::memcpy(field, text, std::min(std::strlen(text), sizeof field - 1));
 }
 
+// The modulations and the words of the record that say whether they run.
+constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> States[] = {
+    {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
+    {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
+    {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
+    {LIST_MOD_BIT, &ChannelRecord::listState}, {PATTERN_MOD_BIT, &ChannelRecord::patternState},
+};
+
+// 0 for a word that belongs to no modulation.
+unsigned modulationOf(std::uint32_t ChannelRecord::*state) {
+    const auto found = std::find_if(std::begin(States), std::end(States),
+                                    [state](const auto& modulation) { return modulation.second == state; });
+    return found == std::end(States) ? 0U : found->first;
+}
+
 } // namespace
 
 int EventHandler::sendOnly(const char* header, const std::string& argument) {
@@ -38,7 +53,13 @@ int EventHandler::setNumber(const char* header, const std::string& argument, std
 }
 
 int EventHandler::setSwitch(const char* header, bool on, std::uint32_t ChannelRecord::*field) {
-    return setNumber(header, OnOffToString[on ? 1 : 0], field, on ? 1 : 0);
+    const int result = setNumber(header, OnOffToString[on ? 1 : 0], field, on ? 1 : 0);
+    unsigned& unanswered = m_unanswered[currentChannel()];
+    if (on && result != 0 && lastTimedOut())
+        unanswered |= modulationOf(field);
+    else if (!lastTimedOut())
+        unanswered &= ~modulationOf(field);
+    return result;
 }
 
 int EventHandler::setWord(const char* header, const std::string& word, char (ChannelRecord::*field)[32]) {
@@ -133,12 +154,6 @@ int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
 }
 
 unsigned EventHandler::isModulationsOn() {
-    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> States[] = {
-        {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
-        {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
-        {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
-        {LIST_MOD_BIT, &ChannelRecord::listState}, {PATTERN_MOD_BIT, &ChannelRecord::patternState},
-    };
     QMutexLocker lock(&m_runningMutex);
     unsigned running = 0;
     for (const auto& [bit, state] : States) {
@@ -147,6 +162,10 @@ unsigned EventHandler::isModulationsOn() {
     }
     m_running[currentChannel()] = running;
     return running;
+}
+
+unsigned EventHandler::mayRun() {
+    return isModulationsOn() | m_unanswered[currentChannel()];
 }
 
 unsigned EventHandler::getModulationsState(unsigned channel) const {

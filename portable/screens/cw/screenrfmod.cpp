@@ -73,7 +73,6 @@ void rfmodScreen::update_from_config(STATE state) {
 
 void rfmodScreen::show() {
     host().setHeaderBar(QStringLiteral("   CW & Modulations Mode - Set the RF output and modulation Settings"));
-    update_from_config(STATE_CW);
     m_page->show();
 }
 

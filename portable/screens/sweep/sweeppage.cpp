@@ -225,7 +225,7 @@ void SweepPage::chooseDirection(int index) {
 void SweepPage::run(bool on) {
     const ActionGate& gate = ActionGate::panel();
     const ChannelRecord& record = m_handler.snapshot();
-    const bool running = record.*m_kind.running == 1;
+    const bool running = on ? record.*m_kind.running == 1 : (m_handler.mayRun() & m_kind.bit) != 0;
     const bool enabled = (record.modulationEnable & m_kind.bit) != 0;
     // What runs is stopped, enabled or not: another client may have started it.
     const bool due = on ? enabled && !running && gate.maySwitchOn() : running && gate.mayGoOn() && !gate.isOvertaken();
