@@ -84,6 +84,9 @@ public:
     void setCalculated(bool calculated);
     QString title() const;
 
+    /// The editor shows the module's value: no refused entry stands in it and none is being made.
+    bool showsModule() const { return !m_refused && !isEditing(); }
+
 signals:
     /// The module took a value that was entered here; the editor shows it.
     void accepted();

@@ -211,7 +211,11 @@ void MainWindow::UpdateStatusBar() {
     const ChannelRecord& record = m_handler->snapshot();
     m_statusFrequency->setText(statusFrequencyText(record.frequency.value, m_frequencyUnit));
     m_statusPower->setText(statusPowerText(record.power.value));
-    m_statusModulation->setText(GetStatusBarMode(m_handler->getModulationsState()));
+    const QFontMetrics metrics = m_statusModulation->fontMetrics();
+    m_statusModulation->setText(
+        shortenedAtComma(GetStatusBarMode(m_handler->getModulationsState()), [this, &metrics](const QString& text) {
+            return metrics.horizontalAdvance(text) <= m_statusModulation->width() - 2 * m_statusModulation->margin();
+        }));
     m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
 }
 

@@ -55,6 +55,14 @@ QString statusModeText(unsigned mask, const QString& modeText) {
     return QStringLiteral("Mode: ") + names.join(QStringLiteral(", "));
 }
 
+QString shortenedAtComma(const QString& text, const std::function<bool(const QString&)>& fits) {
+    QString shown = text;
+    for (int comma = text.lastIndexOf(QLatin1Char(',')); !fits(shown) && comma > 0;
+         comma = text.lastIndexOf(QLatin1Char(','), comma - 1))
+        shown = text.left(comma + 1) + QChar(0x2026);
+    return shown;
+}
+
 QString conflictText(int requested, int conflict) {
     if (conflict < 0)
         return QStringLiteral("no mudulation enabled");

@@ -5,6 +5,7 @@
 
 namespace Kavor::HandheldGui {
 
+class ComboBox;
 class rfModulationsWidget;
 
 /// The first screen: CW frequency, power and phase, and the modulations.
@@ -37,6 +38,7 @@ private:
 
     QWidget* m_page;
     ValueEntry* m_frequency = nullptr;
+    ComboBox* m_frequencyUnit = nullptr;
     ValueEntry* m_power = nullptr;
     ValueEntry* m_phase = nullptr;
     rfModulationsWidget* m_modulations = nullptr;

@@ -11,6 +11,7 @@
 #include "portable/widgets/entry.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vklineedit.h"
 
 #include <QIcon>
 #include <QPushButton>
@@ -161,6 +162,8 @@ void SweepPage::buildEntries() {
             {row.label, QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(row.name), row.title}, row.field);
         connect(m_fields[row.entry].entry, &ValueEntry::settled, this, &SweepPage::reload);
     }
+    if (m_kind.kind == ValueField::Kind::Power)
+        m_fields[StepSize].edit->setUnitNames({QStringLiteral("dB")});
 }
 
 void SweepPage::buildLocks() {
@@ -199,6 +202,7 @@ void SweepPage::buildDirection() {
 
 void SweepPage::setStopIsEntered(bool stopIsEntered) {
     m_stopIsEntered = stopIsEntered;
+    m_size.reset();
     const QIcon locked(QStringLiteral(":/lock.png"));
     const QIcon unlocked(QStringLiteral(":/unlock.png"));
     m_stopLock->setIcon(stopIsEntered ? unlocked : locked);
@@ -208,6 +212,7 @@ void SweepPage::setStopIsEntered(bool stopIsEntered) {
 }
 
 void SweepPage::reload() {
+    followSize();
     m_enable->setFromConfig();
     for (const BoundField& field : m_fields)
         field.entry->reload();
@@ -236,9 +241,23 @@ void SweepPage::run(bool on) {
         showCommandFailure(m_host);
 }
 
-SweepValues SweepPage::values() const {
+SweepValues SweepPage::heldValues() const {
     return {m_handler.cachedValue(m_kind.start), m_handler.cachedValue(m_kind.stop),
             m_handler.cachedValue(m_kind.steps), m_handler.cachedValue(m_kind.time)};
+}
+
+SweepValues SweepPage::values() const {
+    SweepValues now = heldValues();
+    now.enteredSize = m_size;
+    return now;
+}
+
+/// A step size that was entered is the page's own as long as nobody else changes what it was made for.
+void SweepPage::followSize() {
+    const SweepValues now = heldValues();
+    const bool same = now.start == m_sizeBasis.start && now.stop == m_sizeBasis.stop && now.steps == m_sizeBasis.steps;
+    if (!same)
+        m_size.reset();
 }
 
 ValueLimits SweepPage::totalTimeLimits() const {
@@ -270,11 +289,15 @@ EntryResult SweepPage::carryOut(SweepField field, double value) {
         tell(plan.refusal);
         return EntryResult::Refused;
     }
+    if (field == SweepField::StepSize)
+        m_size = value;
+    EntryResult result = EntryResult::Taken;
     for (const auto& [target, number] : plan.sends) {
-        if (m_handler.setDeviceValue(idOf(target), number) != 0)
-            return EntryResult::Failed;
+        if (result == EntryResult::Taken && m_handler.setDeviceValue(idOf(target), number) != 0)
+            result = EntryResult::Failed;
     }
-    return EntryResult::Taken;
+    m_sizeBasis = heldValues(); // what changed was changed here
+    return result;
 }
 
 void SweepPage::tell(SweepRefusal refusal) {

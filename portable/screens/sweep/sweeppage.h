@@ -75,7 +75,9 @@ private:
     ValueField valueField(ValueField::Kind kind, const ValueModel& model) const;
     ValueModel plannedModel(SweepField field, const std::function<double()>& value,
                             const std::function<ValueLimits()>& limits);
+    SweepValues heldValues() const;
     SweepValues values() const;
+    void followSize();
     ValueLimits totalTimeLimits() const;
     DeviceValueId idOf(SweepField field) const;
     EntryResult carryOut(SweepField field, double value);
@@ -91,6 +93,8 @@ private:
     QPushButton* m_sizeLock = nullptr;
     ChoiceGroup* m_direction = nullptr;
     bool m_stopIsEntered = true;
+    std::optional<double> m_size; ///< the step size that was entered
+    SweepValues m_sizeBasis;      ///< what the module held after the last entry
 };
 
 } // namespace Kavor::HandheldGui
