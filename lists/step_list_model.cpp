@@ -43,7 +43,7 @@ bool StepListModel<Point>::addDefault(QString& error) {
         return this->fail(error, m_messages.noStorage);
     auto point = std::make_unique<Point>(defaultPoint());
     m_points->push_back(point.get());
-    point.release();
+    static_cast<void>(point.release()); // the list holds it now
     renumber();
     return true;
 }
