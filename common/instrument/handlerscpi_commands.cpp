@@ -53,7 +53,7 @@ int EventHandler::set_channel(unsigned channel) {
 }
 
 int EventHandler::set_rf_onoff(OnOff state) {
-    return setSwitch(Scpi::Output, state != off, &ChannelRecord::rfOutput);
+    return setSwitch(Scpi::Output, state != OnOff::off, &ChannelRecord::rfOutput);
 }
 
 int EventHandler::set_power_on_restore(bool automatic) {
@@ -137,17 +137,11 @@ int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
 }
 
 unsigned EventHandler::isModulationsOn() {
-    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> States[] = {
-        {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
-        {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
-        {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
-        {LIST_MOD_BIT, &ChannelRecord::listState}, {PATTERN_MOD_BIT, &ChannelRecord::patternState},
-    };
     QMutexLocker lock(&m_runningMutex);
     unsigned running = 0;
-    for (const auto& [bit, state] : States) {
-        if (snapshot().*state == 1)
-            running |= bit;
+    for (const Modulation& kind : Modulations) {
+        if (snapshot().*kind.running == 1)
+            running |= kind.bit;
     }
     m_running[currentChannel()] = running;
     return running;
@@ -164,34 +158,9 @@ void EventHandler::clearRunningModulations() {
     m_running[currentChannel()] = 0;
 }
 
-int EventHandler::setStateAM(OnOff state) {
-    return setSwitch(Scpi::AmState, state != off, &ChannelRecord::amState);
-}
-int EventHandler::setStateFM(OnOff state) {
-    return setSwitch(Scpi::FmState, state != off, &ChannelRecord::fmState);
-}
-int EventHandler::setStatePM(OnOff state) {
-    return setSwitch(Scpi::PmState, state != off, &ChannelRecord::pmState);
-}
-
-int EventHandler::setStatePulseM(OnOff state) {
-    return setSwitch(Scpi::PulseState, state != off, &ChannelRecord::pulseState);
-}
-
-int EventHandler::setStatePatternM(OnOff state) {
-    return setSwitch(Scpi::PatternState, state != off, &ChannelRecord::patternState);
-}
-
-int EventHandler::setStateFRSW(OnOff state) {
-    return setSwitch(Scpi::FrswState, state != off, &ChannelRecord::frswState);
-}
-
-int EventHandler::setStatePRSW(OnOff state) {
-    return setSwitch(Scpi::PrswState, state != off, &ChannelRecord::prswState);
-}
-
-int EventHandler::setStateList(OnOff state) {
-    return setSwitch(Scpi::ListState, state != off, &ChannelRecord::listState);
+int EventHandler::setModulation(modEnableBitMask kind, OnOff state) {
+    const Modulation& row = modulation(kind);
+    return setSwitch(row.stateHeader, state != OnOff::off, row.running);
 }
 
 int EventHandler::setModSrcAM(ModSrcMode source) {
@@ -219,10 +188,10 @@ int EventHandler::setDirPRSW(SweepDirection direction) {
 }
 
 int EventHandler::setDhcpMode(OnOff state) {
-    return setSwitch(Scpi::LanDhcp, state != off, &ChannelRecord::dhcp);
+    return setSwitch(Scpi::LanDhcp, state != OnOff::off, &ChannelRecord::dhcp);
 }
 int EventHandler::toggleDHCPMode() {
-    return setDhcpMode(getDhcpMode() != 0 ? off : on);
+    return setDhcpMode(getDhcpMode() != 0 ? OnOff::off : OnOff::on);
 }
 int EventHandler::setPort(std::string port) {
     return sendOnly(Scpi::LanPort, port);
@@ -253,7 +222,4 @@ int EventHandler::set_sys_rst() {
 }
 int EventHandler::sendGuiSoftUpdate() {
     return sendOnly(Scpi::GuiUpdateSoftware);
-}
-int EventHandler::set_sys_scpi() {
-    return 0;
 }

@@ -1,6 +1,6 @@
 #include "portable/window/statustexts.h"
 
-#include "common/wire/scpi_words.h"
+#include "common/instrument/modulations.h"
 
 #include <QStringList>
 #include <array>
@@ -9,7 +9,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int Modulations = static_cast<int>(ModulationNames.size());
+constexpr int KindCount = static_cast<int>(ModulationNames.size());
 constexpr int LongestMessage = 127;
 
 struct UnitFormat {
@@ -22,7 +22,7 @@ constexpr std::array<UnitFormat, 4> UnitFormats{
     {{"GHz", 1e-9, 12}, {"MHz", 1e-6, 9}, {"KHz", 0.001, 6}, {"Hz", 1.0, 3}}};
 
 int lowestBit(int mask) {
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1 << bit))
             return bit;
     }
@@ -48,7 +48,7 @@ QString statusModeText(unsigned mask, const QString& modeText) {
     if (mask == 0)
         return QStringLiteral("Mode: ") + modeText;
     QStringList names;
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1U << bit))
             names << QLatin1String(ModulationNames[static_cast<std::size_t>(bit)]);
     }

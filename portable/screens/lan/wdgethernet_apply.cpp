@@ -40,7 +40,7 @@ void ethScreen::apply() {
 }
 
 bool ethScreen::applyDynamic() {
-    if (handler().setDhcpMode(on) == 0)
+    if (handler().setDhcpMode(OnOff::on) == 0)
         return true;
     const QString text = QStringLiteral("Failed to set dynamic configuration");
     fail(text, text);
@@ -65,7 +65,7 @@ bool ethScreen::applyStatic() {
             return false;
         }
     }
-    if (handler().setDhcpMode(off) != 0) {
+    if (handler().setDhcpMode(OnOff::off) != 0) {
         const QString text = QStringLiteral("Failed to set static configuration");
         fail(text, text);
         return false;
