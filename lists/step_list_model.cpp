@@ -38,6 +38,11 @@ bool StepListModel<Point>::clearAndCreateDefault(QString& error) {
 }
 
 template <typename Point>
+ListColumn StepListModel<Point>::column(int index) const {
+    return index >= 0 && index < columnCount() ? m_columns[static_cast<std::size_t>(index)] : ListColumn();
+}
+
+template <typename Point>
 bool StepListModel<Point>::addDefault(QString& error) {
     if (m_points == nullptr)
         return this->fail(error, m_messages.noStorage);
