@@ -15,7 +15,7 @@ class ListsOps {
 public:
     /// Steps beyond which a file is refused, and bytes: no list that can be edited comes near.
     static constexpr int MostSteps = 1000000;
-    static constexpr qint64 MostBytes = 64 * 1024 * 1024;
+    static constexpr qint64 MostBytes = qint64{64} * 1024 * 1024;
 
     explicit ListsOps(const QString& base) : m_base(base) {}
 

@@ -46,14 +46,10 @@ private slots:
 
         row(":FREQ 8999.999", "-ERR -222,");
         row(":POW 20.0001", "-ERR -222,");
-        row(":FREQ abc", "-ERR -104,");
-        row(":FREQ", "-ERR -109,");
         row(":FREQ:STAR 5", "-ERR -113,");
         row(":TRIG:COUN 1.5", "-ERR -104,");
         row(":TRIG:INP:IMP 75", "-ERR -224,");
-        row(":TRIG:SOUR EXTernall", "-ERR -224,");
         row(":INST:SEL -1", "-ERR -222,");
-        row(":SYST:COMM:LAN:IPAD \"1.2.3.256\"", "-ERR -224,");
         row(":SYST:SET:REC 77", "-ERR -256,");
         row(":SYST:SET:STOR ../x", "-ERR -224,");
 
@@ -66,13 +62,9 @@ private slots:
         row(":SOUR:LIST:DEF 1,9000,-60,0,0,1e-05", "+OK");
         row(":SOUR:LIST:DEF 1,6e9,20,0,0,100", "+OK");
         row(":SOUR:LIST:DEF 1,8999.99,0,0,0,1e-05", "-ERR -222,Step 1: a frequency of 8999.99 is outside 9000 to 6000000000");
-        row(":SOUR:LIST:DEF 1,6.00001e9,0,0,0,1e-05", "-ERR -222,Step 1: a frequency of 6000010000 ");
-        row(":SOUR:LIST:DEF 1,9000,0,0,0,100.001", "-ERR -222,Step 1: a dwell of 100001000000 ");
         row(":PATT:DEF 1,1e-07,10,65535,1", "+OK");
         row(":PATT:DEF 1,9.9e-08,1,1,1", "-ERR -222,Step 1: a on time of 99 ");
-        row(":PATT:DEF 1,1,10.00001,1,1", "-ERR -222,Step 1: a off time of 10000010000 ");
         row(":PATT:DEF 1,1,1,0,1", "-ERR -222,Step 1: a repetition of 0 is outside 1 to 65535");
-        row(":PATT:DEF 1,2", "-ERR -104,");
         // clang-format on
     }
 

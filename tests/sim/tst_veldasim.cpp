@@ -92,16 +92,6 @@ void TestVeldasim::badArguments_data() {
         addRow(qPrintable(arguments.join(' ')), arguments, QString(sentence));
     };
     row({"--channels", "5"}, "--channels takes 1 to 4");
-    row({"--port", "70000"}, "--port takes 0 to 65535");
-    row({"--region", "data"}, "--region takes one name behind a slash");
-    row({"--region", "/a/b"}, "--region takes one name behind a slash");
-    row({"--disconnected", "4"}, "--disconnected takes channels from 0");
-    row({"--battery", "full"}, "\"full\" is no battery point");
-    row({"--boards", "5"}, "--boards takes 0 to 4");
-    row({"--board-address", "::1"}, "--board-address takes IPv4 addresses");
-    row({"--boards", "2", "--board-address", "127.0.0.2"}, "--board-address names fewer addresses");
-    row({"--board-loss", "100"}, "--board-loss takes 0 to 99");
-    row({"--boards", "1", "--board-silent", "2"}, "--board-silent takes 0 to 1");
     row({"--boards", "1", "--board-address", "192.0.2.1"}, "192.0.2.1:7502: ");
     row({"--command", ":POW 99"}, "\":POW 99\": -ERR -222,");
 }

@@ -18,12 +18,12 @@
 
 namespace Kavor::HandheldGui {
 
-const SweepKind FrequencySweep{"frsw",
+const SweepKind FrequencySweep{modulation(FRSW_MOD_BIT),
+                               "frsw",
                                "Frequency",
                                "Power:",
                                "Sweep Power",
                                "Frequency modulation",
-                               FRSW_MOD_BIT,
                                ValueField::Kind::Frequency,
                                ValueField::Kind::Power,
                                DeviceValueId::FrswStart,
@@ -32,17 +32,15 @@ const SweepKind FrequencySweep{"frsw",
                                DeviceValueId::FrswTime,
                                DeviceValueId::Power,
                                &ChannelRecord::frswTotalTime,
-                               &ChannelRecord::frswState,
                                &ChannelRecord::frswDirection,
-                               &EventHandler::setStateFRSW,
                                &EventHandler::setDirFRSW};
 
-const SweepKind PowerSweep{"prsw",
+const SweepKind PowerSweep{modulation(PRSW_MOD_BIT),
+                           "prsw",
                            "Power",
                            "Frequency:",
                            "Sweep Frequency",
                            "Power modulation",
-                           PRSW_MOD_BIT,
                            ValueField::Kind::Power,
                            ValueField::Kind::Frequency,
                            DeviceValueId::PrswStart,
@@ -51,9 +49,7 @@ const SweepKind PowerSweep{"prsw",
                            DeviceValueId::PrswTime,
                            DeviceValueId::Frequency,
                            &ChannelRecord::prswTotalTime,
-                           &ChannelRecord::prswState,
                            &ChannelRecord::prswDirection,
-                           &EventHandler::setStatePRSW,
                            &EventHandler::setDirPRSW};
 
 namespace {

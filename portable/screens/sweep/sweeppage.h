@@ -16,13 +16,12 @@ class EnableBox;
 class PanelHost;
 
 /// What the two sweeps differ in.
-struct SweepKind {
+struct SweepKind : Modulation {
     const char* prefix;     ///< of the object names
     const char* quantity;   ///< in the titles of start and stop
     const char* fixedLabel; ///< the quantity that does not sweep: its label and title
     const char* fixedTitle;
     const char* startName; ///< in the log line of start and stop
-    unsigned bit;          ///< of modEnableBitMask
     ValueField::Kind kind; ///< of start, stop and step size
     ValueField::Kind fixedKind;
     DeviceValueId start;
@@ -31,9 +30,7 @@ struct SweepKind {
     DeviceValueId time;
     DeviceValueId fixed;
     ValueLimits ChannelRecord::*totalTime; ///< seconds
-    std::uint32_t ChannelRecord::*running;
     char (ChannelRecord::*direction)[32];
-    int (EventHandler::*setState)(OnOff);
     int (EventHandler::*setDirection)(SweepDirection);
 };
 
