@@ -169,6 +169,7 @@ unsigned EventHandler::getModulationsState() const {
 }
 void EventHandler::clearRunningModulations() {
     m_running[currentChannel()] = 0;
+    m_unanswered[currentChannel()] = 0;
 }
 
 int EventHandler::setModulation(modEnableBitMask kind, OnOff state) {

@@ -154,7 +154,6 @@ bool ValueEntry::normalise(double value, double& canonical) {
     }
     if (limits.contains(value) || (!m_field.whole && canonical == m_field.model.value()))
         return true;
-    showValue(value);
     if (m_field.kind == ValueField::Kind::Power)
         normalizePowerRange(toast, minimum, maximum, name);
     else
@@ -197,7 +196,12 @@ void ValueEntry::showValue(double canonical) {
     }
 }
 
+/// A frequency or a time stays in sight beside its message; any other field shows the value held at once.
 void ValueEntry::refuse() {
+    if (m_field.kind != ValueField::Kind::Frequency && m_field.kind != ValueField::Kind::Time) {
+        showValue(m_field.model.value());
+        return;
+    }
     m_refused = true;
     applySheet(m_field.edit, m_field.wrongStyle);
 }

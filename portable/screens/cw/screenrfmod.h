@@ -22,6 +22,8 @@ public:
     /// Reloads the screen with the state that it keeps.
     virtual void postInit();
 
+    // By name, for whoever drives the screen from outside: its own controls do without.
+
     /// Takes a CW frequency in the unit of the unit box, a power in dBm, a phase in degrees.
     void setFrequency(double value) { m_frequency->enter(value); }
     void setPower(double value) { m_power->enter(value); }
