@@ -16,8 +16,6 @@ private slots:
     void servesUntilASignal_data();
     void servesUntilASignal();
     void boardsTakeAnImage();
-    void badArguments_data();
-    void badArguments();
 };
 
 void TestVeldasim::servesUntilASignal_data() {
@@ -83,30 +81,6 @@ void TestVeldasim::boardsTakeAnImage() {
         QVERIFY(told.contains("board " + board.toString().toLatin1() + " has burnt 3000 bytes, SHA-256 " + sum));
     program.terminate();
     QVERIFY(program.waitForFinished(10000));
-}
-
-void TestVeldasim::badArguments_data() {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("sentence");
-    const auto row = [](const QStringList& arguments, const char* sentence) {
-        addRow(qPrintable(arguments.join(' ')), arguments, QString(sentence));
-    };
-    row({"--channels", "5"}, "--channels takes 1 to 4");
-    row({"--boards", "1", "--board-address", "192.0.2.1"}, "192.0.2.1:7502: ");
-    row({"--command", ":POW 99"}, "\":POW 99\": -ERR -222,");
-}
-
-void TestVeldasim::badArguments() {
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, sentence);
-    QProcess program;
-    if (!arguments.contains("--region"))
-        arguments << "--region" << QString::fromStdString(uniqueRegion());
-    program.start(VELDASIM_PROGRAM, arguments);
-    QVERIFY(program.waitForFinished(10000));
-    QCOMPARE(program.exitCode(), 2);
-    const QString output = program.readAllStandardError();
-    QVERIFY2(output.startsWith("veldasim: " + sentence), qPrintable(output));
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestVeldasim)
