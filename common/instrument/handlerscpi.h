@@ -117,6 +117,7 @@ public:
     int set_channel(unsigned channel); ///< 0 to 4, made current before it is sent; above: -1 and nothing is sent
     int set_rf_onoff(OnOff state);
     int set_power_on_restore(bool automatic); ///< always 0
+    int takePowerOnRestore(bool automatic);   ///< the same, with the module's answer
     int set_trig_impedance(unsigned ohms);    ///< 50, anything else is sent as 10K
     int setTrigger();
     int setRunMode(bool continuous);

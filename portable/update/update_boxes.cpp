@@ -16,7 +16,6 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int LongestWord = 40;
-constexpr int LongestText = 40;
 
 /// A path has no blanks to wrap at: it may be broken behind a slash, and a long name anywhere.
 QString breakable(const QString& text) {
@@ -84,11 +83,6 @@ void UpdateBoxes::runAside(const QString& text, const std::function<void()>& wor
     wait.run();
     dialog.run();
     thread->wait();
-}
-
-QString shortened(const QString& text) {
-    const QString line = text.left(10 * LongestText).simplified();
-    return line.size() <= LongestText ? line : line.left(LongestText - 3) + QStringLiteral("...");
 }
 
 } // namespace Kavor::HandheldGui
