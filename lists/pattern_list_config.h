@@ -23,6 +23,7 @@ public:
     QString cellText(int row, int column) const override;
     bool getEditRequest(int row, int column, ListEditRequest& request) const override;
     bool applyEdit(const ListEditRequest& request, const ListEditValue& value, QString& error) override;
+    QString cellProblem(int row, int column) const override;
 
     /// The limits that the next edits and new steps get; present steps stay as they are.
     void setLimits(const PatternListLimits& limits) { m_limits = limits; }

@@ -21,6 +21,7 @@ public:
     bool deleteRow(int row, QString& error) override;
     QJsonArray toJson() const override;
     bool fromJson(const QJsonArray& steps, QString& error) override;
+    quint64 fingerprint() const override;
 
     /// Null outside the list.
     Point* pointAt(int row) const;

@@ -203,7 +203,7 @@ void systemStops(Guide& g) {
     setup.readNetwork = [] {
         NetworkFacts facts;
         facts.hostName = "velda-handheld-signal-generator-000101-laboratory-3-bench-twelve";
-        facts.interfaces = {{false, "00:1B:44:11:3A:B7", {{"192.168.100.150", "255.255.255.0"}}}};
+        facts.interfaces = {{false, "00:1B:44:11:3A:B7", {{"192.168.100.150", "255.255.255.0"}}, "eth0", true}};
         return facts;
     };
     g.start(setup);

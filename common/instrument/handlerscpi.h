@@ -42,7 +42,8 @@ public:
     // Output, run mode, trigger
 
     [[nodiscard]] int set_rf_onoff(OnOff state);
-    int set_power_on_restore(bool automatic); ///< always 0
+    int set_power_on_restore(bool automatic);             ///< always 0
+    [[nodiscard]] int takePowerOnRestore(bool automatic); ///< the same, with the module's answer
     int setTrigger();
     int setRunMode(bool continuous);
 

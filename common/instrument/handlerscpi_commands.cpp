@@ -70,8 +70,12 @@ int EventHandler::set_rf_onoff(OnOff state) {
 }
 
 int EventHandler::set_power_on_restore(bool automatic) {
-    sendOnly(Scpi::PowerOnRestore, automatic ? "AUTO" : "MANUAL");
+    static_cast<void>(takePowerOnRestore(automatic));
     return 0;
+}
+
+int EventHandler::takePowerOnRestore(bool automatic) {
+    return sendOnly(Scpi::PowerOnRestore, automatic ? "AUTO" : "MANUAL");
 }
 
 int EventHandler::set_trig_impedance(unsigned ohms) {

@@ -234,8 +234,11 @@ void ValueEntry::takeRefusedBack() {
     showValue(m_field.model.value());
     if (m_field.restoredDecimals < 0)
         return;
+    const double restored = m_field.edit->text().toDouble();
+    const QString text = QString::number(restored, 'f', m_field.restoredDecimals);
     const QSignalBlocker quiet(m_field.edit);
-    m_field.edit->setText(QString::number(m_field.edit->text().toDouble(), 'f', m_field.restoredDecimals));
+    if (text.toDouble() == restored)
+        m_field.edit->setText(text);
 }
 
 } // namespace Kavor::HandheldGui

@@ -51,7 +51,7 @@ struct ValueField {
     translations row = translations::GHzToHz;
     int timeUnits = 3;         ///< Time: how many units are offered, from ns up
     int decimals = 0;          ///< Power and bare numbers: decimals shown
-    int restoredDecimals = -1; ///< Time: decimals of the value that takes the place of a refused one; -1: as ever
+    int restoredDecimals = -1; ///< Time: fewest decimals of the value that takes a refused one's place; -1: as ever
     int mostDecimals = 0;      ///< bare numbers: shown when the value needs them; no fewer than decimals
     bool namedInRange = true;  ///< not bare numbers: whether the range message names the value
     bool whole = false;        ///< a count; the entry is truncated to a whole number

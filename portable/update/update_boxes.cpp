@@ -17,7 +17,6 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int LongestWord = 40;
-constexpr int LongestText = 40;
 
 void show(QWidget* parent, DialogKind kind, const QString& title, const QString& text) {
     QMessageBox box(parent);
@@ -71,11 +70,6 @@ void UpdateBoxes::runAside(const QString& text, const std::function<void()>& wor
     wait.run();
     dialog.run();
     thread->wait();
-}
-
-QString shortened(const QString& text) {
-    const QString line = text.left(10 * LongestText).simplified();
-    return line.size() <= LongestText ? line : line.left(LongestText - 3) + QStringLiteral("...");
 }
 
 } // namespace Kavor::HandheldGui
