@@ -72,12 +72,12 @@ bool FrequencyListConfig::getEditRequest(int row, int column, ListEditRequest& r
     switch (column) {
     case FrequencyColumn:
         request.unit = QString::fromStdString(point.frequencyUnit);
-        request.text = QString::number(point.frequency, 'f', unitPrecision(UnitQuantity::Frequency, request.unit));
+        request.text = plainNumber(point.frequency);
         request.options = unitNames(UnitQuantity::Frequency);
         break;
     case PowerColumn:
         request.unit = QString::fromStdString(point.powerUnit);
-        request.text = QString::number(point.power, 'g', 6);
+        request.text = plainNumber(point.power);
         request.options = unitNames(UnitQuantity::Power);
         request.min = m_limits.minPower;
         request.max = m_limits.maxPower;
@@ -85,7 +85,7 @@ bool FrequencyListConfig::getEditRequest(int row, int column, ListEditRequest& r
         break;
     case DwellColumn:
         request.unit = QString::fromStdString(point.dwellUnit);
-        request.text = QString::number(point.dwell, 'f', unitPrecision(UnitQuantity::Time, request.unit));
+        request.text = plainNumber(point.dwell);
         request.options = unitNames(UnitQuantity::Time);
         request.min = m_limits.minDwell;
         request.max = m_limits.maxDwell;

@@ -91,7 +91,7 @@ bool PatternListConfig::getEditRequest(int row, int column, ListEditRequest& req
         return true;
     }
     const TimeField time = timeField(column);
-    request.text = QString::number(point.*time.value, 'g', 6);
+    request.text = plainNumber(point.*time.value);
     request.unit = QString::fromStdString(point.*time.unit);
     request.options = unitNames(UnitQuantity::Time);
     return true;

@@ -3,6 +3,8 @@
 #include "values/normalize.h"
 #include "values/units.h"
 
+#include <QLocale>
+
 namespace {
 
 QString formatIn(UnitQuantity quantity, double value, const std::string& unit) {
@@ -21,6 +23,10 @@ QString formatNumber(double value, int decimals) {
             text.chop(1);
     }
     return text;
+}
+
+QString plainNumber(double value) {
+    return QString::number(value, 'f', QLocale::FloatingPointShortest);
 }
 
 QString formatFrequency(double value, const std::string& unit) {
