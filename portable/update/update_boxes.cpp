@@ -1,12 +1,8 @@
 #include "portable/update/update_boxes.h"
 
 #include "portable/update/update_dialog.h"
-#include "portable/widgets/dialogs.h"
-#include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/boxes.h"
 
-#include <QLabel>
-#include <QLayout>
-#include <QMessageBox>
 #include <QThread>
 #include <QTimer>
 #include <memory>
@@ -15,41 +11,8 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int LongestWord = 40;
 constexpr int LongestText = 40;
-
-/// A path has no blanks to wrap at: it may be broken behind a slash, and a long name anywhere.
-QString breakable(const QString& text) {
-    QString broken;
-    int run = 0;
-    for (const QChar c : text) {
-        broken += c;
-        const bool ends = c.isSpace() || c == QLatin1Char('/');
-        run = ends ? 0 : run + 1;
-        if (c == QLatin1Char('/') || run >= LongestWord)
-            broken += QChar(0x200B);
-    }
-    return broken;
-}
-
-void show(QWidget* parent, DialogKind kind, const QString& title, const QString& text) {
-    QMessageBox box(parent);
-    box.setObjectName(QStringLiteral("updateBox"));
-    box.setWindowTitle(title);
-    box.setTextFormat(Qt::PlainText); // a path is what it is
-    box.setText(breakable(text));
-    box.setStandardButtons(QMessageBox::Ok);
-    box.setDefaultButton(QMessageBox::Ok);
-    dressBox(box, WideBoxText);
-    // A frameless box shows no title of its own. The place of a menu bar is the one above a layout.
-    auto* heading = new QLabel(title, &box);
-    heading->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
-    heading->setFixedHeight(64);
-    const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
-    heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));
-    box.layout()->setMenuBar(heading);
-    DialogRunner::current().run(box, kind, text);
-}
+const QString BoxName = QStringLiteral("updateBox");
 
 } // namespace
 
@@ -66,11 +29,11 @@ void ShortWait::end() {
 }
 
 void UpdateBoxes::failure(const QString& text) const {
-    show(m_parent, DialogKind::Critical, m_title, text);
+    tellInBox(m_parent, DialogKind::Critical, {BoxName, m_title, text, {}});
 }
 
 void UpdateBoxes::information(const QString& text) const {
-    show(m_parent, DialogKind::Information, m_title, text);
+    tellInBox(m_parent, DialogKind::Information, {BoxName, m_title, text, {}});
 }
 
 void UpdateBoxes::runAside(const QString& text, const std::function<void()>& work) const {

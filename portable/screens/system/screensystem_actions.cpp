@@ -5,7 +5,7 @@
 #include "portable/screens/system/listcfg.h"
 #include "portable/screens/system/screensystem.h"
 #include "portable/screens/system/system_ops.h"
-#include "portable/widgets/dialogs.h"
+#include "portable/widgets/boxes.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/vkeyboard.h"
 
@@ -52,7 +52,7 @@ void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
 }
 
 void systemScreen::onPresetButton() {
-    if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
+    if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?"), {}, Answer::Destroys))
         return;
     end(doPreset(&handler(), m_page, handler().channelCount()), true);
 }
@@ -66,7 +66,7 @@ void systemScreen::onMsgLoadCfgList(const QString& file) {
 
 void systemScreen::onMsgDeleteCfgList(const QString& file) {
     const QString name = cfgList::bareName(file);
-    if (!confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name)))
+    if (!confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name), {}, Answer::Destroys))
         return;
     end(doErase(&handler(), m_page, name), false);
 }
