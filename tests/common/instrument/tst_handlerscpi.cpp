@@ -67,7 +67,7 @@ private slots:
         QCOMPARE(call(*f.handler), 0);
         f.fillWithNonsense();
         f.service.answerWith("-ERR 3, busy\r\n");
-        expectMessage("^\\[SCPI\\] write failed: -ERR 3, busy$");
+        expectMessage("^\\[SCPI\\] write failed: -ERR 3, busy to ");
         QCOMPARE(call(*f.handler), -1);
     }
 
@@ -150,6 +150,7 @@ private slots:
         QCOMPARE(f.handler->getModelInternalInf(), std::string("A,1,2"));
         QCOMPARE(f.service.lines, QList<QByteArray>{":INT:INF:DEV:ARCH? "});
         f.service.answerWith("-ERR\r\n");
+        expectMessage("query refused: -ERR to ");
         QCOMPARE(f.handler->getModelInternalInf(), std::string("NMX4000A,20000,1,usb,2001,168c,benchtop"));
     }
 };
