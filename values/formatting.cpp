@@ -14,8 +14,14 @@ QString formatIn(UnitQuantity quantity, double value, const std::string& unit) {
 
 } // namespace
 
+QString fixedNumber(double value, int decimals) {
+    const QString text = QString::number(value, 'f', decimals);
+    const bool minusNothing = text.startsWith(QLatin1Char('-')) && text.toDouble() == 0;
+    return minusNothing ? text.mid(1) : text;
+}
+
 QString formatNumber(double value, int decimals) {
-    QString text = QString::number(value, 'f', decimals);
+    QString text = fixedNumber(value, decimals);
     if (text.contains(QLatin1Char('.'))) {
         while (text.endsWith(QLatin1Char('0')))
             text.chop(1);
@@ -26,7 +32,7 @@ QString formatNumber(double value, int decimals) {
 }
 
 QString plainNumber(double value) {
-    return QString::number(value, 'f', QLocale::FloatingPointShortest);
+    return fixedNumber(value, QLocale::FloatingPointShortest);
 }
 
 QString formatFrequency(double value, const std::string& unit) {

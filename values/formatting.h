@@ -8,6 +8,9 @@
 /// "", "-" and "." pass, which parseDouble then refuses.
 inline const QRegularExpression kNumericRe(QStringLiteral("^-?[0-9]*\\.?[0-9]*$"));
 
+/// The value with so many decimals, zeros kept; a zero has no sign.
+QString fixedNumber(double value, int decimals);
+
 /// The value with at most so many decimals, without trailing zeros: 1.5, 2, 100.
 QString formatNumber(double value, int decimals);
 

@@ -24,11 +24,11 @@ constexpr double Unlimited = std::numeric_limits<double>::max();
 /// number that the module does not hold.
 QString plainText(double value, int decimals, int mostDecimals) {
     for (int d = decimals; d < mostDecimals; ++d) {
-        const QString text = QString::number(value, 'f', d);
+        const QString text = fixedNumber(value, d);
         if (qFuzzyCompare(1.0 + text.toDouble(), 1.0 + value))
             return text;
     }
-    return QString::number(value, 'f', qMax(decimals, mostDecimals));
+    return fixedNumber(value, qMax(decimals, mostDecimals));
 }
 
 QString limitText(double limit, bool whole) {
@@ -53,6 +53,7 @@ ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field
     m_field.edit->setStyleSheet(m_field.editStyle);
     m_field.edit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_field.edit->setMessageSink(host.toast());
+    m_field.edit->setRangeText([this] { return rangeText(); });
     if (m_field.unit)
         m_field.edit->setUnitBox(m_field.unit);
     if (ToastOverlay* toast = host.toast())
@@ -110,6 +111,7 @@ bool ValueEntry::enter(double value) {
     clearRefusal();
     double canonical = value;
     if (!normalise(value, canonical)) {
+        showWhatIsWrong(canonical);
         refuse();
         return false;
     }
@@ -158,6 +160,38 @@ bool ValueEntry::normalise(double value, double& canonical) {
     return false;
 }
 
+QString ValueEntry::rangeText() const {
+    const ValueLimits limits = m_field.model.limits();
+    if (!limits.known())
+        return QString();
+    const auto text = [this](double limit) {
+        switch (m_field.kind) {
+        case ValueField::Kind::Frequency:
+            return formatFrequency(limit, "Hz");
+        case ValueField::Kind::Time:
+            return formatTime(limit, "ns");
+        case ValueField::Kind::Power:
+            return formatNumber(limit, m_field.decimals) + QStringLiteral(" dBm");
+        default:
+            return plainNumber(limit);
+        }
+    };
+    return QStringLiteral("%1 to %2").arg(text(limits.minimum), text(limits.maximum));
+}
+
+/// An entry that is too large by digits that are not on show would look like the limit itself.
+void ValueEntry::showWhatIsWrong(double entered) {
+    const int index = m_field.unit ? m_field.unit->currentIndex() : 0;
+    const double scale = m_field.kind == ValueField::Kind::Frequency ? kScale[static_cast<int>(m_field.row)][index]
+                         : m_field.kind == ValueField::Kind::Time    ? timeScales[index]
+                                                                     : 1;
+    double shown = 0;
+    if (!parseDouble(m_field.edit->text(), shown) || !m_field.model.limits().contains(timesPowerOfTen(shown, scale)))
+        return;
+    const QSignalBlocker quiet(m_field.edit);
+    m_field.edit->setText(plainNumber(entered / scale));
+}
+
 ShownEntry ValueEntry::shownFor(double canonical) const {
     const int units = m_field.unit ? m_field.unit->count() : 0;
     switch (m_field.kind) {
@@ -166,7 +200,7 @@ ShownEntry ValueEntry::shownFor(double canonical) const {
     case ValueField::Kind::Time:
         return shownTime(canonical, units);
     case ValueField::Kind::Power:
-        return {QString::number(canonical, 'f', m_field.decimals), 0};
+        return {fixedNumber(canonical, m_field.decimals), 0};
     default:
         return {plainText(canonical, m_field.decimals, m_field.mostDecimals), 0};
     }

@@ -95,6 +95,8 @@ private:
     bool take(double canonical);
     ShownEntry shownFor(double canonical) const;
     bool shows(const ShownEntry& shown) const;
+    QString rangeText() const;
+    void showWhatIsWrong(double entered);
     void showValue(double canonical);
     void refuse();
     void clearRefusal();

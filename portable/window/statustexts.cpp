@@ -1,6 +1,8 @@
 #include "portable/window/statustexts.h"
 
 #include "common/wire/scpi_words.h"
+#include "values/formatting.h"
+#include "values/units.h"
 
 #include <QStringList>
 #include <array>
@@ -11,15 +13,6 @@ namespace {
 
 constexpr int Modulations = static_cast<int>(ModulationNames.size());
 constexpr int LongestMessage = 127;
-
-struct UnitFormat {
-    const char* unit;
-    double factor; // hertz to unit
-    int decimals;
-};
-
-constexpr std::array<UnitFormat, 4> UnitFormats{
-    {{"GHz", 1e-9, 12}, {"MHz", 1e-6, 9}, {"KHz", 0.001, 6}, {"Hz", 1.0, 3}}};
 
 int lowestBit(int mask) {
     for (int bit = 0; bit < Modulations; ++bit) {
@@ -32,16 +25,14 @@ int lowestBit(int mask) {
 } // namespace
 
 QString statusFrequencyText(double hertz, const QString& unit) {
-    QString number;
-    for (const UnitFormat& format : UnitFormats) {
-        if (unit == QLatin1String(format.unit))
-            number = QString::number(hertz * format.factor, 'f', format.decimals);
-    }
+    double value = 0;
+    const bool known = canonicalToUnit(UnitQuantity::Frequency, hertz, unit, value);
+    const QString number = known ? fixedNumber(value, unitPrecision(UnitQuantity::Frequency, unit)) : QString();
     return QStringLiteral("  Frequency: ") + number + QLatin1Char(' ') + unit;
 }
 
 QString statusPowerText(double dbm) {
-    return QStringLiteral("Power: ") + QString::number(dbm, 'f', 2) + QStringLiteral(" dBm");
+    return QStringLiteral("Power: ") + fixedNumber(dbm, 2) + QStringLiteral(" dBm");
 }
 
 QString statusModeText(unsigned mask, const QString& modeText) {

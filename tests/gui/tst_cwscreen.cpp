@@ -47,6 +47,8 @@ private slots:
         addRow("power", none, "cwPower", "-7.5", "keyEnter", ":POW -7.5000", "-7.50", none, none);
         addRow("power out of range", none, "cwPower", "90", "keyEnter", none, "90.00", none,
                "Valid CW Power  range: -60 dBm to 20 dBm");
+        addRow("power out of range by digits that do not show", none, "cwPower", "20.004", "keyEnter", none, "20.004",
+               none, "Valid CW Power  range: -60 dBm to 20 dBm");
         addRow("no voltage", none, "cwPower", "0", "keyUnit3", none, "-10.00", none,
                "mV and µV values must be greater than zero");
         addRow("phase", none, "cwPhase", "12.5", "keyEnter", ":PHAS 12.500", "12.500", none, none);
