@@ -108,7 +108,7 @@ private:
     QWidget* onTop() {
         if (QWidget* popup = QApplication::activePopupWidget())
             return popup;
-        QWidget* modal = QApplication::activeModalWidget();
+        QWidget* modal = DialogRunner::topmost();
         if (modal != m_dialog) {
             m_dialog = modal;
             m_tapsInDialog = 0;
@@ -127,7 +127,7 @@ private:
         for (QWidget* widget : window->findChildren<QWidget*>()) {
             const bool viewport = widget->parentWidget() && qobject_cast<QAbstractItemView*>(widget->parentWidget()) &&
                                   !qobject_cast<QScrollBar*>(widget);
-            if (widget->isVisible() && widget->isEnabled() && widget->window() == window &&
+            if (widget->isVisible() && widget->isEnabled() && widget->window() == window->window() &&
                 (viewport || qobject_cast<QAbstractButton*>(widget) || qobject_cast<ValueEdit*>(widget) ||
                  qobject_cast<QComboBox*>(widget)))
                 targets << widget;
@@ -185,11 +185,11 @@ private:
     /// All is left by its own means before the end: dialogs by their buttons, waits by their time-outs.
     void finish() {
         m_panel.module().clearFaults();
-        if (!QApplication::activeModalWidget() && !m_panel.handler().isWaiting()) {
+        if (!DialogRunner::anyOpen() && !m_panel.handler().isWaiting()) {
             QApplication::quit();
             return;
         }
-        if (QApplication::activeModalWidget())
+        if (DialogRunner::anyOpen())
             tap();
         QTimer::singleShot(5, this, &Soak::finish);
     }

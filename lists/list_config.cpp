@@ -1,5 +1,7 @@
 #include "lists/list_config.h"
 
+#include "values/formatting.h"
+
 #include <QLocale>
 #include <limits>
 
@@ -45,7 +47,7 @@ bool IListConfig::isOutside(double minimum, double maximum, double value) {
 
 QString IListConfig::editText(double value, const QString& usual) {
     const bool isExact = !usual.contains(QLatin1Char('e')) && usual.toDouble() == value;
-    return isExact ? usual : QString::number(value, 'f', QLocale::FloatingPointShortest);
+    return isExact ? usual : plainNumber(value);
 }
 
 bool IListConfig::fail(QString& error, const char* sentence) {

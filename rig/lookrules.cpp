@@ -7,6 +7,7 @@
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,6 +25,14 @@ using namespace Kavor::HandheldGui;
 namespace {
 
 constexpr int FewestTextPixels = 3; // fewer of one colour are the rim of something else
+
+// The window, or the dialog inside it, that a widget is part of.
+const QWidget* surfaceOf(const QWidget& widget) {
+    const QWidget* surface = &widget;
+    while (!surface->isWindow() && !qobject_cast<const QDialog*>(surface))
+        surface = surface->parentWidget();
+    return surface;
+}
 
 QString shownText(const QWidget& widget) {
     if (const auto* key = qobject_cast<const VKButton*>(&widget))
@@ -216,7 +225,7 @@ void LookRules::look(const PanelTour::Stop& stop) {
     const QWidget& window = *stop.shown;
     m_origin = stop.origin;
     for (const QWidget* widget : window.findChildren<QWidget*>()) {
-        if (!widget->isVisible() || widget->window() != &window)
+        if (!widget->isVisible() || surfaceOf(*widget) != &window)
             continue;
         const QRect place(widget->mapTo(&window, QPoint()), widget->size());
         if (hasContent(*widget)) {
@@ -320,7 +329,7 @@ void LookRules::lookAtTable(const QAbstractItemView& view, const QRect& place) {
 void LookRules::lookAtDistances(const QWidget& window) {
     std::vector<const QWidget*> contents;
     for (const QWidget* widget : window.findChildren<QWidget*>()) {
-        if (widget->isVisible() && widget->window() == &window && hasContent(*widget))
+        if (widget->isVisible() && surfaceOf(*widget) == &window && hasContent(*widget))
             contents.push_back(widget);
     }
     const auto placeOf = [&window](const QWidget& widget) {

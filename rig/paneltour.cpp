@@ -7,6 +7,7 @@
 #include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/boxes.h"
 #include "rig/panelfixture.h"
 #include "rig/updatestick.h"
 

@@ -3,6 +3,8 @@
 #include "values/normalize.h"
 #include "values/units.h"
 
+#include <QLocale>
+
 namespace {
 
 QString formatIn(UnitQuantity quantity, double value, const std::string& unit) {
@@ -12,8 +14,14 @@ QString formatIn(UnitQuantity quantity, double value, const std::string& unit) {
 
 } // namespace
 
+QString fixedNumber(double value, int decimals) {
+    const QString text = QString::number(value, 'f', decimals);
+    const bool minusNothing = text.startsWith(QLatin1Char('-')) && text.toDouble() == 0;
+    return minusNothing ? text.mid(1) : text;
+}
+
 QString formatNumber(double value, int decimals) {
-    QString text = QString::number(value, 'f', decimals);
+    QString text = fixedNumber(value, decimals);
     if (text.contains(QLatin1Char('.'))) {
         while (text.endsWith(QLatin1Char('0')))
             text.chop(1);
@@ -21,6 +29,10 @@ QString formatNumber(double value, int decimals) {
             text.chop(1);
     }
     return text;
+}
+
+QString plainNumber(double value) {
+    return fixedNumber(value, QLocale::FloatingPointShortest);
 }
 
 QString formatFrequency(double value, const std::string& unit) {

@@ -8,8 +8,14 @@
 /// "", "-" and "." pass, which parseDouble then refuses.
 inline const QRegularExpression kNumericRe(QStringLiteral("^-?[0-9]*\\.?[0-9]*$"));
 
+/// The value with so many decimals, zeros kept; a zero has no sign.
+QString fixedNumber(double value, int decimals);
+
 /// The value with at most so many decimals, without trailing zeros: 1.5, 2, 100.
 QString formatNumber(double value, int decimals);
+
+/// The shortest text that stands for the very value, without an exponent: 1234567, -0.0000001.
+QString plainNumber(double value);
 
 /// Number, one blank, unit: the frequency in the largest unit that keeps it at 1 or more, to a millihertz. A unit that
 /// is no frequency unit counts as hertz.

@@ -1,5 +1,8 @@
 #include "values/units.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace {
@@ -84,6 +87,22 @@ int unitMinOrder(UnitQuantity quantity, const QString& unit) {
     return -unitPrecision(quantity, unit);
 }
 
+double timesPowerOfTen(double value, double factor) {
+    if (!std::isfinite(value) || value == 0 || factor == 1)
+        return value * factor;
+    std::array<char, 40> text;
+    char* const end =
+        std::to_chars(text.data(), text.data() + text.size() - 8, value, std::chars_format::scientific).ptr;
+    char* const mark = std::find(text.data(), end, 'e');
+    int exponent = 0;
+    std::from_chars(mark[1] == '+' ? mark + 2 : mark + 1, end, exponent);
+    exponent += static_cast<int>(std::lround(std::log10(factor)));
+    char* const last = std::to_chars(mark + 1, text.data() + text.size(), exponent).ptr;
+    double product = value * factor; // stays where the text is no double
+    std::from_chars(text.data(), last, product);
+    return product;
+}
+
 bool unitToCanonical(UnitQuantity quantity, double value, const QString& unit, double& out) {
     out = value;
     if (quantity == UnitQuantity::Power)
@@ -93,7 +112,7 @@ bool unitToCanonical(UnitQuantity quantity, double value, const QString& unit, d
     const UnitRow* row = findScaled(quantity, unit);
     if (!row)
         return false;
-    out = value * row->factor;
+    out = timesPowerOfTen(value, row->factor);
     return true;
 }
 

@@ -38,6 +38,10 @@ int unitDisplayPrecision(UnitQuantity quantity, const QString& unit);
 /// Power of ten of the smallest step that can be entered in this unit.
 int unitMinOrder(UnitQuantity quantity, const QString& unit);
 
+/// The double that is nearest to the product of the decimal number that the value stands for: 1e-7 in MHz is 0.1 Hz,
+/// and not a little less. factor: 1 or a power of ten above it.
+double timesPowerOfTen(double value, double factor);
+
 /// Converts a value of a unit into hertz, nanoseconds or dBm. Unitless takes the empty unit only. False, with out equal
 /// to value, for a unit that the quantity does not know and for a voltage that is not above zero.
 [[nodiscard]] bool unitToCanonical(UnitQuantity quantity, double value, const QString& unit, double& out);

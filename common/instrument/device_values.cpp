@@ -2,6 +2,7 @@
 
 #include "common/wire/scpi_words.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -80,7 +81,9 @@ std::string fixedText(double number, int decimals) {
     // 309 digits, sign, point and ten decimals are the longest that a double can need.
     std::array<char, 336> text;
     const auto end = std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals);
-    return std::string(text.data(), end.ptr);
+    const bool minusNothing =
+        text[0] == '-' && std::all_of(text.data() + 1, end.ptr, [](char c) { return c == '0' || c == '.'; });
+    return std::string(text.data() + (minusNothing ? 1 : 0), end.ptr);
 }
 
 std::string wireText(const DeviceValue& item, double value) {

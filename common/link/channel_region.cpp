@@ -21,6 +21,7 @@ ChannelRegion::~ChannelRegion() {
     munmap(base, m_channels);
     if (m_size > pageSize)
         munmap(static_cast<char*>(base) + pageSize, m_size - pageSize);
+    close(m_descriptor);
 }
 
 bool ChannelRegion::follow() {
@@ -43,7 +44,7 @@ bool ChannelRegion::follow() {
     } else {
         m_present = false;
     }
-    if (descriptor >= 0)
+    if (descriptor >= 0 && descriptor != m_descriptor)
         close(descriptor);
     return changed;
 }
@@ -57,21 +58,29 @@ void ChannelRegion::map(int descriptor, std::size_t size) {
     if (channels == 0 || channels > MaxChannels)
         return;
     void* base = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
-    if (base != MAP_FAILED)
-        m_base = static_cast<const char*>(base);
-    else
+    if (base == MAP_FAILED) {
         m_inode = 0; // tried again at the next use
+        return;
+    }
+    m_base = static_cast<const char*>(base);
+    m_descriptor = descriptor;
 }
 
 void ChannelRegion::unmap() {
-    if (m_base != nullptr)
-        munmap(const_cast<char*>(m_base), m_size);
+    if (m_base == nullptr)
+        return;
+    munmap(const_cast<char*>(m_base), m_size);
+    close(m_descriptor);
     m_base = nullptr;
+    m_descriptor = -1;
 }
 
-void ChannelRegion::read(unsigned channel, std::size_t offset, void* to, std::size_t size) const {
-    if (holds(channel) && offset <= ChannelRecordSize && size <= ChannelRecordSize - offset)
-        std::memcpy(to, m_base + channel * ChannelRecordSize + offset, size);
-    else
-        std::memset(to, 0, size);
+bool ChannelRegion::read(unsigned channel, std::size_t offset, void* to, std::size_t size) const {
+    if (holds(channel) && offset <= ChannelRecordSize && size <= ChannelRecordSize - offset) {
+        const auto place = static_cast<off_t>(channel * ChannelRecordSize + offset);
+        if (pread(m_descriptor, to, size, place) == static_cast<ssize_t>(size))
+            return true;
+    }
+    std::memset(to, 0, size);
+    return false;
 }

@@ -7,7 +7,9 @@
 #include <sys/types.h>
 
 /// The shared-memory region in which the module's service publishes one ChannelRecord per channel. It is mapped
-/// read-only and follows the service: a region that was made anew or changed its size is mapped again.
+/// read-only and follows the service: a region that was made anew or changed its size is mapped again. What is read
+/// comes through the region's descriptor: a service that cuts its region at that very moment would make a bus error of
+/// a touch of the mapping.
 ///
 /// A region of less than one record counts as missing, one of more than four records is refused. Neither is ever read.
 /// When the name has gone, the last mapping stays readable: it is the last that the module was known to be.
@@ -34,8 +36,9 @@ public:
 
     bool holds(unsigned channel) const { return isUsable() && channel < m_channels; }
 
-    /// Copies bytes of a channel's record, zeros where the region holds no such channel or the range leaves the record.
-    void read(unsigned channel, std::size_t offset, void* to, std::size_t size) const;
+    /// Copies bytes of a channel's record. False, and zeros, where the region holds no such channel, the range leaves
+    /// the record, or the region has been cut meanwhile. One system call.
+    bool read(unsigned channel, std::size_t offset, void* to, std::size_t size) const;
 
 private:
     void map(int descriptor, std::size_t size);
@@ -43,6 +46,7 @@ private:
 
     std::string m_name;
     const char* m_base = nullptr;
+    int m_descriptor = -1; ///< of what is mapped
     std::size_t m_size = 0;
     dev_t m_device = 0;
     ino_t m_inode = 0;

@@ -59,6 +59,7 @@ int InstrumentLink::init_channel() {
         return -1;
     }
     takeSnapshot();
+    m_moduleConnected = isModuleConnected(); // at the start it is the panel that says so
     return 0;
 }
 
@@ -79,9 +80,12 @@ int InstrumentLink::revert_preset(int channel) {
     }
     m_lossReported = false;
     const auto index = static_cast<unsigned>(channel);
-    if (m_region.holds(index)) {
-        m_region.read(index, 0, &m_snapshot[index], ChannelRecordSize);
-        terminateTexts(m_snapshot[index]);
+    // Of a region that is cut meanwhile the last record stays.
+    ChannelRecord record;
+    if (m_region.read(index, 0, &record, sizeof record)) {
+        terminateTexts(record);
+        m_snapshot[index] = record;
+        noteModule();
     }
     return 0;
 }
@@ -119,6 +123,21 @@ void InstrumentLink::takeSnapshot() {
     }
 }
 
+void InstrumentLink::noteModule() {
+    const bool connected = isModuleConnected();
+    if (connected == m_moduleConnected)
+        return;
+    m_moduleConnected = connected;
+    if (!connected)
+        qCWarning(lcScpi) << "[SCPI] the module of channel" << m_channel << "is not connected any more";
+    emit moduleConnectedChanged(connected);
+}
+
+void InstrumentLink::selectChannel(unsigned channel) {
+    m_channel = channel;
+    greet();
+}
+
 void InstrumentLink::fetchBytes(void* cachedField, std::size_t size) {
     followRegion();
     const auto offset = static_cast<char*>(cachedField) - reinterpret_cast<char*>(&m_snapshot[m_channel]);
@@ -134,10 +153,20 @@ ChannelRecord InstrumentLink::peekRecord() {
 
 // A region that was made anew is another state of the module, so the whole snapshot is taken again.
 void InstrumentLink::followRegion() {
-    if (!m_region.follow())
+    const auto isThere = [this] {
+        return m_region.isUsable() && m_region.isPresent();
+    };
+    const bool wasThere = isThere();
+    const bool changed = m_region.follow();
+    if (wasThere && !isThere())
+        qCWarning(lcScpi) << "[SCPI] the module's region is gone, or of no usable size any more";
+    if (!changed)
         return;
+    if (wasThere && isThere())
+        qCWarning(lcScpi) << "[SCPI] the module's region was made anew or resized";
     if (m_region.isUsable())
         takeSnapshot();
+    noteModule();
     QMetaObject::invokeMethod(this, &InstrumentLink::updateLink, Qt::QueuedConnection);
 }
 

@@ -77,6 +77,9 @@ public:
     /// The service has answered, if only with a refusal, since a command last timed out.
     bool isAnswering() const { return m_answering; }
 
+    /// The connected word of the snapshot's current channel. True without a record: then the link is what is missing.
+    bool isModuleConnected() const { return snapshot().connected != 0 || !holdsCurrentChannel(); }
+
 signals:
     void linkChanged(bool up);
 
@@ -85,6 +88,8 @@ signals:
     /// A command got no answer in time. Before its send operation returns.
     void timedOut();
     void answeringChanged(bool answering);
+    /// The connected word has changed since the last look at the record.
+    void moduleConnectedChanged(bool connected);
 
 protected:
     InstrumentLink(const InstrumentSettings& settings, QObject* parent);
@@ -93,7 +98,8 @@ protected:
     bool lastTimedOut() const { return m_lastTimedOut; }
 
     /// Makes a channel current; up to 4, one more than a region can hold and always a record of zeros.
-    void selectChannel(unsigned channel) { m_channel = channel; }
+    /// The module is told by whoever calls, and again after each reconnection.
+    void selectChannel(unsigned channel);
 
     /// Copies a field of the current channel from the region into its place in the snapshot, which must be a part of
     /// cachedRecord(), and returns it there. Texts end with NUL.
@@ -133,6 +139,8 @@ private:
     Answer await(bool isQuery, const QByteArray& message, int timeoutMs);
     void updateLink();
     void noteAnswer(const Answer& answer);
+    void noteModule();
+    void greet();
 
     const InstrumentSettings m_settings;
     QHostAddress m_address;
@@ -147,6 +155,8 @@ private:
     QTimer m_linkWatch;
     bool m_linkUp = false;
     bool m_lossReported = false;
+    bool m_lackReported = false; ///< of a client, since there was one
+    bool m_moduleConnected = true;
     bool m_answering = true;
     bool m_lastTimedOut = false;
     int m_waits = 0;

@@ -14,8 +14,10 @@
 
 namespace {
 
-// A block reply can hold megabytes; a log line needs the beginning of it.
+// A block can hold megabytes; a log line needs the beginning of it.
 constexpr std::size_t LoggedReply = 256;
+constexpr std::size_t LoggedCommand = 256;
+constexpr int LoggedData = 64;
 
 } // namespace
 
@@ -25,11 +27,20 @@ void InstrumentLink::startClient(quint16 port) {
     m_client = new ScpiClient(m_address, port, nullptr);
     m_client->setRetryDelays(m_settings.retryFirstMs, m_settings.retryMs);
     m_client->moveToThread(m_clientThread);
+    m_lackReported = false;
+    greet();
     connect(m_clientThread, &QThread::started, m_client, &ScpiClient::start);
     connect(m_clientThread, &QThread::finished, m_client, &QObject::deleteLater);
     connect(m_client, &ScpiClient::connected, this, &InstrumentLink::updateLink);
     connect(m_client, &ScpiClient::disconnected, this, &InstrumentLink::updateLink);
     m_clientThread->start();
+}
+
+// A service that has come back may have the first channel selected.
+void InstrumentLink::greet() {
+    if (m_client != nullptr)
+        m_client->setGreeting(m_channel == 0 ? QByteArray() : Scpi::SelectChannel + QByteArray::number(m_channel),
+                              m_settings.commandTimeoutMs);
 }
 
 void InstrumentLink::stopClient() {
@@ -102,12 +113,19 @@ void InstrumentLink::noteAnswer(const Answer& answer) {
     const bool answered = answer.status == 0 || answer.error.startsWith(QLatin1String(Scpi::Refusal));
     if (missing == m_answering && (missing || answered)) {
         m_answering = !missing;
+        if (missing)
+            qCWarning(lcScpi) << "[SCPI] the service does not answer";
         emit answeringChanged(m_answering);
     }
 }
 
 int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArray data, bool binary) {
     followService();
+    if (m_client == nullptr && !m_lackReported) {
+        m_lackReported = true;
+        qCWarning(lcScpi).noquote() << "[SCPI] not sent, there is no client:"
+                                    << command.substr(0, LoggedCommand).c_str();
+    }
     if (m_client == nullptr || m_waits >= MaxNestedWaits)
         return -1;
     if (binary) {
@@ -122,21 +140,27 @@ int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArra
     const bool isQuery = command.find('?') != std::string::npos;
     Answer answer = await(isQuery, QByteArray::fromStdString(command), m_settings.commandTimeoutMs);
     if (isQuery) {
-        if (answer.status != 0)
+        if (answer.status != 0) {
+            // What gets no answer is told by whoever asked; the module's own reason stands in its answer alone.
+            if (answer.error.startsWith(QLatin1String(Scpi::Refusal)))
+                qCWarning(lcScpi).noquote()
+                    << "[SCPI] query refused:" << answer.error << "to" << command.substr(0, LoggedCommand).c_str();
             return -1;
+        }
         reply = cleanedReply(std::move(answer.reply));
         qCDebug(lcScpi).noquote() << "[SCPI]" << command.c_str() << "->" << reply.substr(0, LoggedReply).c_str();
         return 0;
     }
     if (answer.status != 0) {
-        qCWarning(lcScpi).noquote() << "[SCPI] write failed:" << answer.error;
+        qCWarning(lcScpi).noquote() << "[SCPI] write failed:" << answer.error << "to"
+                                    << command.substr(0, LoggedCommand).c_str();
         return -1;
     }
     return 0;
 }
 
 int InstrumentLink::send_scpi(QByteArray data, std::string& reply) {
-    qCDebug(lcScpi) << "Size:" << data.size() << data;
+    qCDebug(lcScpi) << "Size:" << data.size() << data.left(LoggedData);
     return send_scpi(std::string(), reply, std::move(data), true);
 }
 

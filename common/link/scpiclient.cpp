@@ -42,6 +42,12 @@ void ScpiClient::start() {
     ensureConnected();
 }
 
+void ScpiClient::setGreeting(const QByteArray& command, int timeoutMs) {
+    const std::lock_guard<std::mutex> lock(m_inboxMutex);
+    m_greeting = command.isEmpty() ? command : command + Scpi::LineEnd;
+    m_greetingTimeoutMs = timeoutMs;
+}
+
 int ScpiClient::sendWrite(const QByteArray& data, int timeoutMs) {
     return send(data, false, timeoutMs);
 }
@@ -103,7 +109,8 @@ void ScpiClient::ensureConnected() {
         return;
     m_retry.stop();
     ++m_attempt;
-    qCDebug(lcScpi) << "[SCPI] connectToHost" << m_host.toString() << m_port;
+    if (m_failedInARow == 0)
+        qCDebug(lcScpi) << "[SCPI] connectToHost" << m_host.toString() << m_port;
     m_socket->connectToHost(m_host, m_port);
 }
 
@@ -142,8 +149,15 @@ void ScpiClient::onConnected() {
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_linkAge.start();
     m_connected = true;
+    m_failedInARow = 0;
+    m_toldReason.clear();
     if (!m_queue.empty() && m_queue.front().attempt < m_attempt)
         m_queue.front().hasOwnLink = true;
+    {
+        const std::lock_guard<std::mutex> lock(m_inboxMutex);
+        if (!m_greeting.isEmpty())
+            m_queue.push_front({0, m_greeting, false, m_greetingTimeoutMs, m_attempt, true});
+    }
     emit connected();
     pump();
 }
@@ -189,6 +203,8 @@ void ScpiClient::onLinkLost() {
     if (m_busy != 0 && m_socket->bytesAvailable() > 0)
         onReadyRead();
     const bool stood = m_linkAge.isValid();
+    if (!stood)
+        noteAttemptFailed();
     m_failures = stood && m_linkAge.elapsed() >= m_retryLaterMs ? 0 : m_failures + 1;
     dropLink();
     const bool headHadItsAttempt = !stood && !m_queue.empty() && m_queue.front().attempt < m_attempt;
@@ -196,6 +212,17 @@ void ScpiClient::onLinkLost() {
         finishFail(m_linkLostReason);
     else
         resume();
+}
+
+// The panel tries once a second for as long as it takes: its log and the flash below must bear that.
+void ScpiClient::noteAttemptFailed() {
+    constexpr qint64 HourMs = 3600 * 1000;
+    ++m_failedInARow;
+    if (m_linkLostReason == m_toldReason && m_toldAge.elapsed() < HourMs)
+        return;
+    qCDebug(lcScpi).noquote() << "[SCPI] connection failed:" << m_linkLostReason << "attempts:" << m_failedInARow;
+    m_toldReason = m_linkLostReason;
+    m_toldAge.start();
 }
 
 void ScpiClient::dropLink() {

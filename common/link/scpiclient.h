@@ -43,6 +43,10 @@ public:
     /// Pauses in ms between connection attempts while nothing is to be sent. To be called before start().
     void setRetryDelays(int firstMs, int laterMs);
 
+    /// A command that goes out on every new connection, ahead of all that waits; empty: none. It ends by writeFinished
+    /// with the id 0. Any thread.
+    void setGreeting(const QByteArray& command, int timeoutMs);
+
     /// Queues a command that the service acknowledges, or a query that it answers, and returns its id at once. Line end
     /// characters are added unless the data ends with them. The time-out, in ms, runs from the moment of writing.
     int sendWrite(const QByteArray& data, int timeoutMs = 1000);
@@ -81,6 +85,7 @@ private:
         bool hasOwnLink = false; ///< the connection was made for it: not renewed again
     };
 
+    void noteAttemptFailed();
     int send(const QByteArray& data, bool isQuery, int timeoutMs);
     void takeInbox();
     void ensureConnected();
@@ -116,6 +121,8 @@ private:
     std::mutex m_inboxMutex;
     std::deque<Req> m_inbox;
     int m_nextId = 1;
+    QByteArray m_greeting; ///< with its line end
+    int m_greetingTimeoutMs = 0;
 
     std::atomic<bool> m_connected{false};
 
@@ -126,6 +133,9 @@ private:
     int m_retryLaterMs = 1000;
     int m_failures = 0;      ///< attempts and short-lived connections lost since one stood
     int m_attempt = 0;       ///< connection attempts begun
+    int m_failedInARow = 0;  ///< attempts since a connection stood
+    QElapsedTimer m_toldAge; ///< since the failing of attempts was last told
+    QString m_toldReason;
     QElapsedTimer m_linkAge; ///< valid while the connection stands
     bool m_linkLost = false; ///< a loss was noticed and is about to be dealt with
     QString m_linkLostReason;

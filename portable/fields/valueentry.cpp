@@ -12,23 +12,20 @@
 
 #include <QSignalBlocker>
 #include <cmath>
-#include <limits>
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr double Unlimited = std::numeric_limits<double>::max();
-
 /// At least the decimals of the field, and more, up to a most, when the value needs them: a field does not show a
 /// number that the module does not hold.
 QString plainText(double value, int decimals, int mostDecimals) {
     for (int d = decimals; d < mostDecimals; ++d) {
-        const QString text = QString::number(value, 'f', d);
+        const QString text = fixedNumber(value, d);
         if (qFuzzyCompare(1.0 + text.toDouble(), 1.0 + value))
             return text;
     }
-    return QString::number(value, 'f', qMax(decimals, mostDecimals));
+    return fixedNumber(value, qMax(decimals, mostDecimals));
 }
 
 QString limitText(double limit, bool whole) {
@@ -40,8 +37,10 @@ QString limitText(double limit, bool whole) {
 ValueModel ValueModel::device(EventHandler& handler, DeviceValueId id) {
     return {[&handler, id] { return handler.cachedValue(id); }, [&handler, id] { return handler.cachedLimits(id); },
             [&handler, id](double value) {
-                return handler.setDeviceValue(id, handler.roundedToWire(id, value)) == 0 ? EntryResult::Taken
-                                                                                         : EntryResult::Failed;
+                return handler.setDeviceValue(id, value) == 0 ? EntryResult::Taken : EntryResult::Failed;
+            },
+            [&handler, id](double value) {
+                return handler.roundedToWire(id, value);
             }};
 }
 
@@ -53,6 +52,7 @@ ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field
     m_field.edit->setStyleSheet(m_field.editStyle);
     m_field.edit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_field.edit->setMessageSink(host.toast());
+    m_field.edit->setRangeText([this] { return rangeText(); });
     if (m_field.unit)
         m_field.edit->setUnitBox(m_field.unit);
     if (ToastOverlay* toast = host.toast())
@@ -132,33 +132,84 @@ bool ValueEntry::take(double canonical) {
     return result == EntryResult::Taken;
 }
 
+/// The number that the module would be sent is what is checked. The editor shows the entry first, so that one out of
+/// range stays in sight.
 bool ValueEntry::normalise(double value, double& canonical) {
-    const ValueLimits limits = m_field.model.limits();
-    const double minimum = limits.known() ? limits.minimum : -Unlimited;
-    const double maximum = limits.known() ? limits.maximum : Unlimited;
-    const QString name = m_field.namedInRange ? m_field.edit->title() : QString();
-    MessageSink* toast = m_host.toast();
     switch (m_field.kind) {
     case ValueField::Kind::Frequency:
-        return normalizeFreq(m_field.edit, m_field.unit, value, false, m_field.row, minimum, maximum, toast, &canonical,
-                             name);
+        canonical = normalizeFreq(m_field.edit, m_field.unit, value, false, m_field.row);
+        break;
     case ValueField::Kind::Time:
-        return normalizeTime(m_field.edit, m_field.unit, value, false, minimum, maximum, toast, &canonical, name);
+        canonical = normalizeTime(m_field.edit, m_field.unit, value, false);
+        break;
     default:
+        canonical = m_field.whole ? std::trunc(value) + 0.0 : value; // no count of minus nothing
         break;
     }
-    canonical = m_field.whole ? std::trunc(value) + 0.0 : value; // no count of minus nothing
+    const double sent = m_field.model.round ? m_field.model.round(canonical) : canonical;
+    const ValueLimits limits = m_field.model.limits();
     if (m_field.whole && canonical < 0 && !limits.known()) {
         showToast(m_host, QStringLiteral("Invalid numeric value"));
         return false;
     }
-    if (limits.contains(value) || (!m_field.whole && canonical == m_field.model.value()))
+    const bool inside = limits.contains(m_field.whole ? value : sent);
+    if (inside || (!m_field.whole && canonical == m_field.model.value())) {
+        canonical = sent;
         return true;
-    if (m_field.kind == ValueField::Kind::Power)
-        normalizePowerRange(toast, minimum, maximum, name);
+    }
+    if (limits.contains(canonical))
+        showValue(sent); // the entry itself would do: what becomes of it does not
     else
-        showToast(m_host, m_field.rangeText.arg(limitText(minimum, m_field.whole), limitText(maximum, m_field.whole)));
+        showWhatIsWrong(canonical);
+    tellRange(limits);
     return false;
+}
+
+void ValueEntry::tellRange(const ValueLimits& limits) {
+    const QString name = m_field.namedInRange ? m_field.edit->title() : QString();
+    switch (m_field.kind) {
+    case ValueField::Kind::Frequency:
+        return normalizeFreqRange(m_host.toast(), limits.minimum, limits.maximum, name);
+    case ValueField::Kind::Time:
+        return normalizeTimeRange(m_host.toast(), limits.minimum, limits.maximum, name);
+    case ValueField::Kind::Power:
+        return normalizePowerRange(m_host.toast(), limits.minimum, limits.maximum, name);
+    default:
+        showToast(m_host, m_field.rangeText.arg(limitText(limits.minimum, m_field.whole),
+                                                limitText(limits.maximum, m_field.whole)));
+    }
+}
+
+QString ValueEntry::rangeText() const {
+    const ValueLimits limits = m_field.model.limits();
+    if (!limits.known())
+        return QString();
+    const auto text = [this](double limit) {
+        switch (m_field.kind) {
+        case ValueField::Kind::Frequency:
+            return formatFrequency(limit, "Hz");
+        case ValueField::Kind::Time:
+            return formatTime(limit, "ns");
+        case ValueField::Kind::Power:
+            return formatNumber(limit, m_field.decimals) + QStringLiteral(" dBm");
+        default:
+            return plainNumber(limit);
+        }
+    };
+    return QStringLiteral("%1 to %2").arg(text(limits.minimum), text(limits.maximum));
+}
+
+/// An entry that is too large by digits that are not on show would look like the limit itself.
+void ValueEntry::showWhatIsWrong(double entered) {
+    const int index = m_field.unit ? m_field.unit->currentIndex() : 0;
+    const double scale = m_field.kind == ValueField::Kind::Frequency ? kScale[static_cast<int>(m_field.row)][index]
+                         : m_field.kind == ValueField::Kind::Time    ? timeScales[index]
+                                                                     : 1;
+    double shown = 0;
+    if (!parseDouble(m_field.edit->text(), shown) || !m_field.model.limits().contains(timesPowerOfTen(shown, scale)))
+        return;
+    const QSignalBlocker quiet(m_field.edit);
+    m_field.edit->setText(plainNumber(entered / scale));
 }
 
 ShownEntry ValueEntry::shownFor(double canonical) const {
@@ -174,7 +225,7 @@ ShownEntry ValueEntry::shownFor(double canonical) const {
     case ValueField::Kind::Time:
         return shownTime(canonical, units);
     case ValueField::Kind::Power:
-        return {QString::number(canonical, 'f', m_field.decimals), 0};
+        return {fixedNumber(canonical, m_field.decimals), 0};
     default:
         return {plainText(canonical, m_field.decimals, m_field.mostDecimals), 0};
     }

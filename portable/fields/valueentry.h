@@ -28,6 +28,8 @@ struct ValueModel {
     std::function<ValueLimits()> limits;
     /// Sends a value that has passed the limits.
     std::function<EntryResult(double)> send;
+    /// What the module will hold when it is sent a value; it is what the limits are for. None: the value itself.
+    std::function<double(double)> round = {};
 
     /// A device value as it is: rounded to what the wire carries, then set.
     static ValueModel device(EventHandler& handler, DeviceValueId id);
@@ -98,7 +100,10 @@ private:
     bool take(double canonical);
     ShownEntry shownFor(double canonical) const;
     bool shows(const ShownEntry& shown) const;
+    QString rangeText() const;
+    void showWhatIsWrong(double entered);
     void showValue(double canonical);
+    void tellRange(const ValueLimits& limits);
     void refuse();
     void clearRefusal();
     void restore();

@@ -1,13 +1,8 @@
 #include "portable/update/update_boxes.h"
 
 #include "portable/update/update_dialog.h"
-#include "portable/widgets/breakable.h"
-#include "portable/widgets/dialogs.h"
-#include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/boxes.h"
 
-#include <QLabel>
-#include <QLayout>
-#include <QMessageBox>
 #include <QThread>
 #include <QTimer>
 #include <memory>
@@ -16,26 +11,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int LongestWord = 40;
-
-void show(QWidget* parent, DialogKind kind, const QString& title, const QString& text) {
-    QMessageBox box(parent);
-    box.setObjectName(QStringLiteral("updateBox"));
-    box.setWindowTitle(title);
-    box.setTextFormat(Qt::PlainText); // a path is what it is
-    box.setText(breakable(text, LongestWord));
-    box.setStandardButtons(QMessageBox::Ok);
-    box.setDefaultButton(QMessageBox::Ok);
-    dressBox(box, WideBoxText);
-    // A frameless box shows no title of its own. The place of a menu bar is the one above a layout.
-    auto* heading = new QLabel(title, &box);
-    heading->setAlignment(Qt::AlignHCenter | Qt::AlignBottom);
-    heading->setFixedHeight(64);
-    const QRgb colour = kind == DialogKind::Critical ? Style::Wrong : Style::Label;
-    heading->setStyleSheet(QStringLiteral("QLabel { color: %1; font-weight: 600; }").arg(Style::css(colour)));
-    box.layout()->setMenuBar(heading);
-    DialogRunner::current().run(box, kind, text);
-}
+const QString BoxName = QStringLiteral("updateBox");
 
 } // namespace
 
@@ -52,11 +28,11 @@ void ShortWait::end() {
 }
 
 void UpdateBoxes::failure(const QString& text) const {
-    show(m_parent, DialogKind::Critical, m_title, text);
+    tellInBox(m_parent, DialogKind::Critical, {BoxName, m_title, text, {}});
 }
 
 void UpdateBoxes::information(const QString& text) const {
-    show(m_parent, DialogKind::Information, m_title, text);
+    tellInBox(m_parent, DialogKind::Information, {BoxName, m_title, text, {}});
 }
 
 void UpdateBoxes::runAside(const QString& text, const std::function<void()>& work) const {

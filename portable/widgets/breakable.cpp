@@ -3,16 +3,27 @@
 namespace Kavor::HandheldGui {
 
 QString breakable(const QString& text, int longestWord) {
-    constexpr QChar ZeroWidthSpace(0x200B);
     QString broken;
-    int run = 0;
+    QString word;
+    const auto endWord = [&] {
+        int run = 0;
+        for (const QChar c : word) {
+            broken += c;
+            run = c == QLatin1Char('/') ? 0 : run + 1;
+            if (word.size() > longestWord && (run == 0 || run % longestWord == 0))
+                broken += QChar(0x200B);
+        }
+        word.clear();
+    };
     for (const QChar c : text) {
+        if (!c.isSpace()) {
+            word += c;
+            continue;
+        }
+        endWord();
         broken += c;
-        const bool ends = c.isSpace() || c == QLatin1Char('/');
-        run = ends ? 0 : run + 1;
-        if (c == QLatin1Char('/') || run >= longestWord)
-            broken += ZeroWidthSpace;
     }
+    endWord();
     return broken;
 }
 

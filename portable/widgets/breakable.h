@@ -4,8 +4,8 @@
 
 namespace Kavor::HandheldGui {
 
-/// A text that has no blanks to wrap at, with places where a label may break it: behind a slash, and behind every
-/// character once so many stand in a row.
+/// A text with places where a label may break a word that is longer than that: a path behind a slash, a name anywhere
+/// after so many characters.
 QString breakable(const QString& text, int longestWord);
 
 } // namespace Kavor::HandheldGui

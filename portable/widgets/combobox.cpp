@@ -1,9 +1,14 @@
 #include "portable/widgets/combobox.h"
 
 #include "portable/widgets/actiongate.h"
+#include "portable/widgets/pressfilter.h"
+#include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
 
+#include <QAbstractButton>
 #include <QListView>
+#include <QMouseEvent>
 #include <QStyledItemDelegate>
 #include <QTimer>
 
@@ -18,21 +23,49 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
 }
 
 void ComboBox::showPopup() {
-    ActionGate::panel().ask(this, [this] {
-        m_open = true;
-        QComboBox::showPopup();
-    });
+    ActionGate::panel().ask(this, [this] { openList(); });
+}
+
+void ComboBox::openList() {
+    m_open = true;
+    PressFilter::noteChange();
+    QComboBox::showPopup();
+    QWidget* list = view()->window();
+    list->removeEventFilter(this);
+    list->installEventFilter(this);
+    if (const QWidget* live = liveControlIn(*this, list->geometry()))
+        list->move(list->x(), live->mapToGlobal(QPoint()).y() - Style::Gap - list->height());
 }
 
 void ComboBox::hidePopup() {
     QComboBox::hidePopup();
     if (!m_open)
         return;
+    PressFilter::noteChange();
     // The list hides before it tells what was chosen.
     QTimer::singleShot(0, this, [this] {
         m_open = false;
         emit closed();
     });
+}
+
+// An open list gets every press, also those beside it.
+bool ComboBox::eventFilter(QObject* watched, QEvent* event) {
+    const bool begins = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+    if (!begins && event->type() != QEvent::MouseButtonRelease)
+        return QComboBox::eventFilter(watched, event);
+    QWidget* live = liveControlIn(*this, QRect(static_cast<QMouseEvent*>(event)->globalPos(), QSize(1, 1)));
+    if (begins) {
+        m_pressedBeside = live;
+        return live != nullptr;
+    }
+    const QPointer<QWidget> pressed = m_pressedBeside;
+    m_pressedBeside.clear();
+    if (!pressed)
+        return false;
+    if (auto* button = qobject_cast<QAbstractButton*>(pressed.data()); button && button == live)
+        button->click();
+    return true;
 }
 
 } // namespace Kavor::HandheldGui

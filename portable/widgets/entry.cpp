@@ -1,5 +1,6 @@
 #include "portable/widgets/entry.h"
 
+#include "values/formatting.h"
 #include "values/messagesink.h"
 #include "values/rangemessages.h"
 
@@ -38,12 +39,12 @@ CalcResult bestUnit(const EntryUnits& units, double canonical, int offered) {
 
 ShownEntry shownEntry(const EntryUnits& units, double canonical, int offered) {
     const CalcResult result = bestUnit(units, canonical, offered);
-    return {QString::number(result.value, 'f', units.decimals[result.index]), result.index};
+    return {fixedNumber(result.value, units.decimals[result.index]), result.index};
 }
 
 double normalizeEntry(const EntryUnits& units, QLineEdit* edit, QComboBox* combo, double value, bool isCanonical) {
     const int shown = combo ? std::clamp(combo->currentIndex(), 0, LastIndex) : 0;
-    const double canonical = isCanonical ? value : value * units.scale[shown];
+    const double canonical = isCanonical ? value : timesPowerOfTen(value, units.scale[shown]);
     applyToWidgets(edit, combo, bestUnit(units, canonical, combo ? combo->count() : 0), units.decimals);
     return canonical;
 }
@@ -68,7 +69,7 @@ void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result,
     }
     if (edit) {
         const QSignalBlocker blocker(edit);
-        edit->setText(QString::number(result.value, 'f', decimals[result.index]));
+        edit->setText(fixedNumber(result.value, decimals[result.index]));
     }
 }
 

@@ -1,6 +1,6 @@
 #include "portable/widgets/msgbox.h"
 
-#include "portable/widgets/dialogs.h"
+#include "portable/widgets/boxes.h"
 #include "portable/widgets/styles/styles.h"
 
 #include <QProgressBar>

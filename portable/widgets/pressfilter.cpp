@@ -2,27 +2,56 @@
 
 #include <QCoreApplication>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QTouchEvent>
+#include <QVariant>
+#include <QWidget>
 
 namespace Kavor::HandheldGui {
 
 namespace {
+
 constexpr qreal SamePlace = 24; // pixels: a finger rolls a little
-}
+constexpr char EveryPress[] = "takesEveryPress";
+
+QPointer<PressFilter> filterInForce;
+
+} // namespace
 
 PressFilter::PressFilter(QObject* parent, int momentMs) : QObject(parent), m_momentMs(momentMs) {
+    filterInForce = this;
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-bool PressFilter::isRepeated(Source source, const QPointF& place) {
-    const bool repeated = m_lastSource != None && m_lastSource != source && m_sinceLast.elapsed() < m_momentMs &&
-                          (place - m_lastPlace).manhattanLength() < SamePlace;
-    if (!repeated) {
-        m_lastSource = source;
-        m_lastPlace = place;
-        m_sinceLast.start();
+void PressFilter::noteChange() {
+    if (filterInForce)
+        filterInForce->m_changer = filterInForce->m_last;
+}
+
+void PressFilter::takeEveryPress(QWidget* control) {
+    control->setProperty(EveryPress, true);
+}
+
+bool PressFilter::isRepeated(Source source, const QPointF& place) const {
+    return m_last.source != None && m_last.source != source && m_last.age.elapsed() < m_momentMs &&
+           (place - m_last.place).manhattanLength() < SamePlace;
+}
+
+bool PressFilter::isSecondTap(Source source, const QPointF& place, ulong time) const {
+    const QPointF off = place - m_changer.place;
+    return m_changer.source == source && m_changer.time != 0 && time > m_changer.time &&
+           time - m_changer.time < DoubleTapMs && QPointF::dotProduct(off, off) < DoubleTapPixels * DoubleTapPixels;
+}
+
+// A press that a widget ignores comes again to its parents, with the same time.
+bool PressFilter::isDropped(const QObject& watched, Source source, const QPointF& place, ulong time) {
+    const bool second = isSecondTap(source, place, time) && !watched.property(EveryPress).toBool();
+    m_dropping[source] = second || isRepeated(source, place);
+    if (!m_dropping[source]) {
+        m_last = {source, place, time, {}};
+        m_last.age.start();
     }
-    return repeated;
+    return m_dropping[source];
 }
 
 bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
@@ -35,8 +64,9 @@ bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::MouseMove: {
         const auto* mouse = static_cast<QMouseEvent*>(event);
         const Source source = mouse->source() == Qt::MouseEventNotSynthesized ? Mouse : Touch;
-        if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
-            m_dropping[source] = isRepeated(source, mouse->globalPos());
+        const bool begins = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
+        if (begins)
+            return isDropped(*watched, source, mouse->globalPos(), mouse->timestamp());
         const bool drop = m_dropping[source];
         if (event->type() == QEvent::MouseButtonRelease)
             m_dropping[source] = false;
@@ -44,9 +74,8 @@ bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
     }
     case QEvent::TouchBegin: {
         const auto* touch = static_cast<QTouchEvent*>(event);
-        if (!touch->touchPoints().isEmpty())
-            m_dropping[Touch] = isRepeated(Touch, touch->touchPoints().first().screenPos());
-        return m_dropping[Touch];
+        return !touch->touchPoints().isEmpty() &&
+               isDropped(*watched, Touch, touch->touchPoints().first().screenPos(), touch->timestamp());
     }
     case QEvent::TouchUpdate:
         return m_dropping[Touch];

@@ -5,10 +5,21 @@
 
 namespace Kavor::HandheldGui {
 
-/// Dims a window while a dialog stands above it, for as long as this object lives. Nothing without a window.
+/// The control works beside every dialog but those that let nothing be touched: a scrim leaves it out.
+void keepLive(QWidget* control);
+
+/// A scrim does not dim the widget from x on, in the widget's own pixels.
+void keepUndimmed(QWidget* widget, int fromX = 0);
+
+/// A control of the window of `beside` that is kept live and lies, in part, in an area of the screen; or null.
+QWidget* liveControlIn(const QWidget& beside, const QRect& area);
+
+/// Dims a window and takes what is pressed on it while a dialog stands above, for as long as this object lives.
+/// GUI thread.
 class Scrim {
 public:
-    explicit Scrim(QWidget* window);
+    /// live: leaves out the controls that are kept live.
+    Scrim(QWidget& window, bool live);
     ~Scrim();
 
     Scrim(const Scrim&) = delete;

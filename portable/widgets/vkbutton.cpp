@@ -1,17 +1,14 @@
 #include "portable/widgets/vkbutton.h"
 
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/touchpress.h"
 
+#include <QEvent>
 #include <QPainter>
-#include <QTouchEvent>
-#include <algorithm>
 
 namespace Kavor::HandheldGui {
 
 namespace {
-
-// Two reports of one press come within this time; a finger and a mouse never meet on one key that fast.
-constexpr qint64 SamePressMs = 300;
 
 struct KeyColours {
     QRgb fill;
@@ -26,7 +23,7 @@ KeyColours coloursOf(VKButton::Look look, bool enabled) {
     if (look == VKButton::Look::Enter)
         return {Style::Active, Style::ActiveDown, Style::Active, Style::OnActive};
     const bool quiet = look == VKButton::Look::Function;
-    return {Style::Raised, Style::RaisedDown, Style::FaintEdge, quiet ? Style::Label : Style::Text};
+    return {quiet ? Style::Field : Style::Raised, Style::RaisedDown, Style::FaintEdge, Style::Text};
 }
 
 int pixelsOf(VKButton::Look look, int length) {
@@ -43,16 +40,12 @@ int pixelsOf(VKButton::Look look, int length) {
     return 26;
 }
 
-bool recent(const QElapsedTimer& timer) {
-    return timer.isValid() && timer.elapsed() < SamePressMs;
-}
-
 } // namespace
 
 VKButton::VKButton(QWidget* parent, Look look) : QPushButton(parent), m_look(look) {
     setFocusPolicy(Qt::NoFocus);
     setAutoDefault(false);
-    setAttribute(Qt::WA_AcceptTouchEvents);
+    new TouchPress(this);
     connect(this, &QPushButton::pressed, this, &VKButton::onPress);
     connect(this, &QPushButton::released, this, &VKButton::onRelease);
 }
@@ -85,79 +78,10 @@ void VKButton::onRelease() {
 }
 
 bool VKButton::event(QEvent* event) {
-    if (!isEnabled())
-        return QPushButton::event(event);
-    switch (event->type()) {
-    case QEvent::TouchBegin:
-    case QEvent::TouchUpdate:
-    case QEvent::TouchEnd:
-    case QEvent::TouchCancel:
-        handleTouch(*static_cast<QTouchEvent*>(event));
-        event->accept();
-        return true;
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick:
-        if (m_touchId >= 0 || recent(m_sinceTouch)) {
-            event->accept();
-            return true;
-        }
-        m_mouseHeld = true;
-        m_sinceMouse.start();
-        break;
-    case QEvent::MouseMove:
-    case QEvent::MouseButtonRelease:
-        if (!m_mouseHeld) {
-            event->accept();
-            return true;
-        }
-        m_mouseHeld = event->type() == QEvent::MouseMove;
-        m_sinceMouse.start();
-        break;
-    default:
-        break;
-    }
     const bool handled = QPushButton::event(event);
     if (m_pressedLook && !isDown()) // a finger lifted elsewhere emits nothing
         onRelease();
     return handled;
-}
-
-void VKButton::handleTouch(const QTouchEvent& touch) {
-    const auto& points = touch.touchPoints();
-    if (touch.type() == QEvent::TouchBegin) {
-        if (points.isEmpty() || isDown() || recent(m_sinceMouse))
-            return;
-        m_touchId = points.first().id();
-        m_sinceTouch.start();
-        setTouchDown(true);
-        return;
-    }
-    if (m_touchId < 0)
-        return;
-    const auto finger = std::find_if(points.begin(), points.end(),
-                                     [this](const QTouchEvent::TouchPoint& point) { return point.id() == m_touchId; });
-    if (finger != points.end())
-        setTouchDown(rect().contains(finger->pos().toPoint()));
-    const bool lifted =
-        touch.type() == QEvent::TouchEnd || (finger != points.end() && finger->state() == Qt::TouchPointReleased);
-    if (!lifted && touch.type() != QEvent::TouchCancel)
-        return;
-    const bool act = lifted && isDown();
-    m_touchId = -1;
-    m_sinceTouch.start();
-    setTouchDown(false);
-    if (act)
-        emit clicked();
-}
-
-void VKButton::setTouchDown(bool down) {
-    if (down == isDown())
-        return;
-    setDown(down);
-    if (down)
-        emit pressed();
-    else
-        emit released();
 }
 
 void VKButton::paintEvent(QPaintEvent*) {

@@ -1,15 +1,11 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QPushButton>
-
-class QTouchEvent;
 
 namespace Kavor::HandheldGui {
 
 /// A key of the on-screen keyboard. It is pressed by mouse or touch, acts when it is let go while the finger is still
-/// on it, and paints itself, so that a press is seen with the next frame. Where a platform reports one press as touch
-/// and as mouse, the later report is dropped. It never takes the focus. GUI thread.
+/// on it, and paints itself, so that a press is seen with the next frame. It never takes the focus. GUI thread.
 class VKButton : public QPushButton {
     Q_OBJECT
 
@@ -41,17 +37,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void handleTouch(const QTouchEvent& touch);
-    void setTouchDown(bool down);
-
     Look m_look;
     QString m_caption;
     bool m_chosen = false;
     bool m_pressedLook = false;
-    bool m_mouseHeld = false;
-    int m_touchId = -1; ///< of the finger that presses the key
-    QElapsedTimer m_sinceTouch;
-    QElapsedTimer m_sinceMouse;
 };
 
 } // namespace Kavor::HandheldGui

@@ -4,6 +4,7 @@
 #include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/vkeyboard_entry.h"
 #include "portable/widgets/vkeyboard_keys.h"
+#include "values/formatting.h"
 
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -34,6 +35,16 @@ QLabel* makeLabel(QWidget* parent, const char* name, const QString& text, int pi
     return label;
 }
 
+// Without the zeros that only fill the field's decimals.
+QString nowText(const QString& value, const QString& unit) {
+    double number = 0;
+    if (!parseDouble(value, number))
+        return QString();
+    const int point = value.indexOf(QLatin1Char('.'));
+    const QString text = formatNumber(number, point < 0 ? 0 : value.length() - point - 1);
+    return QStringLiteral("Now %1 %2").arg(text, unit).trimmed();
+}
+
 void paintPanel(QPainter& painter, const QRect& rect, QRgb fill, QRgb edge, int radius) {
     painter.setPen(QPen(QColor(edge), 2));
     painter.setBrush(QColor(fill));
@@ -46,16 +57,23 @@ VirtKeyboard::VirtKeyboard(QWidget* parent, const QString& title, const QString&
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint),
       m_title(title),
       m_unit(unit),
+      m_now(nowText(value, unit)),
       m_enterText(QStringLiteral("Enter")),
-      m_titleLabel(makeLabel(this, "keyboardTitle", title, 26, QFont::DemiBold)),
+      m_titleLabel(makeLabel(this, "keyboardTitle", title, 28, QFont::DemiBold)),
+      m_rangeLabel(makeLabel(this, "keyboardRange", QString(), 26, QFont::Normal)),
+      m_nowLabel(makeLabel(this, "keyboardNow", m_now, 26, QFont::Normal)),
       m_unitLabel(makeLabel(this, "keyboardUnit", unit, 30, QFont::Normal)),
       m_entry(new KeyboardEntry(this)) {
+    QPalette strong = m_titleLabel->palette();
+    strong.setColor(QPalette::WindowText, QColor(Style::Text));
+    m_titleLabel->setPalette(strong);
     setObjectName(QStringLiteral("keyboard"));
     setWindowTitle(title);
     setModal(true);
     setAttribute(Qt::WA_TranslucentBackground);
     m_entry->setObjectName(QStringLiteral("keyboardEntry"));
     connect(m_entry, &QLineEdit::textChanged, this, &VirtKeyboard::updateKeys);
+    connect(m_entry, &KeyboardEntry::refusingChanged, this, QOverload<>::of(&QWidget::update));
     placeKeys();
     m_entry->start(value);
     m_entry->setFocus();
@@ -92,6 +110,11 @@ void VirtKeyboard::setEnterText(const QString& text) {
     updateKeys();
 }
 
+void VirtKeyboard::setRange(const QString& text) {
+    m_rangeLabel->setText(text);
+    placeEntry();
+}
+
 void VirtKeyboard::setSignEnabled(bool enabled) {
     m_signEnabled = enabled;
     updateKeys();
@@ -121,7 +144,7 @@ void VirtKeyboard::keyboardHandler() {
 
 void VirtKeyboard::kbUnitHandler() {
     const auto* key = qobject_cast<VKButton*>(sender());
-    if (key && !key->text().isEmpty())
+    if (key && !key->text().isEmpty() && m_entry->isComplete())
         m_unit = key->text();
     on_enterButton_clicked();
 }
@@ -174,9 +197,10 @@ void VirtKeyboard::placeKeys() {
     const auto layout = letters ? KeyboardLayout::letters()
                                 : KeyboardLayout::keypad(units, m_entry->mode() == KeyboardEntry::Mode::Address);
     setFixedSize(letters ? KeyboardLayout::LettersSize : KeyboardLayout::KeypadSize);
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    const QRect over = parentWidget() ? parentWidget()->window()->geometry() : screen->geometry();
-    move(over.left() + (over.width() - width()) / 2, over.top() + (over.height() - height()) / 2);
+    if (isWindow()) {
+        const QScreen* screen = QGuiApplication::primaryScreen();
+        move((parentWidget() ? parentWidget()->window()->geometry() : screen->geometry()).topLeft());
+    }
 
     for (VKButton* key : qAsConst(m_keys))
         key->hide();
@@ -253,6 +277,7 @@ void VirtKeyboard::updateKeys() {
         } else if (name == QLatin1String("keyShift")) {
             key->setChosen(m_shifted);
         } else if (name.startsWith(QLatin1String("keyUnit"))) {
+            key->setEnabled(m_entry->isComplete());
             const int unit = name.rightRef(1).toInt();
             key->setText(m_unitTexts.value(unit));
             key->setCaption(key->text().isEmpty() ? QStringLiteral("\u00D71") : QString());
@@ -263,25 +288,52 @@ void VirtKeyboard::updateKeys() {
     }
 }
 
+// With letters the title stands beside it.
+QRect VirtKeyboard::entryFrame() const {
+    if (m_entry->mode() != KeyboardEntry::Mode::Text)
+        return KeyboardLayout::KeypadEntry;
+    QRect frame = KeyboardLayout::LettersEntry;
+    frame.setLeft(qMax(frame.left(), KeyboardLayout::Margin + m_titleLabel->sizeHint().width() + 16));
+    return frame;
+}
+
 void VirtKeyboard::placeEntry() {
-    m_titleLabel->setGeometry(KeyboardLayout::Title);
+    const bool letters = m_entry->mode() == KeyboardEntry::Mode::Text;
+    QRect frame = entryFrame();
+    const int right = frame.right() + 1;
+    const QRect head(KeyboardLayout::Margin, 8, right - KeyboardLayout::Margin, 44);
+    const int rangeWidth = m_rangeLabel->text().isEmpty() || letters ? 0 : m_rangeLabel->sizeHint().width();
+    m_rangeLabel->setVisible(rangeWidth > 0);
+    m_rangeLabel->setGeometry(right - rangeWidth, head.top(), rangeWidth, head.height());
+    m_titleLabel->setGeometry(letters ? QRect(head.left(), frame.top(), frame.left() - head.left() - 12, frame.height())
+                                      : head.adjusted(0, 0, -rangeWidth - 12, 0));
+
+    frame.adjust(FrameInset, FrameInset, -FrameInset, -FrameInset);
     m_unitLabel->setVisible(!m_unit.isEmpty());
-    QRect frame = KeyboardLayout::entryFrame(width()).adjusted(FrameInset, FrameInset, -FrameInset, -FrameInset);
     if (!m_unit.isEmpty()) {
         const int unitWidth = m_unitLabel->sizeHint().width();
         frame.adjust(0, 0, -unitWidth - 28, 0);
-        m_unitLabel->setGeometry(frame.right() + 1 + 10, frame.top() + 9, unitWidth, frame.height());
+        m_unitLabel->setGeometry(frame.right() + 1 + 10, frame.top() + 9, unitWidth, frame.height() - 9);
     } else {
-        frame.adjust(10, 0, -10, 0);
+        frame.adjust(0, 0, -10, 0);
+    }
+    m_nowLabel->setVisible(!m_now.isEmpty() && m_entry->mode() == KeyboardEntry::Mode::Number);
+    if (m_nowLabel->isVisibleTo(this)) {
+        const int nowWidth = m_nowLabel->sizeHint().width();
+        m_nowLabel->setGeometry(frame.left() + 16, frame.top(), nowWidth, frame.height());
+        frame.adjust(16 + nowWidth + 12, 0, 0, 0);
     }
     m_entry->setGeometry(frame);
 }
 
 void VirtKeyboard::paintEvent(QPaintEvent*) {
+    const bool letters = m_entry->mode() == KeyboardEntry::Mode::Text;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintPanel(painter, rect(), Style::Panel, Style::FaintEdge, 12);
-    paintPanel(painter, KeyboardLayout::entryFrame(width()), Style::Field, Style::Edge, Style::Radius);
+    // It comes out of the corner: its edge shows only where it ends.
+    paintPanel(painter, rect().adjusted(-20, -20, letters ? 20 : 0, 0), Style::Panel, Style::FaintEdge, 12);
+    paintPanel(painter, entryFrame(), Style::Field, m_entry->isRefusing() ? Style::Wrong : Style::Active,
+               Style::Radius);
 }
 
 // A physical keyboard, on a desktop, works the keys on the screen.
@@ -299,8 +351,11 @@ void VirtKeyboard::keyPressEvent(QKeyEvent* event) {
     if (name == QLatin1String("keyMinus") && m_entry->mode() == KeyboardEntry::Mode::Number)
         name = QStringLiteral("keySign");
     VKButton* key = m_keys.value(name);
-    if (!key || key->isHidden() || !key->isEnabled())
+    if (!key || key->isHidden() || !key->isEnabled()) {
+        if (!typed.isEmpty())
+            m_entry->refuse();
         return;
+    }
     if (typed.length() == 1 && typed.at(0).isLetter())
         setShifted(typed.at(0).isUpper());
     key->click();

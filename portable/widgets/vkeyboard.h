@@ -17,14 +17,15 @@ enum class Action;
 struct Key;
 } // namespace KeyboardLayout
 
-/// The on-screen keyboard: a frameless modal dialog in the middle of the window that it is created over. It shows what
-/// is edited, the present value and its unit; the first character, point or sign replaces the value. A unit key takes
-/// its unit and closes the dialog as Enter does. Keys act when they are let go. A keyboard lives for one edit. GUI
-/// thread.
+/// The on-screen keyboard: a sheet in the upper left of the window that it is created over, which leaves the control
+/// row free. It shows what is edited, the present value and its unit; the first character, point or sign replaces the
+/// value. A unit key takes its unit and closes the dialog as Enter does. Keys act when they are let go. A keyboard
+/// lives for one edit. GUI thread.
 ///
-/// Object names: "keyboardTitle", "keyboardEntry", "keyboardUnit"; keys "key0".."key9", "keyDot", "keySign", "keyBack",
-/// "keyClear", "keyLeft", "keyRight", "keyEnter", "keyEsc", "keyUnit0".."keyUnit3"; with addresses "keyIP" in place of
-/// "keySign"; with texts also "keyA".."keyZ", "keyMinus", "keyUnderscore", "keySpace" and "keyShift".
+/// Object names: "keyboardTitle", "keyboardRange", "keyboardNow", "keyboardEntry", "keyboardUnit"; keys "key0".."key9",
+/// "keyDot", "keySign", "keyBack", "keyClear", "keyLeft", "keyRight", "keyEnter", "keyEsc", "keyUnit0".."keyUnit3";
+/// with addresses "keyIP" in place of "keySign"; with texts also "keyA".."keyZ", "keyMinus", "keyUnderscore",
+/// "keySpace" and "keyShift".
 class VirtKeyboard : public QDialog {
     Q_OBJECT
 
@@ -49,6 +50,9 @@ public:
     void setTextMode(int maxLength);
 
     void setEnterText(const QString& text);
+    /// What may be entered, shown beside the title: "9 KHz to 6 GHz".
+    void setRange(const QString& text);
+
     /// For fields that cannot be negative, or not fractional.
     void setSignEnabled(bool enabled);
     void setPointEnabled(bool enabled);
@@ -85,10 +89,12 @@ private:
     void connectKey(VKButton* key, KeyboardLayout::Action action);
     void setShifted(bool shifted);
     void updateKeys();
+    QRect entryFrame() const;
     void placeEntry();
 
     QString m_title;
     QString m_unit;
+    QString m_now;
     QString m_enterText;
     QMap<int, QString> m_unitTexts;
     int m_chosenUnit = -1;
@@ -98,6 +104,8 @@ private:
     bool m_cancelled = false;
     QPointer<QLineEdit> m_target;
     QLabel* m_titleLabel;
+    QLabel* m_rangeLabel;
+    QLabel* m_nowLabel; ///< the value that was there when the keyboard opened
     QLabel* m_unitLabel;
     KeyboardEntry* m_entry;
     QMap<QString, VKButton*> m_keys; ///< by object name; those that the present layout lacks are hidden

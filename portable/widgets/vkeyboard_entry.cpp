@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QRegularExpressionValidator>
+#include <QTimer>
 #include <algorithm>
 
 namespace Kavor::HandheldGui {
@@ -15,6 +16,7 @@ namespace {
 constexpr int SmallestText = 28;
 constexpr int CaretWidth = 3;
 constexpr int AddressPoints = 3;
+constexpr int RefusedMs = 300;
 
 const QRegularExpression& patternOf(KeyboardEntry::Mode mode) {
     static const QString part = QStringLiteral("(?:[0-1]?\\d?\\d|2[0-4]\\d|25[0-5])");
@@ -33,7 +35,8 @@ const QRegularExpression& patternOf(KeyboardEntry::Mode mode) {
 
 } // namespace
 
-KeyboardEntry::KeyboardEntry(QWidget* parent) : QLineEdit(parent), m_validator(new QRegularExpressionValidator(this)) {
+KeyboardEntry::KeyboardEntry(QWidget* parent)
+    : QLineEdit(parent), m_validator(new QRegularExpressionValidator(this)), m_refusing(new QTimer(this)) {
     setFrame(false);
     setReadOnly(true);
     setContextMenuPolicy(Qt::NoContextMenu);
@@ -47,6 +50,8 @@ KeyboardEntry::KeyboardEntry(QWidget* parent) : QLineEdit(parent), m_validator(n
     setPalette(colours);
     setValidator(m_validator);
     setMode(Mode::Number);
+    m_refusing->setSingleShot(true);
+    connect(m_refusing, &QTimer::timeout, this, &KeyboardEntry::refusingChanged);
     connect(this, &QLineEdit::textChanged, this, &KeyboardEntry::fitFont);
     connect(this, &QLineEdit::cursorPositionChanged, this, [this] { update(); });
     fitFont();
@@ -60,9 +65,12 @@ void KeyboardEntry::setMode(Mode mode, int maxLength) {
 }
 
 void KeyboardEntry::start(const QString& text) {
-    setText(text);
-    end(false);
+    double number = 0;
+    const bool scientific = m_mode == Mode::Number && text.contains(QLatin1Char('e'), Qt::CaseInsensitive);
+    setText(scientific && parseDouble(text, number) ? plainNumber(number) : text);
     m_firstKey = !text.isEmpty();
+    if (m_firstKey)
+        selectAll();
 }
 
 void KeyboardEntry::type(QChar character) {
@@ -70,19 +78,29 @@ void KeyboardEntry::type(QChar character) {
         typePoint();
         return;
     }
+    if (!allows(character)) {
+        refuse();
+        return;
+    }
     beginTyping();
-    if (m_mode != Mode::Number)
-        insert(character);
-    else if (character.isDigit())
+    if (m_mode == Mode::Number)
         typeDigit(character);
+    else
+        insert(character);
+}
+
+bool KeyboardEntry::allows(QChar character) const {
+    return m_mode == Mode::Text ? patternOf(Mode::Text).match(QString(character)).hasMatch() : character.isDigit();
 }
 
 void KeyboardEntry::typeDigit(QChar digit) {
     const int point = text().indexOf(QLatin1Char('.'));
     QString number = text();
     number.remove(QLatin1Char('-'));
-    if (digit == QLatin1Char('0') && cursorPosition() < point && number.startsWith(QLatin1Char('0')))
+    if (digit == QLatin1Char('0') && cursorPosition() < point && number.startsWith(QLatin1Char('0'))) {
+        refuse();
         return;
+    }
     if (!isOverwriting()) {
         put(text() + digit);
         return;
@@ -91,12 +109,16 @@ void KeyboardEntry::typeDigit(QChar digit) {
     QString edited = text();
     edited.replace(cursor - 1, 1, digit);
     if (put(edited))
-        selectBefore(cursor + 1);
+        selectBefore(cursor + 1, 1);
 }
 
 void KeyboardEntry::typePoint() {
-    if (m_mode != Mode::Number) {
-        insert(QLatin1Char('.'));
+    if (m_mode == Mode::Address) {
+        typeAddressPoint();
+        return;
+    }
+    if (m_mode == Mode::Text) {
+        refuse();
         return;
     }
     beginTyping();
@@ -119,7 +141,24 @@ void KeyboardEntry::typePoint() {
     }
     edited.insert(cursor, QLatin1Char('.'));
     if (put(edited))
-        selectBefore(cursor + 2);
+        selectBefore(cursor + 2, 1);
+}
+
+// A point closes a part: it is put behind what is selected, or stepped over. Nothing begins with it.
+void KeyboardEntry::typeAddressPoint() {
+    if (m_firstKey) {
+        refuse();
+        return;
+    }
+    const int at = hasSelectedText() ? selectionEnd() : cursorPosition();
+    if (text().midRef(at, 1) == QLatin1String(".")) {
+        setCursorPosition(at + 1);
+        return;
+    }
+    QString edited = text();
+    edited.insert(at, QLatin1Char('.'));
+    if (put(edited))
+        setCursorPosition(at + 1);
 }
 
 void KeyboardEntry::toggleSign() {
@@ -132,13 +171,13 @@ void KeyboardEntry::toggleSign() {
     if (!put(negative ? text().mid(1) : QLatin1Char('-') + text()))
         return;
     if (overwriting)
-        selectBefore(cursor);
+        selectBefore(cursor, -1);
     else
         setCursorPosition(std::max(cursor, 0));
 }
 
 void KeyboardEntry::back() {
-    m_firstKey = false;
+    keepValue();
     if (text().isEmpty())
         return;
     const bool overwriting = isOverwriting();
@@ -153,7 +192,7 @@ void KeyboardEntry::back() {
         return;
     setText(text().remove(from, count));
     if (overwriting && m_mode == Mode::Number)
-        selectBefore(from);
+        selectBefore(from, -1);
     else
         setCursorPosition(from);
 }
@@ -167,23 +206,23 @@ void KeyboardEntry::wipe() {
 }
 
 void KeyboardEntry::moveLeft() {
-    m_firstKey = false;
+    keepValue();
     if (m_mode == Mode::Text)
         setCursorPosition(std::max(cursorPosition() - 1, 0));
     else
-        selectBefore(cursorPosition() - 1);
+        selectBefore(cursorPosition() - (hasSelectedText() ? 1 : 0), -1);
 }
 
 void KeyboardEntry::moveRight() {
-    m_firstKey = false;
+    keepValue();
     if (m_mode == Mode::Text)
         setCursorPosition(cursorPosition() + 1);
     else
-        selectBefore(cursorPosition() + 1);
+        selectBefore(cursorPosition() + 1, 1);
 }
 
 void KeyboardEntry::nextPart() {
-    m_firstKey = false;
+    keepValue();
     const QString address = text();
     if (m_mode != Mode::Address || address.isEmpty())
         return;
@@ -206,7 +245,17 @@ void KeyboardEntry::nextPart() {
 }
 
 bool KeyboardEntry::isComplete() const {
-    return hasAcceptableInput();
+    double number = 0;
+    return m_mode == Mode::Number ? parseDouble(text(), number) : hasAcceptableInput();
+}
+
+void KeyboardEntry::refuse() {
+    m_refusing->start(RefusedMs);
+    emit refusingChanged();
+}
+
+bool KeyboardEntry::isRefusing() const {
+    return m_refusing->isActive();
 }
 
 void KeyboardEntry::beginTyping() {
@@ -214,22 +263,18 @@ void KeyboardEntry::beginTyping() {
         wipe();
 }
 
-// Replaces what is selected. A point in an address closes a part: it is put behind the selection, or stepped over.
-void KeyboardEntry::insert(QChar character) {
+// The value that the keyboard opened with is worked on from its end.
+void KeyboardEntry::keepValue() {
+    if (m_firstKey)
+        end(false);
     m_firstKey = false;
-    int from = cursorPosition();
-    int count = 0;
-    if (hasSelectedText()) {
-        const bool keep = m_mode == Mode::Address && character == QLatin1Char('.');
-        from = keep ? selectionEnd() : selectionStart();
-        count = keep ? 0 : selectionLength();
-    }
+}
+
+// Replaces what is selected.
+void KeyboardEntry::insert(QChar character) {
+    const int from = hasSelectedText() ? selectionStart() : cursorPosition();
     QString edited = text();
-    if (m_mode == Mode::Address && character == QLatin1Char('.') && edited.midRef(from, 1) == QLatin1String(".")) {
-        setCursorPosition(from + 1);
-        return;
-    }
-    edited.replace(from, count, character);
+    edited.replace(from, selectionLength(), character);
     if (put(edited))
         setCursorPosition(from + 1);
 }
@@ -238,21 +283,31 @@ void KeyboardEntry::insert(QChar character) {
 bool KeyboardEntry::put(const QString& edited) {
     QString checked = edited;
     int cursor = 0;
-    if (m_bound > 0 && edited.length() > m_bound)
+    const bool tooLong = m_bound > 0 && edited.length() > m_bound;
+    if (tooLong || m_validator->validate(checked, cursor) == QValidator::Invalid) {
+        refuse();
         return false;
-    if (m_validator->validate(checked, cursor) == QValidator::Invalid)
-        return false;
+    }
     setText(edited);
     return true;
 }
 
-// The cursor with the character before it selected. Before the first one there is none, so that one stays selected;
-// beyond the last one overwriting ends.
-void KeyboardEntry::selectBefore(int cursor) {
-    if (cursor > text().length() || text().isEmpty())
+// The cursor with the character before it selected; a point is stepped over, by step. Before the first one there is
+// none, so that one stays selected; beyond the last one overwriting ends.
+void KeyboardEntry::selectBefore(int cursor, int step) {
+    const QString shown = text();
+    int at = std::max(cursor, 1) - 1;
+    const auto isPoint = [&] {
+        return at >= 0 && at < shown.length() && shown.at(at) == QLatin1Char('.');
+    };
+    while (isPoint())
+        at += step;
+    for (at = std::max(at, 0); isPoint();)
+        ++at;
+    if (at >= shown.length())
         end(false);
     else
-        setSelection(std::max(cursor, 1) - 1, 1);
+        setSelection(at, 1);
 }
 
 // The largest text that still shows the whole entry.

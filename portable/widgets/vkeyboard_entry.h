@@ -3,12 +3,14 @@
 #include <QLineEdit>
 
 class QRegularExpressionValidator;
+class QTimer;
 
 namespace Kavor::HandheldGui {
 
 /// The large entry of the on-screen keyboard and what its keys do to it. The state is the line edit's own: its text,
-/// its cursor and its selection. One selected character means overwriting: the selection ends at the cursor, and what
-/// is typed replaces it and selects the next. It takes no input but through these operations. GUI thread.
+/// its cursor and its selection. Selected means "the next key replaces": the whole text before the first key; later one
+/// character, which what is typed replaces to select the next. The point of a number or an address is stepped over, it
+/// is never that character. It takes no input but through these operations. GUI thread.
 class KeyboardEntry : public QLineEdit {
     Q_OBJECT
 
@@ -25,10 +27,12 @@ public:
     void setMode(Mode mode, int maxLength = 0);
     Mode mode() const { return m_mode; }
 
-    /// Shows the present value. Unless it is empty, the next character, point or sign replaces it.
+    /// Shows the present value; an exponent is written out. Unless it is empty, the next character, point or sign
+    /// replaces it.
     void start(const QString& text);
 
-    /// Types a character that the mode allows; anything else is refused, as is a second leading zero.
+    /// Types a character that the mode allows; anything else is refused, as are a second leading zero and what makes a
+    /// part of an address too large.
     void type(QChar character);
     /// Puts the point where the cursor is: a number has at most one, so an earlier one goes.
     void typePoint();
@@ -43,8 +47,15 @@ public:
     /// cursor is selected, or the next one if it is selected already, the first after the last. Typing replaces it.
     void nextPart();
 
-    /// False for an address that is not four parts yet.
+    /// False for what is no number, and for an address that is not four parts yet.
     bool isComplete() const;
+
+    /// Shows for a moment that a key had no effect.
+    void refuse();
+    bool isRefusing() const;
+
+signals:
+    void refusingChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -53,18 +64,22 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    bool allows(QChar character) const;
     void beginTyping();
+    void keepValue();
     bool isOverwriting() const { return selectionLength() == 1; }
     void typeDigit(QChar digit);
     void insert(QChar character);
     bool put(const QString& text);
-    void selectBefore(int cursor);
+    void selectBefore(int cursor, int step);
+    void typeAddressPoint();
     void fitFont();
 
     Mode m_mode = Mode::Number;
     int m_bound = 0;
     bool m_firstKey = false;
     QRegularExpressionValidator* m_validator;
+    QTimer* m_refusing;
 };
 
 } // namespace Kavor::HandheldGui

@@ -5,28 +5,28 @@ namespace Kavor::HandheldGui::KeyboardLayout {
 namespace {
 
 constexpr int Gap = 12;
-constexpr int EntryTop = 60;
-constexpr int EntryHeight = 90;
-constexpr int KeysTop = EntryTop + EntryHeight + Gap;
-constexpr int KeypadRow = 112;
-constexpr int KeypadRows = 4;
-constexpr int UnitWidth = 176;
-constexpr int UnitGap = 16;
-constexpr int BottomHeight = 80;
-constexpr int LetterRow = 104;
-constexpr int LetterColumns = 10;
 
-// Cells of equal size with gaps between them; a key may span columns.
+// Keys of equal size on a fixed pitch; a key may span cells.
 struct Grid {
-    int columns;
-    int width; // of all columns with their gaps
-    int rowHeight;
+    QPoint origin;
+    QSize key;
+    double pitch; // from column to column
 
-    QRect cell(int row, int column, int span = 1) const {
-        const int step = (width + Gap) / columns;
-        return {Margin + column * step, KeysTop + row * (rowHeight + Gap), span * step - Gap, rowHeight};
+    QRect cell(int row, int column, int span = 1, int rows = 1) const {
+        const auto left = [this](int at) {
+            return origin.x() + qRound(at * pitch);
+        };
+        const int width = left(column + span - 1) + key.width() - left(column);
+        const int rowPitch = key.height() + Gap;
+        return {left(column), origin.y() + row * rowPitch, width, rows * rowPitch - Gap};
     }
 };
+
+constexpr int UnitColumn = 4;
+constexpr int EndColumn = 5;
+constexpr Grid KeypadGrid{QPoint(Margin, 168), QSize(128, 112), 140};
+constexpr Grid LettersGrid{QPoint(Margin, 92), QSize(112, 104), 124.4};
+constexpr int KeypadRows = 4;
 
 struct Cell {
     const char* name;
@@ -60,36 +60,25 @@ Key keyAt(const Cell& cell, const QRect& rect) {
 
 } // namespace
 
-QRect entryFrame(int dialogWidth) {
-    return {Margin, EntryTop, dialogWidth - 2 * Margin, EntryHeight};
-}
-
 std::vector<Key> keypad(int units, bool address) {
-    const int full = KeypadSize.width() - 2 * Margin;
-    const Grid grid{4, units > 0 ? full - UnitWidth - UnitGap : full, KeypadRow};
+    const Grid& grid = KeypadGrid;
     std::vector<Key> keys;
     for (int row = 0; row < KeypadRows; ++row) {
-        for (int column = 0; column < grid.columns; ++column) {
+        for (int column = 0; column < UnitColumn; ++column) {
             const Cell& cell = KeypadCells[row][column];
             keys.push_back(keyAt(address && cell.action == Action::Sign ? NextPart : cell, grid.cell(row, column)));
         }
     }
-    const int columnHeight = KeypadRows * (KeypadRow + Gap);
-    for (int unit = 0; unit < units; ++unit) {
-        const QRect rect(Margin + full - UnitWidth, KeysTop + unit * columnHeight / units, UnitWidth,
-                         columnHeight / units - Gap);
-        keys.push_back({QStringLiteral("keyUnit%1").arg(unit), QString(), Action::Unit, rect});
-    }
-    QRect esc = grid.cell(KeypadRows, 0, 2);
-    esc.setHeight(BottomHeight);
-    const QRect enter(esc.right() + 1 + Gap, esc.top(), Margin + full - esc.right() - 1 - Gap, BottomHeight);
-    keys.push_back(keyAt(Esc, esc));
-    keys.push_back(keyAt(Enter, enter));
+    for (int unit = 0; unit < units; ++unit)
+        keys.push_back({QStringLiteral("keyUnit%1").arg(unit), QString(), Action::Unit, grid.cell(unit, UnitColumn)});
+    const int ends = units > 0 ? EndColumn : UnitColumn;
+    keys.push_back(keyAt(Esc, grid.cell(0, ends, EndColumn - ends + 1)));
+    keys.push_back(keyAt(Enter, grid.cell(1, ends, EndColumn - ends + 1, KeypadRows - 1)));
     return keys;
 }
 
 std::vector<Key> letters() {
-    const Grid grid{LetterColumns, LettersSize.width() - 2 * Margin, LetterRow};
+    const Grid& grid = LettersGrid;
     std::vector<Key> keys;
     const auto addCharacters = [&](int row, int column, const char* characters) {
         for (const char* at = characters; *at; ++at) {
@@ -111,9 +100,9 @@ std::vector<Key> letters() {
     add(4, 0, 2, Esc);
     add(4, 2, 1, {"keyLeft", "<<", Action::Left});
     add(4, 3, 1, {"keyRight", ">>", Action::Right});
-    add(4, 4, 2, {"keySpace", " ", Action::Character});
-    add(4, 6, 1, {"keyClear", "Clear", Action::Clear});
-    add(4, 7, 3, Enter);
+    add(4, 4, 3, {"keySpace", " ", Action::Character});
+    add(4, 7, 1, {"keyClear", "Clear", Action::Clear});
+    add(4, 8, 2, Enter);
     return keys;
 }
 

@@ -19,16 +19,14 @@ struct Key {
     QRect rect;
 };
 
-constexpr int Margin = 26;
-constexpr QSize KeypadSize(792, 752);
-constexpr QSize LettersSize(1280, 744);
-constexpr QRect Title(Margin, 8, 740, 48);
+constexpr int Margin = 24;
+constexpr QSize KeypadSize(876, 668);
+constexpr QSize LettersSize(1280, 668);
+constexpr QRect KeypadEntry(Margin, 60, 828, 92);
+constexpr QRect LettersEntry(236, 8, 1020, 72);
 
-/// The frame around the entry, for a dialog of that width.
-QRect entryFrame(int dialogWidth);
-
-/// The keypad. units: how many unit keys share the column at the right; without any the other keys are wider. address:
-/// the key for the next part takes the place of the sign.
+/// The keypad. units: how many unit keys there are, one above the other; without any Esc and Enter take their place.
+/// address: the key for the next part takes the place of the sign.
 std::vector<Key> keypad(int units, bool address);
 
 /// Letters, digits, blank, minus and underscore.

@@ -87,6 +87,8 @@ bool ValueEdit::runKeyboard() {
         keyboard->setUnitsButtons(i, units.at(i));
     keyboard->setHighliteButton(present);
     keyboard->setLineEdit(this);
+    if (m_range)
+        keyboard->setRange(m_range());
     prepare(*keyboard);
     const bool entered = keyboard->ask();
     const QString chosen = keyboard ? keyboard->chosenUnit() : unit;

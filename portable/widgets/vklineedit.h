@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QString>
 #include <QStringList>
+#include <functional>
+#include <utility>
 
 class MessageSink;
 class QComboBox;
@@ -32,6 +34,9 @@ public:
     /// The unit keys of a field without a unit box; the first is the unit of the value shown.
     void setUnitNames(const QStringList& names) { m_unitNames = names; }
     const QStringList& unitNames() const { return m_unitNames; }
+
+    /// Gives what may be entered, for the keyboard to show; asked for when it opens.
+    void setRangeText(std::function<QString()> range) { m_range = std::move(range); }
 
     /// Where the editor says what is wrong with an entry; may be null, not owned, and must outlive the editor's edits.
     void setMessageSink(MessageSink* sink) { m_sink = sink; }
@@ -84,6 +89,7 @@ private:
     QString m_title;
     QString m_chosenUnit;
     QStringList m_unitNames;
+    std::function<QString()> m_range;
     QPointer<QComboBox> m_unitBox;
     MessageSink* m_sink = nullptr;
     bool m_editing = false;

@@ -1,8 +1,11 @@
 #include "portable/window/controlrow.h"
 
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/pressfilter.h"
+#include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/touchpress.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -12,6 +15,7 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int ButtonTop = 12;
+constexpr int UndimmedFrom = 784; ///< the RF pair stays in sight beside a dialog
 
 std::vector<ChoiceGroup::Button> onOff(const QString& name, const QString& toneOn) {
     return {{QStringLiteral("On"), name + QStringLiteral("On"), toneOn},
@@ -43,6 +47,12 @@ ControlRow::ControlRow(QWidget* parent) : QWidget(parent) {
     m_rf = new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE,
                            onOff(QStringLiteral("rf"), QStringLiteral("rf")));
     m_rf->place(952, ButtonTop, 144, Style::ButtonHeight);
+
+    keepUndimmed(this, UndimmedFrom);
+    keepLive(m_rf->button(Off));
+    new TouchPress(m_rf->button(Off)); // a second finger reaches it
+    for (const ChoiceGroup* pair : {m_modulation, m_rf})
+        PressFilter::takeEveryPress(pair->button(Off));
 }
 
 void ControlRow::addLabel(const QString& text, int x, int width) {

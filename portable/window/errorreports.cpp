@@ -2,11 +2,10 @@
 
 #include "platform/logger.h"
 #include "portable/widgets/actiongate.h"
-#include "portable/widgets/dialogs.h"
+#include "portable/widgets/boxes.h"
 
-#include <QApplication>
-#include <QMessageBox>
 #include <QTimer>
+#include <QWidget>
 
 namespace Kavor::HandheldGui {
 
@@ -43,20 +42,8 @@ void ErrorReports::showKept() {
 void ErrorReports::showBox(const QString& text) {
     msgboxOn = true;
     // The splash and the toast are top-level windows too, and both go away by themselves: neither can own a box.
-    QWidget* active = QApplication::activeWindow();
-    const bool fits =
-        active && active->windowType() != Qt::Popup && !active->windowFlags().testFlag(Qt::WindowTransparentForInput);
-    QMessageBox box(fits ? active : m_window);
-    box.setObjectName(QStringLiteral("errorBox"));
-    box.setText(text);
-    QFont font = box.font();
-    font.setPixelSize(24);
-    box.setFont(font);
-    box.setStandardButtons(QMessageBox::Ok);
-    box.setDefaultButton(QMessageBox::Ok);
-    dressBox(box);
     VELDA_LOG("window", QtInfoMsg, "box: %s", text); // what the user was told, for those who repair the instrument
-    DialogRunner::current().run(box, DialogKind::Critical, text);
+    tellInBox(m_window, DialogKind::Critical, {QStringLiteral("errorBox"), QString(), text, QString()});
     msgboxOn = false;
 }
 

@@ -8,6 +8,7 @@
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/pressfilter.h"
+#include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 #include "portable/window/controlrow.h"
@@ -84,6 +85,7 @@ void MainWindow::buildStatusBar() {
     QStatusBar* bar = statusBar();
     bar->setFixedHeight(Style::StatusBarHeight);
     bar->setSizeGripEnabled(false);
+    keepUndimmed(bar);
     bar->setStyleSheet(STATUS_BAR_STYLE);
     const auto add = [bar](const QString& name, int width) {
         auto* label = new QLabel(bar);

@@ -1,6 +1,7 @@
 #include "portable/window/statustexts.h"
 
 #include "common/instrument/modulations.h"
+#include "values/formatting.h"
 #include "values/units.h"
 
 #include <QStringList>
@@ -23,15 +24,14 @@ int lowestBit(int mask) {
 } // namespace
 
 QString statusFrequencyText(double hertz, const QString& unit) {
-    QString number;
-    double inUnit = 0;
-    if (canonicalToUnit(UnitQuantity::Frequency, hertz, unit, inUnit))
-        number = QString::number(inUnit, 'f', unitPrecision(UnitQuantity::Frequency, unit));
+    double value = 0;
+    const bool known = canonicalToUnit(UnitQuantity::Frequency, hertz, unit, value);
+    const QString number = known ? fixedNumber(value, unitPrecision(UnitQuantity::Frequency, unit)) : QString();
     return QStringLiteral("  Frequency: ") + number + QLatin1Char(' ') + unit;
 }
 
 QString statusPowerText(double dbm) {
-    return QStringLiteral("Power: ") + QString::number(dbm, 'f', 2) + QStringLiteral(" dBm");
+    return QStringLiteral("Power: ") + fixedNumber(dbm, 2) + QStringLiteral(" dBm");
 }
 
 QString statusModeText(unsigned mask, const QString& modeText) {

@@ -1,6 +1,7 @@
 #include "portable/screens/cw/wdgrfmod.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/widgets/vkbutton.h"
 #include "tests/gui/paneltest.h"
 
 #include <QApplication>
@@ -49,14 +50,14 @@ private slots:
         addRow("no voltage", none, "cwPower", "0", "keyUnit3", none, "-10.00", none,
                "mV and µV values must be greater than zero");
         addRow("phase", none, "cwPhase", "12.5", "keyEnter", ":PHAS 12.500", "12.500", none, none);
-        addRow("no number", none, "cwPhase", ".", "keyBack keyBack keyEnter", none, "0.000", none,
-               "Invalid numeric value");
         addRow("AM rate", "AM", "amFrequency", "2.5", "keyUnit1", ":AM:INT:FREQ 2500.000", "2.500000", "KHz", none);
         addRow("AM depth is rounded to the wire", "AM", "amDepth", "30.26", "keyEnter", ":AM:DEPT 30.3", "30.3", none,
                none);
         addRow("AM depth out of range", "AM", "amDepth", "101", "keyEnter", none, "50.0", none, "Range 0% to 100%");
         addRow("FM rate takes whole hertz", "FM", "fmFrequency", "1000.4", "keyUnit2", ":FM:INT:FREQ 1000", "1.000000",
                "KHz", none);
+        addRow("FM rate that would become none", "FM", "fmFrequency", "0.4", "keyUnit2", none, "0.000", "Hz",
+               "Valid FM Frequency  range: 0.1 Hz to 1 MHz");
         addRow("FM deviation", "FM", "fmDeviation", "75", "keyUnit1", ":FM:DEV 75000.000", "75.000000", "KHz", none);
         addRow("PM rate", "PM", "pmFrequency", "3", "keyUnit1", ":PM:INT:FREQ 3000.000000", "3.000000", "KHz", none);
         addRow("PM deviation", "PM", "pmDeviation", "1.5", "keyEnter", ":PM:DEV 1.50", "1.5", none, none);
@@ -128,16 +129,19 @@ private slots:
         QVERIFY(panel().touch("enableAM"));
         QVERIFY(panel().press("enableAM"));
         QCOMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
-        panel().dialogs().expect(DialogKind::Keyboard, "Phase", [this](QDialog& dialog) {
-            const QPoint place = panel().widget<QWidget>("cwPhase")->mapToGlobal(QPoint(137, 32));
-            QWidget* below = dialog.childAt(dialog.mapFromGlobal(place));
+        panel().dialogs().expect(DialogKind::Keyboard, "CW Power", [this](QDialog& dialog) {
+            const auto* editor = panel().widget<QWidget>("cwPower");
+            QPoint place = editor->mapToGlobal(editor->rect().center()) - QPoint(0, 20);
+            VKButton* below = nullptr;
+            for (int moved = 0; !below && moved < 40; moved += 4, place.ry() += 4)
+                below = qobject_cast<VKButton*>(dialog.childAt(dialog.mapFromGlobal(place)));
             QVERIFY(below);
             const QString before = dialog.findChild<QLineEdit*>("keyboardEntry")->text();
             QTest::mouseClick(below, Qt::LeftButton, Qt::NoModifier, below->mapFromGlobal(place));
             QCOMPARE(dialog.findChild<QLineEdit*>("keyboardEntry")->text(), before);
             dialog.reject();
         });
-        QVERIFY(panel().touch("cwPhase"));
+        QVERIFY(panel().touch("cwPower"));
     }
 
     /// Whatever becomes of the answer, the read-back decides what the user is told and sees.

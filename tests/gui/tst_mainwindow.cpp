@@ -127,7 +127,7 @@ private slots:
     }
 
     void startWithoutAModule() {
-        allowMessages("initializarion failure|ldshmem");
+        allowMessages("initializarion failure|ldshmem|there is no client");
         PanelFixture::Setup setup;
         setup.startModule = false;
         start(setup);

@@ -3,6 +3,7 @@
 #include "values/units.h"
 
 #include <cmath>
+#include <tuple>
 
 Q_DECLARE_METATYPE(UnitQuantity)
 
@@ -88,6 +89,28 @@ private slots:
         out = -1;
         QCOMPARE(canonicalToUnit(quantity, canonical, unit, out), ok);
         QVERIFY2(near(out, value), qPrintable(QString::number(out, 'g', 17)));
+    }
+
+    // A limit that is typed as it is shown must not fall beside itself.
+    void decimalNumbersConvertExactly() {
+        for (const auto& [value, factor, product] : {std::tuple(1e-7, 1e6, 0.1),
+                                                     {0.000000105, 1e6, 0.105},
+                                                     {1.001, 1e3, 1001.0},
+                                                     {-0.0000000009, 1e9, -0.9},
+                                                     {6.000000000001, 1e9, 6000000000.001},
+                                                     {1e305, 1e9, HUGE_VAL},
+                                                     {0.0, 1e9, 0.0},
+                                                     {0.1, 1.0, 0.1}})
+            QVERIFY2(timesPowerOfTen(value, factor) == product, qPrintable(QString::number(value)));
+    }
+
+    void zeroHasNoSign() {
+        QCOMPARE(fixedNumber(-0.004, 2), QString("0.00"));
+        QCOMPARE(fixedNumber(-0.005000001, 2), QString("-0.01"));
+        QCOMPARE(formatNumber(-0.0001, 3), QString("0"));
+        QCOMPARE(plainNumber(-0.0), QString("0"));
+        QCOMPARE(plainNumber(-1.5e-7), QString("-0.00000015"));
+        QCOMPARE(plainNumber(1234567.0), QString("1234567"));
     }
 
     void powerRefusesVoltagesNotAboveZero() {

@@ -1,6 +1,7 @@
 #include "portable/screens/lists/list_edit.h"
 
 #include "portable/widgets/vkeyboard.h"
+#include "values/formatting.h"
 
 namespace Kavor::HandheldGui {
 
@@ -16,6 +17,12 @@ bool askForCellValue(QWidget& window, const ListEditRequest& request, ListEditVa
     keyboard.setHighliteButton(request.options.indexOf(request.unit));
     keyboard.setSignEnabled(request.powerRange);
     keyboard.setPointEnabled(request.enabled);
+    if (request.min < request.max) {
+        const auto limit = [&request](double value) {
+            return request.powerRange ? formatNumber(value, 2) + QStringLiteral(" dBm") : formatTime(value, "ns");
+        };
+        keyboard.setRange(QStringLiteral("%1 to %2").arg(limit(request.min), limit(request.max)));
+    }
     if (!keyboard.ask())
         return false;
     value.text = keyboard.text();

@@ -7,7 +7,7 @@
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_look.h"
 #include "portable/widgets/actiongate.h"
-#include "portable/widgets/dialogs.h"
+#include "portable/widgets/boxes.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/vkeyboard.h"
 
@@ -70,7 +70,8 @@ void ListFilesView::save(QString name, bool isNewFile) {
     }
     const unsigned channel = m_browser->channel();
     const QString file = m_files.normalizedFilename(name);
-    if (m_files.exists(file, channel) && !confirmAction(&m_host, QStringLiteral("Overwrite %1").arg(shortened(file))))
+    if (m_files.exists(file, channel) &&
+        !confirmAction(&m_host, QStringLiteral("Overwrite %1").arg(shortened(file)), {}, Answer::Destroys))
         return;
     QString error;
     if (m_files.save(name, channel, m_list(), error))
@@ -88,7 +89,7 @@ void ListFilesView::load(const QString& name) {
 }
 
 void ListFilesView::erase(const QString& name) {
-    if (!confirmAction(&m_host, QStringLiteral("Delete %1").arg(shortened(name))))
+    if (!confirmAction(&m_host, QStringLiteral("Delete %1").arg(shortened(name)), {}, Answer::Destroys))
         return;
     QString error;
     // Shown anew after a failure too: the file may have gone by itself.

@@ -122,8 +122,12 @@ void SweepPage::buildEntries() {
     const QString quantity = QString::fromLatin1(m_kind.quantity);
     const auto device = [this](SweepField field) {
         const DeviceValueId id = idOf(field);
-        return plannedModel(
+        ValueModel model = plannedModel(
             field, [this, id] { return m_handler.cachedValue(id); }, [this, id] { return m_handler.cachedLimits(id); });
+        model.round = [this, id](double value) {
+            return m_handler.roundedToWire(id, value);
+        };
+        return model;
     };
     // A step in dB is no level: it has a value of its own kind, shown as finely as the power's command goes.
     ValueField size = valueField(m_kind.kind == ValueField::Kind::Frequency ? m_kind.kind : ValueField::Kind::Number,

@@ -5,7 +5,7 @@
 #include "portable/screens/system/listcfg.h"
 #include "portable/screens/system/screensystem.h"
 #include "portable/screens/system/system_ops.h"
-#include "portable/widgets/dialogs.h"
+#include "portable/widgets/boxes.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/vkeyboard.h"
 
@@ -56,7 +56,7 @@ void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
 }
 
 void systemScreen::onPresetButton() {
-    if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?")))
+    if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?"), {}, Answer::Destroys))
         return;
     if (end(doPreset(&handler(), m_page, handler().channelCount()), true))
         showToast(host(), QStringLiteral("Factory defaults recalled"));
@@ -83,7 +83,8 @@ void systemScreen::onMsgLoadCfgList(const QString& file) {
 
 void systemScreen::onMsgDeleteCfgList(const QString& file) {
     const QString name = nameToUse(file);
-    if (name.isEmpty() || !confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(shortened(name))))
+    if (name.isEmpty() ||
+        !confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(shortened(name)), {}, Answer::Destroys))
         return;
     if (end(doErase(&handler(), m_page, name), false))
         showToast(host(), QStringLiteral("Configuration %1 deleted").arg(shortened(name)));

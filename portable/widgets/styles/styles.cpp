@@ -236,8 +236,9 @@ const QString LIST_SCROLL_STYLE = scrollBars();
 const QString PATTERN_SCROLL_STYLE = scrollBars();
 const QString LIST_STEPS_STYLE = table();
 const QString MESSAGE_BOX_STYLE =
-    rule(QStringLiteral("QMessageBox, QDialog"),
-         QStringLiteral("background-color: %1; border: 2px solid %2; border-radius: 0;").arg(css(Panel), css(Edge))) +
+    rule(
+        QStringLiteral("QMessageBox, QDialog"),
+        QStringLiteral("background-color: %1; border: 2px solid %2; border-radius: 12px;").arg(css(Panel), css(Edge))) +
     rule(QStringLiteral("QLabel"),
          QStringLiteral("color: %1; background: transparent; border: none;").arg(css(Text)) + font(TextLabel));
 

@@ -41,6 +41,7 @@ private slots:
         SETTER(":FRSW:STOP 2000000", set_frsw_stop(2e6), r.frswStop.value = 2e6);
         SETTER(":FRSW:STEP 4294967295", set_frsw_steps(4294967295U), r.frswSteps.value = 4294967295U);
         SETTER(":PRSW:STOP 0.50", set_prsw_stop(0.5), r.prswStop.value = 0.5);
+        SETTER(":PRSW:STAR 0.00", set_prsw_start(-0.001), r.prswStart.value = -0.001);
         SETTER(":PRSW:STEP 11", set_prsw_steps(11), r.prswSteps.value = 11);
 
         SETTER(":PM:STAT OFF", setStatePM(OnOff::off), r.pmState = 0);
@@ -67,7 +68,7 @@ private slots:
         QCOMPARE(call(*f.handler), 0);
         f.fillWithNonsense();
         f.service.answerWith("-ERR 3, busy\r\n");
-        expectMessage("^\\[SCPI\\] write failed: -ERR 3, busy$");
+        expectMessage("^\\[SCPI\\] write failed: -ERR 3, busy to ");
         QCOMPARE(call(*f.handler), -1);
     }
 
@@ -163,6 +164,7 @@ private slots:
         QCOMPARE(f.handler->getModelInternalInf(), std::string("A,1,2"));
         QCOMPARE(f.service.lines, QList<QByteArray>{":INT:INF:DEV:ARCH? "});
         f.service.answerWith("-ERR\r\n");
+        expectMessage("query refused: -ERR to ");
         QCOMPARE(f.handler->getModelInternalInf(), std::string("NMX4000A,20000,1,usb,2001,168c,benchtop"));
     }
 };

@@ -2,8 +2,11 @@
 #include "tests/support/testbase.h"
 
 #include <QElapsedTimer>
+#include <QSignalSpy>
+#include <atomic>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -30,6 +33,8 @@ class TestInstrumentLink : public TestBase {
 
 private slots:
     void unusableRegions() {
+        allowMessages("not sent, there is no client: :OUTP OFF");
+        allowMessages("channel 0 is not connected"); // the new region's word
         // None, a byte short of a record, five records.
         for (const auto& [bytes, loggedChannels] : {std::pair(-1, 1U), {1815, 1U}, {5 * 1816, 5U}}) {
             HandlerFixture f;
@@ -67,6 +72,7 @@ private slots:
         f.start();
         for (int loss = 0; loss < 2; ++loss) {
             f.region.replaceWithSize(5 * 1816);
+            expectMessage("region is gone, or of no usable size");
             expectMessage(invalidInput("revert_preset", 5));
             QCOMPARE(f.handler->revert_preset(0), -1);
             QCOMPARE(f.handler->revert_preset(0), -1);
@@ -80,8 +86,10 @@ private slots:
             HandlerFixture f;
             f.publishPort(port);
             expectMessage("\\[SCPI\\] no connection, the channel record holds no port number");
+            expectMessage("^\\[SCPI\\] not sent, there is no client: A\\?$"); // once
             f.start();
             QCOMPARE(ask(f, "A?"), Failed);
+            QCOMPARE(ask(f, "B?"), Failed);
             QVERIFY(!f.handler->isLinkUp());
             f.publishPort(f.service.port());
             QCOMPARE(ask(f, "A?"), Answered);
@@ -92,6 +100,8 @@ private slots:
         HandlerFixture f(2);
         f.region.record().frequency.value = 1e6;
         f.start();
+        expectMessage("region was made anew");
+        expectMessage("region was made anew");
         f.region.replace(2); // a port that is not yet there changes nothing
         QCOMPARE(ask(f, "A?"), Answered);
         QCOMPARE(f.service.connections, 1);
@@ -109,6 +119,9 @@ private slots:
 
     // Reading beyond the new end would be a bus error.
     void regionCutAndGrownInPlace() {
+        expectMessage("region was made anew or resized");
+        expectMessage("region is gone, or of no usable size");
+        expectMessage("channel 0 is not connected any more");
         HandlerFixture f(4);
         for (unsigned channel = 0; channel < 4; ++channel)
             f.region.record(channel).phase.value = 10.0 + channel;
@@ -127,6 +140,59 @@ private slots:
         QCOMPARE(f.handler->getDisconnectedChannels(), 3U);
     }
 
+    // Cut and grown again at any moment, also between the look at its size and the reading.
+    void regionCutWhileItIsRead() {
+        allowMessages("\\[SCPI\\]");
+        allowMessages("invalid input ldshmem");
+        HandlerFixture f(4);
+        f.start();
+        std::atomic<bool> ends{false};
+        std::thread service([&] {
+            for (int cut = 0; !ends; ++cut)
+                f.region.resizeInPlace(cut % 2 ? 4 * 1816 : (cut / 2 % 4) * 1816);
+        });
+        QElapsedTimer time;
+        time.start();
+        while (time.elapsed() < 1500) {
+            f.handler->get_phase();
+            f.handler->revert_preset(3);
+            f.handler->getDisconnectedChannels();
+            f.handler->refresh();
+        }
+        ends = true;
+        service.join();
+    }
+
+    /// A module that falls off its running service.
+    void moduleDisconnects() {
+        HandlerFixture f;
+        f.start();
+        QVERIFY(f.handler->isModuleConnected());
+        QSignalSpy changes(f.handler.get(), &InstrumentLink::moduleConnectedChanged);
+        for (int round = 0; round < 2; ++round) {
+            expectMessage("channel 0 is not connected any more");
+            for (const int connected : {0, 0, 1}) {
+                f.region.record().connected = connected;
+                QCOMPARE(f.handler->revert_preset(0), 0);
+                QCOMPARE(f.handler->isModuleConnected(), connected != 0);
+            }
+        }
+        QCOMPARE(changes.count(), 4);
+    }
+
+    /// The service that has come back knows nothing of the channel.
+    void currentChannelIsSelectedAgain() {
+        HandlerFixture f(2);
+        f.start();
+        f.service.dropConnection();
+        QCOMPARE(ask(f, "A?"), Answered);
+        QCOMPARE(f.handler->set_channel(1), 0);
+        f.service.lines.clear();
+        f.service.dropConnection();
+        QCOMPARE(ask(f, "A?"), Answered);
+        QCOMPARE(f.service.lines, (QList<QByteArray>{":INST:SEL 1", "A?"}));
+    }
+
     void binaryTimeoutGrowsWithSize() {
         HandlerFixture f;
         f.timeoutMs = 50;
@@ -135,6 +201,7 @@ private slots:
         QElapsedTimer took;
         took.start();
         expectMessage("^\\[SCPI\\] bytearray write failed: timeout$");
+        expectMessage("does not answer");
         QCOMPARE(f.handler->veldaScpiTransData(QByteArray(300 * 1024 - 2, 'x')), -1);
         QVERIFY2(took.elapsed() >= 349, qPrintable(QString::number(took.elapsed())));
     }
@@ -190,7 +257,8 @@ private slots:
         f.handler->InitChannels();
         QElapsedTimer took;
         took.start();
-        expectMessage("^\\[SCPI\\] write failed: timeout$");
+        expectMessage("^\\[SCPI\\] write failed: timeout to \\*TRG $");
+        expectMessage("does not answer");
         QCOMPARE(f.handler->setTrigger(), -1);
         QVERIFY2(took.elapsed() >= 149 && took.elapsed() < 1000, qPrintable(QString::number(took.elapsed())));
 
@@ -223,6 +291,7 @@ private slots:
         f.start();
         std::string inner;
         QTimer::singleShot(0, f.handler.get(), [&] { inner = ask(f, "B?"); });
+        expectMessage("does not answer");
         QCOMPARE(ask(f, "A?"), Failed);
         QCOMPARE(inner, std::string("b"));
     }
@@ -233,7 +302,7 @@ private slots:
         f.start();
         ScriptedService other;
         QTimer::singleShot(0, f.handler.get(), [&] { f.publishPort(other.port()); });
-        expectMessage("^\\[SCPI\\] write failed: shutdown$");
+        expectMessage("^\\[SCPI\\] write failed: shutdown to \\*TRG $");
         QCOMPARE(f.handler->setTrigger(), -1);
         QCOMPARE(f.handler->setTrigger(), 0);
         QCOMPARE(other.lines, QList<QByteArray>{"*TRG "});
@@ -243,6 +312,7 @@ private slots:
         HandlerFixture f;
         f.service.answerWith({});
         f.start();
+        expectMessage("does not answer");
         QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
         QElapsedTimer took;
         took.start();

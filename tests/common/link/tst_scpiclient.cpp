@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QThread>
+#include <atomic>
 #include <map>
 #include <memory>
 
@@ -128,6 +129,29 @@ private slots:
         service.start();
         QCOMPARE(c.endOf(c.client->sendWrite("B 1", Long)), QString("reply "));
         QVERIFY(c.client->isConnected());
+    }
+
+    /// Attempts that fail alike are told once: their log would fill and wear the flash.
+    void failedAttemptsAreToldOnce() {
+        static std::atomic<int> told;
+        told = 0;
+        ScriptedService service;
+        service.stop();
+        ClientOnThread c(service.port(), 5, 5);
+        const QtMessageHandler before =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+                told += text.contains("connectToHost") || text.contains("connection failed");
+            });
+        c.thread.start();
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(c.endOf(c.client->sendQuery("A?", Long)), QString("error Connection refused"));
+        service.start();
+        QTRY_VERIFY(c.client->isConnected());
+        service.stop();
+        QTRY_VERIFY(!c.client->isConnected());
+        QCOMPARE(c.endOf(c.client->sendQuery("A?", Long)), QString("error Connection refused"));
+        qInstallMessageHandler(before);
+        QCOMPARE(told.load(), 4);
     }
 
     // The client runs on this thread here, so the end of the connection cannot reach it before the request does.

@@ -101,7 +101,6 @@ private slots:
         addRow("enter keeps the unit", "frequency", hertz, 1, "1.5", "7 5 Enter", "75", 1, 1);
         addRow("unit key alone", "frequency", hertz, 1, "1.5", "Unit3", "1.5", 3, 1);
         addRow("esc", "frequency", hertz, 1, "1.5", "7 5 Esc", "1.5", 1, 0);
-        addRow("nothing entered", "frequency", hertz, 1, "1.5", "Clear Unit3", "", 1, 1);
         addRow("power", "power", QStringList(), -1, "-7.50", "Sign 1 0 Enter", "-10", -1, 1);
         addRow("power in mV", "power", QStringList(), -1, "-7.50", "1 0 0 0 Unit3", "13.0103", -1, 1);
         addRow("power not above zero", "power", QStringList(), -1, "-7.50", "0 Unit2", "-7.50", -1, 0);
