@@ -29,14 +29,6 @@ private slots:
         QCOMPARE(box.size(), QSize(480, 240));
         QVERIFY(!DialogRunner::anyOpen());
     }
-
-    /// Without a limit it stays until it is answered, and a second showing counts from zero.
-    void staysWithoutALimit() {
-        cMessageBox box(nullptr, "Stay", QMessageBox::Ok, QSize(480, 240));
-        box.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&box));
-        QVERIFY(!QTest::qWaitFor([&box] { return !box.isVisible() || box.ticks() > 0; }, 400));
-    }
 };
 
 VELDA_TEST_MAIN(QApplication, MsgBoxTest)
