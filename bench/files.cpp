@@ -92,9 +92,9 @@ bool encoding(BenchReport& report, int count) {
         const int f = below(4), t = below(4);
         const bool waits = below(2) == 0;
         const PlainStep step{static_cast<std::uint32_t>(i + 1),
-                             below(100000) / 100.0,
+                             below(8000) / 8.0, // a binary fraction: the peer knows no others
                              static_cast<PlainStep::Unit>(f),
-                             below(3000) / 100.0 - 20,
+                             below(240) / 8.0 - 20,
                              below(1000) + 0.0,
                              static_cast<PlainStep::Unit>(t),
                              waits};

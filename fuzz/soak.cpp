@@ -1,5 +1,7 @@
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/vklineedit.h"
+#include "rig/agreement.h"
 #include "rig/panelfixture.h"
 
 #include <QAbstractButton>
@@ -22,6 +24,7 @@ namespace {
 constexpr int StallMs = 500;      // an event loop that stands this long is a finding
 constexpr int TapsInDialog = 500; // a dialog that outlives this many taps on it cannot be left
 constexpr int TapsPerFault = 40;
+constexpr int AgreedMs = 1300; // the longest that the screen may differ from the module while nothing is under way
 
 int s_findings = 0;
 
@@ -48,9 +51,13 @@ public:
         DialogRunner::install(nullptr); // nobody answers here but the taps
         m_time.start();
         m_beat.start();
+        m_disagreeing.start();
         auto* heart = new QTimer(this);
         connect(heart, &QTimer::timeout, this, &Soak::beat);
         heart->start(20);
+        auto* eye = new QTimer(this);
+        connect(eye, &QTimer::timeout, this, &Soak::compare);
+        eye->start(100);
     }
 
     void run() {
@@ -82,6 +89,20 @@ private:
         if (stood > StallMs)
             finding(
                 QStringLiteral("the event loop stood for %1 ms after tap %2 on %3").arg(stood).arg(m_taps).arg(m_last));
+    }
+
+    /// What is shown against what the module holds, whenever nothing is under way or open.
+    void compare() {
+        const bool atRest =
+            ActionGate::panel().isIdle() && !DialogRunner::anyOpen() && !QApplication::activePopupWidget();
+        const QStringList now = atRest ? disagreements(m_panel.window(), m_panel.module().record(0)) : QStringList();
+        if (now.isEmpty() || m_disagreed != now)
+            m_disagreeing.start();
+        m_disagreed = now;
+        if (m_disagreeing.elapsed() < AgreedMs)
+            return;
+        finding(QStringLiteral("after tap %1 on %2: ").arg(m_taps).arg(m_last) + now.join(QStringLiteral("; ")));
+        m_disagreeing.start();
     }
 
     QWidget* onTop() {
@@ -189,6 +210,8 @@ private:
     QElapsedTimer m_time;
     QElapsedTimer m_beat;
     QString m_last;
+    QElapsedTimer m_disagreeing; ///< since when the screen has differed as it does
+    QStringList m_disagreed;
     QPointer<QWidget> m_dialog;
     int m_tapsInDialog = 0;
     qint64 m_taps = 0;

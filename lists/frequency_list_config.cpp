@@ -10,6 +10,10 @@ namespace {
 
 enum Column { StepColumn, FrequencyColumn, PowerColumn, DwellColumn, AdvanceColumn, ColumnCount };
 
+constexpr char OutsideFrequency[] = "Frequency is outside the valid range";
+constexpr char OutsidePower[] = "Power is outside the valid range";
+constexpr char OutsideDwell[] = "Dwell time is outside the valid range";
+
 const QStringList& advances() {
     static const QStringList words{QStringLiteral("Run"), QStringLiteral("Wait")};
     return words;
@@ -18,31 +22,16 @@ const QStringList& advances() {
 } // namespace
 
 FrequencyListConfig::FrequencyListConfig(std::vector<list_point*>* points, const FrequencyListLimits& limits)
-    : StepListModel(points, {"Frequency list storage is not available", "Select a valid list row",
-                             "A list must contain at least one step", "List file contains no steps",
-                             "List file contains no valid steps"}),
+    : StepListModel(points,
+                    {"Frequency list storage is not available", "Select a valid list row",
+                     "A list must contain at least one step", "List file contains no steps",
+                     "List file contains no valid steps"},
+                    {{QStringLiteral("Step"), ListColumnKind::Step, false},
+                     {QStringLiteral("Frequency"), ListColumnKind::Frequency, true},
+                     {QStringLiteral("Power"), ListColumnKind::Power, true},
+                     {QStringLiteral("Dwell Time"), ListColumnKind::Time, false},
+                     {QStringLiteral("Adv."), ListColumnKind::Choice, true}}),
       m_limits(limits) {}
-
-int FrequencyListConfig::columnCount() const {
-    return ColumnCount;
-}
-
-ListColumn FrequencyListConfig::column(int index) const {
-    switch (index) {
-    case StepColumn:
-        return {QStringLiteral("Step"), ListColumnKind::Step, false};
-    case FrequencyColumn:
-        return {QStringLiteral("Frequency"), ListColumnKind::Frequency, true};
-    case PowerColumn:
-        return {QStringLiteral("Power"), ListColumnKind::Power, true};
-    case DwellColumn:
-        return {QStringLiteral("Dwell Time"), ListColumnKind::Time, m_dwellEditable};
-    case AdvanceColumn:
-        return {QStringLiteral("Adv."), ListColumnKind::Choice, true};
-    default:
-        return {};
-    }
-}
 
 QString FrequencyListConfig::cellText(int row, int column) const {
     const list_point* const point = pointAt(row);
@@ -72,12 +61,13 @@ bool FrequencyListConfig::getEditRequest(int row, int column, ListEditRequest& r
     switch (column) {
     case FrequencyColumn:
         request.unit = QString::fromStdString(point.frequencyUnit);
-        request.text = plainNumber(point.frequency);
+        request.text = editText(point.frequency, QString::number(point.frequency, 'f',
+                                                                 unitPrecision(UnitQuantity::Frequency, request.unit)));
         request.options = unitNames(UnitQuantity::Frequency);
         break;
     case PowerColumn:
         request.unit = QString::fromStdString(point.powerUnit);
-        request.text = plainNumber(point.power);
+        request.text = editText(point.power, QString::number(point.power, 'g', 6));
         request.options = unitNames(UnitQuantity::Power);
         request.min = m_limits.minPower;
         request.max = m_limits.maxPower;
@@ -85,7 +75,8 @@ bool FrequencyListConfig::getEditRequest(int row, int column, ListEditRequest& r
         break;
     case DwellColumn:
         request.unit = QString::fromStdString(point.dwellUnit);
-        request.text = plainNumber(point.dwell);
+        request.text =
+            editText(point.dwell, QString::number(point.dwell, 'f', unitPrecision(UnitQuantity::Time, request.unit)));
         request.options = unitNames(UnitQuantity::Time);
         request.min = m_limits.minDwell;
         request.max = m_limits.maxDwell;
@@ -117,14 +108,14 @@ bool FrequencyListConfig::applyEdit(const ListEditRequest& request, const ListEd
     case FrequencyColumn:
         if (!normalizeListFreq(number, unit, m_limits.minFrequency, m_limits.maxFrequency, number, unit, nullptr,
                                QStringLiteral("Frequency")))
-            return fail(error, "Frequency is outside the valid range");
+            return fail(error, OutsideFrequency);
         point->frequency = number;
         point->frequencyUnit = unit;
         break;
     case PowerColumn: {
         double dBm = 0;
         if (!powerToDbm(number, unit, dBm) || !(m_limits.minPower <= dBm && dBm <= m_limits.maxPower))
-            return fail(error, "Power is outside the valid range");
+            return fail(error, OutsidePower);
         point->power = dBm;
         point->powerUnit = "dBm";
         break;
@@ -132,12 +123,41 @@ bool FrequencyListConfig::applyEdit(const ListEditRequest& request, const ListEd
     default:
         if (!normalizeListTime(number, unit, m_limits.minDwell, m_limits.maxDwell, number, unit, nullptr,
                                QStringLiteral("Dwell Time")))
-            return fail(error, "Dwell time is outside the valid range");
+            return fail(error, OutsideDwell);
         point->dwell = number;
         point->dwellUnit = unit;
         break;
     }
     return true;
+}
+
+void FrequencyListConfig::setDwellEditable(bool editable) {
+    setColumnEditable(DwellColumn, editable);
+}
+
+bool FrequencyListConfig::dwellEditable() const {
+    return column(DwellColumn).editable;
+}
+
+QString FrequencyListConfig::cellProblem(int row, int column) const {
+    const list_point* const point = pointAt(row);
+    if (point == nullptr)
+        return {};
+    double value = 0;
+    std::string unit;
+    switch (column) {
+    case FrequencyColumn:
+        value = normalizeListFreq(value, unit, point->frequency, point->frequencyUnit);
+        return isOutside(m_limits.minFrequency, m_limits.maxFrequency, value) ? QLatin1String(OutsideFrequency)
+                                                                              : QString();
+    case PowerColumn:
+        return isOutside(m_limits.minPower, m_limits.maxPower, point->power) ? QLatin1String(OutsidePower) : QString();
+    case DwellColumn:
+        value = normalizeListTime(value, unit, point->dwell, point->dwellUnit);
+        return isOutside(m_limits.minDwell, m_limits.maxDwell, value) ? QLatin1String(OutsideDwell) : QString();
+    default:
+        return {};
+    }
 }
 
 void FrequencyListConfig::setFixedDwell(double value, const std::string& unit) {

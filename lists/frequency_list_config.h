@@ -23,19 +23,18 @@ public:
 
     int kind() const override { return 0; }
     QString jsonRootName() const override { return QStringLiteral("VeldaList"); }
-    int columnCount() const override;
-    ListColumn column(int index) const override;
     QString cellText(int row, int column) const override;
     bool getEditRequest(int row, int column, ListEditRequest& request) const override;
     bool applyEdit(const ListEditRequest& request, const ListEditValue& value, QString& error) override;
+    QString cellProblem(int row, int column) const override;
 
     /// The limits that the next edits and new steps get; present steps stay as they are.
     void setLimits(const FrequencyListLimits& limits) { m_limits = limits; }
     const FrequencyListLimits& limits() const { return m_limits; }
 
     /// Whether each step's dwell can be edited; not, until set.
-    void setDwellEditable(bool editable) { m_dwellEditable = editable; }
-    bool dwellEditable() const { return m_dwellEditable; }
+    void setDwellEditable(bool editable);
+    bool dwellEditable() const;
 
     /// Gives every step the same dwell, as it stands.
     void setFixedDwell(double value, const std::string& unit);
@@ -48,5 +47,4 @@ protected:
 
 private:
     FrequencyListLimits m_limits;
-    bool m_dwellEditable = false;
 };

@@ -87,8 +87,26 @@ public:
     /// defaults, limits are not applied. A list that is refused leaves the present one alone.
     [[nodiscard]] virtual bool fromJson(const QJsonArray& steps, QString& error) = 0;
 
+    /// What an edit that gave the cell its present value would be told; empty for a value within the limits, outside
+    /// the table, and where the limits are 0 and 0 or the lower one is above the upper one. A file can bring in
+    /// anything.
+    virtual QString cellProblem(int row, int column) const;
+
+    /// "Step 3: " and the first problem of a cell; empty when there is none.
+    QString firstProblem() const;
+
+    /// A number that stays the same as long as all that a file keeps of the steps does. Some 100 ns a step.
+    virtual quint64 fingerprint() const { return 0; }
+
 protected:
     IListConfig();
+
+    /// Whether limits are limits, and the value is not within them.
+    static bool isOutside(double minimum, double maximum, double value);
+
+    /// The text of a number as an editor opens with it: the usual one if it reads as that very number, otherwise all
+    /// its digits. Never with an exponent.
+    static QString editText(double value, const QString& usual);
 
     /// A request for a cell, filled as far as its column tells.
     ListEditRequest requestFor(int row, int column) const;

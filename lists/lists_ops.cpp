@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr int ValuesInStep = 20; // with room for members that are not ours
+
 const QString& suffix() {
     static const QString text = QStringLiteral(".json");
     return text;
@@ -19,6 +21,13 @@ const QString& suffix() {
 
 bool fail(QString& error, const char* sentence) {
     error = QLatin1String(sentence);
+    return false;
+}
+
+bool tooLarge(QString& error) {
+    error = QStringLiteral("List file is too large: the limit is %1 steps or %2 MB")
+                .arg(ListsOps::MostSteps)
+                .arg(ListsOps::MostBytes / 1000000);
     return false;
 }
 
@@ -38,6 +47,17 @@ QString ListsOps::filePath(const QString& name, unsigned int channel) const {
     return QDir(channelDirectory(channel)).filePath(normalizedFilename(name));
 }
 
+// A row of the browser stands for one file, whatever somebody has named it: " a.json" is not "a.json" then.
+QString ListsOps::pathOf(const QString& name, unsigned int channel) const {
+    const QString file = normalizedFilename(name);
+    if (file != name && !name.contains(QLatin1Char('/')) && name.endsWith(suffix(), Qt::CaseInsensitive)) {
+        const QString asItStands = QDir(channelDirectory(channel)).filePath(name);
+        if (QFileInfo(asItStands).isFile())
+            return asItStands;
+    }
+    return filePath(name, channel);
+}
+
 bool ListsOps::ensureChannelDirectory(unsigned int channel, QString& error) const {
     if (m_base.isEmpty())
         return fail(error, "List base directory is empty");
@@ -47,13 +67,13 @@ bool ListsOps::ensureChannelDirectory(unsigned int channel, QString& error) cons
 }
 
 bool ListsOps::exists(const QString& name, unsigned int channel) const {
-    return QFileInfo::exists(filePath(name, channel));
+    return QFileInfo::exists(pathOf(name, channel));
 }
 
 bool ListsOps::erase(const QString& name, unsigned int channel, QString& error) const {
     if (!exists(name, channel))
         return fail(error, "List file does not exist");
-    if (!QFile::remove(filePath(name, channel)))
+    if (!QFile::remove(pathOf(name, channel)))
         return fail(error, "Failed to delete list file");
     return true;
 }
@@ -73,9 +93,9 @@ bool ListsOps::save(const QString& name, unsigned int channel, const IListConfig
         return fail(error, "Filename is empty");
     if (!ensureChannelDirectory(channel, error))
         return false;
-    DurableFile::sweep(channelDirectory(channel), suffix());
+    DurableFile::sweep(channelDirectory(channel));
     const QJsonDocument document(QJsonObject{{list.jsonRootName(), list.toJson()}});
-    switch (DurableFile::replace(filePath(name, channel), document.toJson())) {
+    switch (DurableFile::replace(pathOf(name, channel), document.toJson())) {
     case DurableFile::Result::CannotOpen:
         return fail(error, "Failed to open list file for writing");
     case DurableFile::Result::CannotWrite:
@@ -87,14 +107,17 @@ bool ListsOps::save(const QString& name, unsigned int channel, const IListConfig
 }
 
 bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list, QString& error) const {
-    const QString path = filePath(name, channel);
+    const QString path = pathOf(name, channel);
     QFile file(path);
     // What is no plain file, a pipe for one, could keep the panel waiting for ever.
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return fail(error, "Failed to open list file");
     if (file.size() > MostBytes)
-        return fail(error, "Invalid list JSON file");
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+        return tooLarge(error);
+    const QByteArray content = file.readAll();
+    if (content.count(',') > MostSteps * ValuesInStep)
+        return tooLarge(error);
+    const QJsonDocument document = QJsonDocument::fromJson(content);
     if (document.isNull() || document.isEmpty())
         return fail(error, "Invalid list JSON file");
     const QJsonValue root = document.object().value(list.jsonRootName());
@@ -102,6 +125,6 @@ bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list
         return fail(error, "List JSON root is missing");
     const QJsonArray steps = root.toArray();
     if (steps.size() > MostSteps)
-        return fail(error, "Invalid list JSON file");
+        return tooLarge(error);
     return list.fromJson(steps, error);
 }

@@ -10,6 +10,9 @@ namespace {
 
 enum Column { StepColumn, OnTimeColumn, OffTimeColumn, RepetitionColumn, ColumnCount };
 
+constexpr char OutsideTime[] = "Pattern time is outside the valid range";
+constexpr char OutsideRepetition[] = "Repetition count is outside the valid range";
+
 // The two time columns differ in the fields that they show.
 struct TimeField {
     double pattern_point::*value;
@@ -37,29 +40,15 @@ std::uint32_t toCount(double number) {
 } // namespace
 
 PatternListConfig::PatternListConfig(std::vector<pattern_point*>* points, const PatternListLimits& limits)
-    : StepListModel(points, {"Pattern list storage is not available", "Select a valid pattern row",
-                             "A pattern must contain at least one step", "Pattern file contains no steps",
-                             "Pattern file contains no valid steps"}),
+    : StepListModel(points,
+                    {"Pattern list storage is not available", "Select a valid pattern row",
+                     "A pattern must contain at least one step", "Pattern file contains no steps",
+                     "Pattern file contains no valid steps"},
+                    {{QStringLiteral("Step"), ListColumnKind::Step, false},
+                     {QStringLiteral("On Time"), ListColumnKind::Time, true},
+                     {QStringLiteral("Off Time"), ListColumnKind::Time, true},
+                     {QStringLiteral("Repetition"), ListColumnKind::Count, true}}),
       m_limits(limits) {}
-
-int PatternListConfig::columnCount() const {
-    return ColumnCount;
-}
-
-ListColumn PatternListConfig::column(int index) const {
-    switch (index) {
-    case StepColumn:
-        return {QStringLiteral("Step"), ListColumnKind::Step, false};
-    case OnTimeColumn:
-        return {QStringLiteral("On Time"), ListColumnKind::Time, true};
-    case OffTimeColumn:
-        return {QStringLiteral("Off Time"), ListColumnKind::Time, true};
-    case RepetitionColumn:
-        return {QStringLiteral("Repetition"), ListColumnKind::Count, true};
-    default:
-        return {};
-    }
-}
 
 QString PatternListConfig::cellText(int row, int column) const {
     const pattern_point* const point = pointAt(row);
@@ -91,7 +80,7 @@ bool PatternListConfig::getEditRequest(int row, int column, ListEditRequest& req
         return true;
     }
     const TimeField time = timeField(column);
-    request.text = plainNumber(point.*time.value);
+    request.text = editText(point.*time.value, QString::number(point.*time.value, 'g', 6));
     request.unit = QString::fromStdString(point.*time.unit);
     request.options = unitNames(UnitQuantity::Time);
     return true;
@@ -107,18 +96,33 @@ bool PatternListConfig::applyEdit(const ListEditRequest& request, const ListEdit
     if (request.column == RepetitionColumn) {
         const std::uint32_t count = toCount(value.unit == thousands() ? number * 1000 : number);
         if (count < m_limits.minRepetition || count > m_limits.maxRepetition)
-            return fail(error, "Repetition count is outside the valid range");
+            return fail(error, OutsideRepetition);
         point->loops = count;
         return true;
     }
     std::string unit = value.unit.toStdString();
     if (!normalizeListTime(number, unit, m_limits.minTime, m_limits.maxTime, number, unit, nullptr,
                            column(request.column).title))
-        return fail(error, "Pattern time is outside the valid range");
+        return fail(error, OutsideTime);
     const TimeField time = timeField(request.column);
     point->*time.value = number;
     point->*time.unit = unit;
     return true;
+}
+
+QString PatternListConfig::cellProblem(int row, int column) const {
+    const pattern_point* const point = pointAt(row);
+    if (point == nullptr || column <= StepColumn || column >= ColumnCount)
+        return {};
+    if (column == RepetitionColumn)
+        return isOutside(m_limits.minRepetition, m_limits.maxRepetition, point->loops)
+                   ? QLatin1String(OutsideRepetition)
+                   : QString();
+    const TimeField time = timeField(column);
+    double value = 0;
+    std::string unit;
+    value = normalizeListTime(value, unit, point->*time.value, point->*time.unit);
+    return isOutside(m_limits.minTime, m_limits.maxTime, value) ? QLatin1String(OutsideTime) : QString();
 }
 
 const JsonMembers<pattern_point>& PatternListConfig::jsonMembers() const {

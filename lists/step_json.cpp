@@ -24,7 +24,7 @@ QJsonValue jsonValue(bool flag) {
 
 std::uint32_t readCount(const QCborValue& value, std::uint32_t otherwise) {
     const double number = value.toDouble(otherwise);
-    if (!(number <= UINT32_MAX) || number != std::floor(number))
+    if (!(std::abs(number) <= INT32_MAX) || number != std::floor(number))
         return otherwise;
     return number > 0 ? static_cast<std::uint32_t>(number) : 0;
 }

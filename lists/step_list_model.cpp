@@ -1,6 +1,29 @@
 #include "lists/step_list_model.h"
 
+#include <cstring>
 #include <memory>
+#include <type_traits>
+
+namespace {
+
+// Mixes as FNV-1a does, a word at a time.
+void mix(quint64& sum, quint64 word) {
+    sum = (sum ^ word) * 0x100000001B3ULL;
+    sum ^= sum >> 29;
+}
+
+template <typename Field>
+void mixField(quint64& sum, const Field& field) {
+    if constexpr (std::is_same_v<Field, std::string>) {
+        mix(sum, std::hash<std::string>()(field));
+    } else {
+        quint64 word = 0;
+        std::memcpy(&word, &field, sizeof field);
+        mix(sum, word);
+    }
+}
+
+} // namespace
 
 template <typename Point>
 int StepListModel<Point>::rowCount() const {
@@ -38,12 +61,17 @@ bool StepListModel<Point>::clearAndCreateDefault(QString& error) {
 }
 
 template <typename Point>
+ListColumn StepListModel<Point>::column(int index) const {
+    return index >= 0 && index < columnCount() ? m_columns[static_cast<std::size_t>(index)] : ListColumn();
+}
+
+template <typename Point>
 bool StepListModel<Point>::addDefault(QString& error) {
     if (m_points == nullptr)
         return this->fail(error, m_messages.noStorage);
     auto point = std::make_unique<Point>(defaultPoint());
     m_points->push_back(point.get());
-    point.release();
+    static_cast<void>(point.release()); // the list holds it now
     renumber();
     return true;
 }
@@ -96,6 +124,20 @@ bool StepListModel<Point>::fromJson(const QJsonArray& steps, QString& error) {
         m_points->push_back(point.release());
     renumber();
     return true;
+}
+
+template <typename Point>
+quint64 StepListModel<Point>::fingerprint() const {
+    quint64 sum = static_cast<quint64>(rowCount());
+    const JsonMembers<Point>& members = jsonMembers();
+    for (int row = 0; row < rowCount(); ++row) {
+        const Point& point = *pointAt(row);
+        for (const JsonMember<Point>& member : members) {
+            if (member.isRead)
+                std::visit([&](auto field) { mixField(sum, point.*field); }, member.field);
+        }
+    }
+    return sum;
 }
 
 template class StepListModel<list_point>;

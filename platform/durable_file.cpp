@@ -4,14 +4,21 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QStringList>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 
-// QSaveFile puts the content on the disk, not the folder's entry. File systems that cannot do that for a folder say
+namespace {
+
+// No other program makes files of this name: what is swept is the panel's own.
+constexpr char Prefix[] = ".velda-unfinished-";
+
+} // namespace
+
+// A file's content on the disk is not yet its folder's entry. File systems that cannot do that for a folder say
 // EINVAL.
 bool DurableFile::syncFolder(const QString& folder) {
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -36,26 +43,50 @@ bool DurableFile::makeFolder(const QString& folder) {
     return true;
 }
 
-DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& content) {
-    // A name that is too long together with QSaveFile's ending shows at the end only.
-    constexpr int EndingSize = 7;
-    if (QFile::encodeName(QFileInfo(path).fileName()).size() + EndingSize > NAME_MAX)
-        return Result::CannotOpen;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return Result::CannotOpen;
-    // Flushed on its own: commit() does so as well, but takes a flush that wrote a part for a success.
-    if (file.write(content) != content.size() || !file.flush() || !file.commit())
-        return Result::CannotWrite;
-    return syncFolder(QFileInfo(path).path()) ? Result::Ok : Result::CannotWrite;
+DurableFile::Replacement::Replacement(const QString& path) : m_path(path) {
+    const QFileInfo info(path);
+    if (info.isSymLink() && info.exists())
+        m_path = info.canonicalFilePath();
+    setFileTemplate(QFileInfo(m_path).path() + QLatin1Char('/') + QLatin1String(Prefix) + QStringLiteral("XXXXXX"));
 }
 
-void DurableFile::sweep(const QString& folder, const QString& suffix) {
-    const QRegularExpression left(QRegularExpression::escape(suffix) + QStringLiteral("\\.(?!backup)[A-Za-z]{6}\\z"),
-                                  QRegularExpression::CaseInsensitiveOption);
+bool DurableFile::Replacement::begin() {
+    const QFileInfo old(m_path);
+    if (old.isSymLink() || (old.exists() && !(old.isFile() && old.isWritable())) ||
+        QFile::encodeName(old.fileName()).size() > NAME_MAX)
+        return false;
+    if (!open())
+        return false;
+    const Permissions usual = ReadOwner | WriteOwner | ReadGroup | ReadOther;
+    setPermissions(old.exists() ? old.permissions() : usual); // a medium that knows none may refuse
+    return true;
+}
+
+bool DurableFile::Replacement::append(const QByteArray& bytes) {
+    return write(bytes) == bytes.size();
+}
+
+bool DurableFile::Replacement::commit() {
+    const QByteArray from = QFile::encodeName(fileName());
+    if (!flush() || ::fsync(handle()) != 0 || std::rename(from.constData(), QFile::encodeName(m_path).constData()) != 0)
+        return false;
+    setAutoRemove(false);
+    return syncFolder(QFileInfo(m_path).path());
+}
+
+DurableFile::Result DurableFile::replace(const QString& path, const QByteArray& content) {
+    Replacement file(path);
+    if (!file.begin())
+        return Result::CannotOpen;
+    return file.append(content) && file.commit() ? Result::Ok : Result::CannotWrite;
+}
+
+void DurableFile::sweep(const QString& folder) {
+    static const QRegularExpression left(QRegularExpression::anchoredPattern(
+        QRegularExpression::escape(QLatin1String(Prefix)) + QStringLiteral("[A-Za-z]{6}")));
     QDir dir(folder);
-    const QStringList names = dir.entryList({QLatin1Char('*') + suffix + QStringLiteral(".??????")},
-                                            QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    const QStringList names =
+        dir.entryList({QLatin1String(Prefix) + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::NoSymLinks);
     for (const QString& name : names) {
         if (left.match(name).hasMatch())
             dir.remove(name);

@@ -16,6 +16,8 @@ struct NetworkFacts {
         bool loopback = false;
         QString hardwareAddress;
         std::vector<Address> addresses; ///< IPv4 only
+        QString name = {};
+        bool carrier = false; ///< a cable is in it
     };
 
     QString hostName;

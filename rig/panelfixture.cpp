@@ -4,6 +4,7 @@
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/styles/styles.h"
+#include "rig/agreement.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -145,6 +146,12 @@ QString PanelFixture::toast() {
 bool PanelFixture::hasStyle(const QString& name, const QString& sheet) {
     auto* target = widget<QWidget>(name);
     return target && target->styleSheet() == sheet;
+}
+
+QStringList PanelFixture::disagreements() {
+    if (m_module->port() == 0)
+        return {};
+    return settle() ? ::disagreements(*m_window, record()) : QStringList{QStringLiteral("never at rest")};
 }
 
 QStringList PanelFixture::sent() {

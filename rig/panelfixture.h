@@ -57,6 +57,10 @@ public:
     QString toast();
     bool hasStyle(const QString& name, const QString& sheet);
 
+    /// Where the screens show something else than the module holds, once nothing is under way; empty when all agree or
+    /// the module was never started.
+    QStringList disagreements();
+
     /// The lines that the module received since the last call.
     QStringList sent();
 

@@ -10,13 +10,13 @@
 namespace Console {
 
 void say(const QString& line) {
-    std::fprintf(stdout, "%s\n", line.toLocal8Bit().constData());
+    std::fprintf(stdout, "%s\n", line.toUtf8().constData());
 }
 
 int refuse(const QString& why, int code) {
     std::fprintf(stderr, "%s: %s\n",
                  QFileInfo(QCoreApplication::applicationFilePath()).fileName().toLocal8Bit().constData(),
-                 why.toLocal8Bit().constData());
+                 why.toUtf8().constData());
     return code;
 }
 
@@ -38,6 +38,19 @@ int run(int argc, char** argv, const Tool& tool, const Carry& carry) {
     const QStringList arguments = parser.positionalArguments();
     const std::optional<int> code = carry(parser, arguments.value(0), arguments.mid(1));
     return code ? *code : refuse(QStringLiteral("say %1, or --help").arg(tool.commands), Usage);
+}
+
+QString visible(const QString& text) {
+    QString shown;
+    for (const uint c : text.toUcs4()) {
+        if (c == '\\')
+            shown += QStringLiteral("\\\\");
+        else if (QChar::isPrint(c))
+            shown += QString::fromUcs4(&c, 1);
+        else
+            shown += QStringLiteral("\\u{%1}").arg(c, 0, 16);
+    }
+    return shown;
 }
 
 QString writeFile(const QString& path, const QByteArray& bytes) {

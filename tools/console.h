@@ -16,6 +16,10 @@ inline constexpr int Done = 0;
 inline constexpr int Refused = 1;
 inline constexpr int Usage = 2;
 
+/// A text from elsewhere as it is to be shown: what cannot be seen, a line end or a control character for one, as
+/// "\u{1b}", and a backslash as two.
+QString visible(const QString& text);
+
 /// A line on standard output.
 void say(const QString& line);
 

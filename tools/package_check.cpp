@@ -76,6 +76,12 @@ QString componentProblem(const MANIFEST_DATA_COMPONENT& component, const QString
         return QStringLiteral("not carried out: %1").arg(plan.refusal);
     if (plan.isCommand)
         return component.name.trimmed().isEmpty() ? QStringLiteral("its command is empty") : QString();
+    const bool copiesFolder = component.action == "copy" && component.type == "dir";
+    if (copiesFolder && !component.name.endsWith("/.") && !component.destination.endsWith("/.")) {
+        return QStringLiteral("\"%1\" becomes %2 or goes into it, as that is there or not: end the name or the "
+                              "destination in \"/.\"")
+            .arg(component.name, component.destination);
+    }
     const QFileInfo target(patchFolder(scratch) + '/' + component.name);
     if (component.type == "file" ? !target.isFile() : !target.isDir())
         return QStringLiteral("the package holds no %1 \"%2\"").arg(component.type, component.name);

@@ -1,3 +1,4 @@
+#include "common/update/component_plan.h"
 #include "tools/console.h"
 #include "tools/package_build.h"
 #include "tools/package_check.h"
@@ -5,39 +6,58 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QMap>
 
 namespace {
 
 int tell(const QStringList& problems) {
     for (const QString& problem : problems)
-        Console::refuse(problem);
+        Console::refuse(Console::visible(problem));
     return problems.isEmpty() ? Console::Done : Console::Refused;
+}
+
+// A folder is copied as what it holds into a folder that is there: then the first and the second installation leave the
+// same tree.
+QString takeInstall(const QString& text, PackageRequest& request) {
+    const int at = text.indexOf('=');
+    if (at < 1 || at + 1 == text.size())
+        return QStringLiteral("--install takes NAME=DESTINATION");
+    MANIFEST_DATA_COMPONENT component{"file", text.left(at), "copy", text.mid(at + 1)};
+    const QFileInfo source(request.source + '/' + component.name);
+    if (source.isDir()) {
+        if (component.destination.endsWith('/'))
+            component.destination += QFileInfo(source.absoluteFilePath()).fileName();
+        if (!isPlainWord(component.destination))
+            return QStringLiteral("\"%1\" holds a character that may not stand in a command")
+                .arg(component.destination);
+        request.components << MANIFEST_DATA_COMPONENT{"file", "sudo mkdir -p " + component.destination, "action", {}};
+        component.type = "dir";
+        component.name += "/.";
+    }
+    request.components << component;
+    return {};
 }
 
 // The order on the command line is the order of the installation, across the kinds of options.
 QString takeComponents(const QCommandLineParser& parser, PackageRequest& request) {
-    QStringList installs = parser.values("install");
-    QStringList runs = parser.values("run");
+    QMap<QString, QStringList> values;
     for (const QString& option : parser.optionNames()) {
-        MANIFEST_DATA_COMPONENT component{"file", {}, "action", {}};
-        if (option == "install") {
-            const QString text = installs.takeFirst();
-            const int at = text.indexOf('=');
-            if (at < 1)
-                return QStringLiteral("--install takes NAME=DESTINATION");
-            component.name = text.left(at);
-            component.destination = text.mid(at + 1);
-            component.action = "copy";
-            if (QFileInfo(request.source + '/' + component.name).isDir())
-                component.type = "dir";
-        } else if (option == "run") {
-            component.name = runs.takeFirst();
-        } else if (option == "reboot") {
-            component.name = "sudo reboot";
-        } else {
-            continue;
-        }
-        request.components << component;
+        QStringList& left = values[option];
+        if (left.isEmpty())
+            left = parser.values(option);
+        const QString value = left.isEmpty() ? QString() : left.takeFirst();
+        QString problem;
+        if (option == "install")
+            problem = takeInstall(value, request);
+        else if (option == "delete")
+            request.components << MANIFEST_DATA_COMPONENT{
+                QFileInfo(request.source + '/' + value).isDir() ? "dir" : "file", value, "delete", {}};
+        else if (option == "run" || option == "try")
+            request.components << MANIFEST_DATA_COMPONENT{option == "run" ? "file" : "dir", value, "action", {}};
+        else if (option == "reboot")
+            request.components << MANIFEST_DATA_COMPONENT{"file", "sudo reboot", "action", {}};
+        if (!problem.isEmpty())
+            return problem;
     }
     return {};
 }
@@ -68,7 +88,7 @@ int inspect(bool list, const QCommandLineParser& parser, const QStringList& plac
     if (list && QFileInfo(manifest).isFile()) {
         int number = 0;
         for (const QString& step : listPackage(manifest))
-            Console::say(QStringLiteral("%1. %2").arg(++number).arg(step));
+            Console::say(QStringLiteral("%1. %2").arg(++number).arg(Console::visible(step)));
     }
     return tell(problems);
 }
@@ -105,8 +125,13 @@ int main(int argc, char** argv) {
         {{"version", "Version that the instrument shows.", "version"},
          {"name", "Name in the manifest; it decides the kind: FW, FPGA or NMX.", "name"},
          {"description", "Description in the manifest.", "text"},
-         {"install", "Copies a file or folder of the package to a place of the instrument.", "name=place"},
+         {"install",
+          "Copies a file of the package to a place of the instrument, or a folder so that it is that place; a folder's "
+          "place that ends in / is the folder to put it into.",
+          "name=place"},
+         {"delete", "Deletes a file or folder of the unpacked package.", "name"},
          {"run", "Runs a command on the instrument; its failure stops the installation.", "command"},
+         {"try", "Runs a command on the instrument; its failure is written to the log.", "command"},
          QCommandLineOption("reboot", "Reboots the instrument.")}};
     return Console::run(argc, argv, tool, carryOut);
 }

@@ -94,6 +94,9 @@ signals:
 protected:
     InstrumentLink(const InstrumentSettings& settings, QObject* parent);
 
+    /// The command that ended last got no answer in time.
+    bool lastTimedOut() const { return m_lastTimedOut; }
+
     /// Makes a channel current; up to 4, one more than a region can hold and always a record of zeros.
     /// The module is told by whoever calls, and again after each reconnection.
     void selectChannel(unsigned channel);
@@ -155,6 +158,7 @@ private:
     bool m_lackReported = false; ///< of a client, since there was one
     bool m_moduleConnected = true;
     bool m_answering = true;
+    bool m_lastTimedOut = false;
     int m_waits = 0;
     int m_waitBudgetMs = 0; ///< time-outs of the commands that wait
 };

@@ -1,5 +1,6 @@
 #include "common/update/component_plan.h"
 
+#include <QDirIterator>
 #include <QFileInfo>
 #include <algorithm>
 
@@ -58,11 +59,33 @@ QString wayProblem(const QString& name, const QString& folder) {
     return {};
 }
 
+// To copy a pipe is to wait for ever for somebody who writes into it; a device has no end.
+QString contentProblem(const QString& path) {
+    const auto isSpecial = [](const QFileInfo& info) {
+        return !info.isSymLink() && info.exists() && !info.isFile() && !info.isDir();
+    };
+    const QFileInfo top(path);
+    bool special = isSpecial(QFileInfo(top.canonicalFilePath()));
+    if (top.isDir() && !top.isSymLink()) {
+        QDirIterator at(path, QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (!special && at.hasNext()) {
+            at.next();
+            special = isSpecial(at.fileInfo());
+        }
+    }
+    return special ? QStringLiteral("it is or holds a pipe, a socket or a device") : QString();
+}
+
 QString refusalOf(const Rule& rule, const MANIFEST_DATA_COMPONENT& component, const QString& scratch) {
     QString problem = wordProblem("name", component.name);
     if (problem.isEmpty() && rule.hasDestination)
         problem = wordProblem("destination", component.destination);
-    return problem.isEmpty() ? wayProblem(component.name, patchFolder(scratch)) : problem;
+    if (problem.isEmpty())
+        problem = wayProblem(component.name, patchFolder(scratch));
+    if (problem.isEmpty() && rule.hasDestination)
+        problem = contentProblem(patchFolder(scratch) + '/' + component.name);
+    return problem;
 }
 
 ComponentPlan unknown(const MANIFEST_DATA_COMPONENT& component) {

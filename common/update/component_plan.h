@@ -20,6 +20,7 @@ struct ComponentPlan {
 ///
 /// A copy or delete is refused when its name or destination is empty, starts with "-" or holds anything but letters,
 /// digits and ". _ - + @ % , : = /", and when the name leads out of the patch folder by ".." or through a link.
+/// A copy of a pipe, a socket or a device, or of a folder that holds one, is refused as well.
 [[nodiscard]] ComponentPlan planComponent(const MANIFEST_DATA_COMPONENT& component, const QString& scratch);
 
 /// Folder of an unpacked package in which the components lie.

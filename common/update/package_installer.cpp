@@ -1,6 +1,7 @@
 #include "common/update/package_installer.h"
 
 #include "common/update/process_run.h"
+#include "platform/durable_file.h"
 #include "platform/logger.h"
 
 #include <QDir>
@@ -9,6 +10,8 @@
 namespace {
 
 enum Code { Done = 0, NoManifest = -1, ScratchStays = -2, NoScratch = -3, NotUnpacked = -4, ActionFailed = -5 };
+
+constexpr qint64 LongestMark = 256;
 
 template <typename... Args>
 void info(const char* format, const Args&... args) {
@@ -29,6 +32,14 @@ bool removePath(const QString& path) {
 }
 
 } // namespace
+
+QString unfinishedInstallation(const InstallSettings& settings) {
+    QFile marker(settings.markerFile);
+    if (!QFileInfo(marker).isFile() || !marker.open(QIODevice::ReadOnly))
+        return {};
+    const QString what = QString::fromUtf8(marker.read(LongestMark)).simplified();
+    return what.isEmpty() ? QStringLiteral("?") : what;
+}
 
 fwThread::fwThread(const MANIFEST_DATA* manifest, const InstallSettings& settings, QObject* parent)
     : QThread(parent), m_manifest(manifest), m_settings(settings) {}
@@ -56,6 +67,15 @@ int fwThread::install() {
         return code;
     if (!unpack())
         return NotUnpacked;
+    mark();
+    const int code = carryOutAll();
+    unmark();
+    if (code == Done)
+        info("fwThread::fwUpgrade completed successfully");
+    return code;
+}
+
+int fwThread::carryOutAll() {
     for (const auto& component : m_manifest->components) {
         if (!component) {
             failure("fwThread::fwUpgrade: null manifest component");
@@ -64,8 +84,20 @@ int fwThread::install() {
         if (const int code = installComponent(*component); code != Done)
             return code;
     }
-    info("fwThread::fwUpgrade completed successfully");
     return Done;
+}
+
+void fwThread::mark() {
+    const QString& path = m_settings.markerFile;
+    const QByteArray what = (m_manifest->name + ' ' + m_manifest->version).simplified().toUtf8();
+    if (!DurableFile::makeFolder(QFileInfo(path).path()) || DurableFile::replace(path, what) != DurableFile::Result::Ok)
+        failure("%s cannot be written: an installation that is cut off will not be told of", path);
+}
+
+void fwThread::unmark() {
+    const QString& path = m_settings.markerFile;
+    if (QFileInfo::exists(path) && !(QFile::remove(path) && DurableFile::syncFolder(QFileInfo(path).path())))
+        failure("%s cannot be removed", path);
 }
 
 int fwThread::prepareScratch() {
@@ -111,10 +143,13 @@ int fwThread::installComponent(const MANIFEST_DATA_COMPONENT& component) {
             failure("fwThread::fwUpgrade failed cleanup before reboot: %s", command);
             return ActionFailed;
         }
+        unmark();
     }
     if (plan.known && carryOut(plan, component))
         return Done;
     failure("fwThread::fwUpgrade %s: %s", plan.failure, plan.subject);
+    if (++m_failedSteps == 1)
+        m_firstFailure = plan.subject;
     return plan.stops ? ActionFailed : Done;
 }
 

@@ -8,7 +8,14 @@
 struct InstallSettings {
     QString scratchFolder = CVeldaPath("/tmpfw").get_path(); ///< removed and made anew by each installation
     int startTimeoutMs = 30000;                              ///< longest wait for a command to start
+
+    /// Is there from the first change of an installation to its end: one that is there otherwise tells of an
+    /// installation that was cut off.
+    QString markerFile = CVeldaPath("/kavor/upgrade/unfinished").get_path();
 };
+
+/// What was being installed when an installation was cut off, on one line; empty when none was. Any thread.
+QString unfinishedInstallation(const InstallSettings& settings = {});
 
 /// Installs one software package on its own thread: unpacks it into the scratch folder and carries out the components
 /// of its manifest with shell commands. One object serves one installation.
@@ -25,6 +32,11 @@ public:
 
     /// The installation; blocks until fwUpgraded was emitted. Called by the thread itself.
     void fwUpgrade();
+
+    /// Components that were not carried out although the installation went on, and the first of them. After
+    /// fwUpgraded.
+    int failedSteps() const { return m_failedSteps; }
+    QString firstFailure() const { return m_firstFailure; }
 
     /// Runs a program with arguments and waits for its end without limit. True only for a normal exit with code 0; a
     /// failure is logged with the end of what the program wrote. Any thread but the GUI's.
@@ -44,11 +56,16 @@ protected:
 
 private:
     int install();
+    int carryOutAll();
     int prepareScratch();
+    void mark();
+    void unmark();
     bool unpack();
     bool carryOut(const ComponentPlan& plan, const MANIFEST_DATA_COMPONENT& component);
     int installComponent(const MANIFEST_DATA_COMPONENT& component);
 
     const MANIFEST_DATA* m_manifest;
     InstallSettings m_settings;
+    int m_failedSteps = 0;
+    QString m_firstFailure;
 };

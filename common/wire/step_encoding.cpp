@@ -5,6 +5,8 @@
 #include <QtEndian>
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <locale>
@@ -73,17 +75,45 @@ static_assert(Millihertz.isExact() && Microseconds.isExact() && Nanoseconds.isEx
 
 constexpr double Hundredths = 100;
 
-// Truncated toward zero. A file can hold any number: what the integer cannot hold becomes its nearest bound, as the
-// board's processor converts it.
+// From here on a double no longer tells every decimal number of so many digits from its neighbours.
+constexpr double ManyDigits = 1e15;
+
+// The same by the digits of the shortest decimal number that reads as the value; not negative, below 2^64.
+quint64 digitsOfProduct(double value, double factor) {
+    std::array<char, 32> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific).ptr;
+    const QByteArray number(text.data(), static_cast<int>(end - text.data()));
+    const int exponentAt = number.indexOf('e');
+    const int whole = 1 + number.mid(exponentAt + 1).toInt() + static_cast<int>(std::lround(std::log10(factor)));
+    const QByteArray digits = number.left(exponentAt).replace('.', "").leftJustified(whole, '0', true);
+    bool fits = false;
+    const quint64 result = digits.toULongLong(&fits);
+    return fits ? result : std::numeric_limits<quint64>::max();
+}
+
+// The product of a decimal number, as a user or a file gives it, with a power of ten, truncated toward zero: 4.35 times
+// 100 is 435, whatever the nearest binary fraction makes of it. Of the integers around the product the nearest one
+// counts in full when its quotient reads as the value or as less. A file can hold any number: what the integer cannot
+// hold becomes its nearest bound, as the board's processor converts it.
 template <typename Integer>
-quint64 truncated(double value) {
+quint64 truncated(double value, double factor) {
     using Limits = std::numeric_limits<Integer>;
     constexpr double Bound = Limits::is_signed ? 0x1p63 : 0x1p64;
-    if (value >= Bound)
-        return static_cast<quint64>(Limits::max());
-    if (!(value >= static_cast<double>(Limits::min())))
-        return value < 0 ? static_cast<quint64>(Limits::min()) : 0; // below, or not a number
-    return static_cast<quint64>(static_cast<Integer>(value));
+    constexpr double NoFraction = 0x1p52; // added and taken away again, it rounds
+    const double size = std::abs(value);
+    const double product = size * factor;
+    if (product < ManyDigits) {
+        const double nearest = product + NoFraction - NoFraction;
+        const qint64 whole = static_cast<qint64>(nearest) - static_cast<qint64>(size < nearest / factor);
+        const qint64 below = -static_cast<qint64>(value < 0); // all ones for a minus: no branch depends on the numbers
+        return static_cast<quint64>(Limits::is_signed ? (whole ^ below) - below : whole & ~below);
+    }
+    if (std::isnan(value) || (value < 0 && !Limits::is_signed))
+        return 0;
+    if (product >= Bound)
+        return static_cast<quint64>(value > 0 ? Limits::max() : Limits::min());
+    const quint64 whole = std::min(digitsOfProduct(size, factor), static_cast<quint64>(Limits::max()));
+    return value > 0 ? whole : -whole;
 }
 
 inline void put(char* record, StepWire::Field field, quint64 value) {
@@ -94,18 +124,18 @@ inline void put(char* record, StepWire::Field field, quint64 value) {
 inline void encode(const list_point& step, bool last, bool notRun, char* record) {
     using namespace StepWire;
     put(record, ListNumber, step.stepNumber);
-    put(record, ListFrequency, truncated<quint64>(step.frequency * Millihertz.of(step.frequencyUnit)));
-    put(record, ListPower, truncated<qint64>(step.power * Hundredths));
+    put(record, ListFrequency, truncated<quint64>(step.frequency, Millihertz.of(step.frequencyUnit)));
+    put(record, ListPower, truncated<qint64>(step.power, Hundredths));
     put(record, ListFlags, (last ? LastStepFlag : 0U) | (notRun ? WaitFlag : 0U));
-    put(record, ListDwell, truncated<quint64>(step.dwell * Microseconds.of(step.dwellUnit)));
+    put(record, ListDwell, truncated<quint64>(step.dwell, Microseconds.of(step.dwellUnit)));
 }
 
 inline void encode(const pattern_point& step, char* record) {
     using namespace StepWire;
     put(record, PatternNumber, step.stepNumber);
     put(record, PatternLoops, step.loops);
-    put(record, PatternOffTime, truncated<qint64>(step.offTime * Nanoseconds.of(step.offTimeUnit)));
-    put(record, PatternOnTime, truncated<qint64>(step.onTime * Nanoseconds.of(step.onTimeUnit)));
+    put(record, PatternOffTime, truncated<qint64>(step.offTime, Nanoseconds.of(step.offTimeUnit)));
+    put(record, PatternOnTime, truncated<qint64>(step.onTime, Nanoseconds.of(step.onTimeUnit)));
 }
 
 inline bool waits(const list_point& step) {

@@ -24,7 +24,8 @@ struct Field {
     constexpr int end() const { return offset + size; }
 };
 
-/// Record of a list step. A frequency and a power are truncated toward zero to what the field counts, a dwell too.
+/// Record of a list step. Frequency, power and dwell are truncated toward zero to what the field counts, as decimal
+/// numbers: 4.35 dBm is 435.
 constexpr Field ListNumber{0, 2};    ///< low bits of the step number
 constexpr Field ListFrequency{2, 6}; ///< millihertz, unsigned
 constexpr Field ListPower{8, 2};     ///< hundredths of a dBm, signed

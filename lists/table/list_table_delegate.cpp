@@ -69,7 +69,9 @@ void ListCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
         width = QFontMetrics(font).horizontalAdvance(text);
     }
     painter->setFont(font);
-    painter->setPen(index.data(QuietRole).toBool() ? m_config.quietText : m_config.text);
+    painter->setPen(index.data(WrongRole).toBool()   ? m_config.wrongText
+                    : index.data(QuietRole).toBool() ? m_config.quietText
+                                                     : m_config.text);
     painter->drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                       width > room.width() ? QFontMetrics(font).elidedText(text, Qt::ElideMiddle, room.width()) : text);
     if (view)

@@ -13,6 +13,9 @@ public:
     /// Of a cell: true when it cannot be edited and steps back.
     static constexpr int QuietRole = Qt::UserRole + 2;
 
+    /// Of a cell: true when its value is not one that the module takes.
+    static constexpr int WrongRole = Qt::UserRole + 3;
+
     explicit ListCellDelegate(QObject* parent) : QStyledItemDelegate(parent) {}
 
     void setConfig(const ListTableViewConfig& config) { m_config = config; }

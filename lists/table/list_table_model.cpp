@@ -47,6 +47,8 @@ QVariant ListTableModel::data(const QModelIndex& index, int role) const {
         return m_config->cellText(index.row(), index.column());
     if (role == ListCellDelegate::QuietRole)
         return !m_config->isCellEditable(index.row(), index.column());
+    if (role == ListCellDelegate::WrongRole)
+        return !m_config->cellProblem(index.row(), index.column()).isEmpty();
     return {};
 }
 

@@ -20,6 +20,7 @@ struct ListTableViewConfig {
 
     QColor text;
     QColor quietText; ///< cells that cannot be edited
+    QColor wrongText; ///< values that the module would not take
     QColor line;      ///< between rows
     QColor row;       ///< ground of the current row
     QColor accent;    ///< around the current cell

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/wire/channel_record.h"
+#include "portable/host/screentexts.h"
 #include "portable/widgets/pagegroup.h"
 
 #include <QString>
@@ -40,7 +41,7 @@ private:
 /// A text of the record as a label shows it.
 template <std::size_t N>
 QString recordQText(const char (&field)[N]) {
-    return QString::fromStdString(recordText(field));
+    return onOneLine(QString::fromStdString(recordText(field)));
 }
 
 /// The value of a row that shows a text of the record as it is.

@@ -51,7 +51,7 @@ struct ValueField {
     translations row = translations::GHzToHz;
     int timeUnits = 3;         ///< Time: how many units are offered, from ns up
     int decimals = 0;          ///< Power and bare numbers: decimals shown
-    int restoredDecimals = -1; ///< Time: decimals of the value that takes the place of a refused one; -1: as ever
+    int restoredDecimals = -1; ///< Time: fewest decimals of the value that takes a refused one's place; -1: as ever
     int mostDecimals = 0;      ///< bare numbers: shown when the value needs them; no fewer than decimals
     bool namedInRange = true;  ///< not bare numbers: whether the range message names the value
     bool whole = false;        ///< a count; the entry is truncated to a whole number
@@ -61,8 +61,8 @@ struct ValueField {
 };
 
 /// The one path of an entry: number, normalisation and range check, rounding to what the wire carries, setter, the
-/// toast when it fails, the editor rewritten from the cache, the status bar. An entry out of range stays visible in red
-/// as long as its message shows and is never sent. GUI thread.
+/// toast when it fails, the editor rewritten from the cache, the status bar. A frequency or
+/// a time out of range stays visible in red as long as its message shows; it is never sent. GUI thread.
 class ValueEntry : public QObject {
     Q_OBJECT
 
@@ -83,6 +83,9 @@ public:
     /// A calculated value is shown grey and cannot be entered.
     void setCalculated(bool calculated);
     QString title() const;
+
+    /// The editor shows the module's value: no refused entry stands in it and none is being made.
+    bool showsModule() const { return !m_refused && !isEditing(); }
 
 signals:
     /// The module took a value that was entered here; the editor shows it.

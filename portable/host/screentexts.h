@@ -1,6 +1,6 @@
 #pragma once
 
-class QString;
+#include <QString>
 
 namespace Kavor::HandheldGui {
 
@@ -11,5 +11,12 @@ void showToast(PanelHost& host, const QString& text);
 
 /// Tells the user that the module did not take a command.
 void showCommandFailure(PanelHost& host);
+
+/// A text from elsewhere on one line: what can not be seen is a blank.
+QString onOneLine(const QString& text);
+
+/// A text from elsewhere as part of a sentence: on one line and, when it is longer than any that is meant, shortened in
+/// its middle, since names often differ at their ends.
+QString shortened(const QString& text);
 
 } // namespace Kavor::HandheldGui

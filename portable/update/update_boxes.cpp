@@ -11,7 +11,6 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int LongestText = 40;
 const QString BoxName = QStringLiteral("updateBox");
 
 } // namespace
@@ -47,11 +46,6 @@ void UpdateBoxes::runAside(const QString& text, const std::function<void()>& wor
     wait.run();
     dialog.run();
     thread->wait();
-}
-
-QString shortened(const QString& text) {
-    const QString line = text.left(10 * LongestText).simplified();
-    return line.size() <= LongestText ? line : line.left(LongestText - 3) + QStringLiteral("...");
 }
 
 } // namespace Kavor::HandheldGui

@@ -48,7 +48,4 @@ private:
     int m_patienceMs;
 };
 
-/// A text of a package as part of a sentence: on one line, and shortened when it is longer than any that is meant.
-QString shortened(const QString& text);
-
 } // namespace Kavor::HandheldGui

@@ -1,8 +1,8 @@
 #include "portable/update/update_packages.h"
 
 #include "portable/host/panelhost.h"
+#include "portable/host/screentexts.h"
 #include "portable/update/listfirmware.h"
-#include "portable/update/update_boxes.h"
 #include "portable/widgets/boxes.h"
 
 #include <array>

@@ -1,5 +1,6 @@
 #include "portable/widgets/boxes.h"
 
+#include "portable/widgets/breakable.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -9,6 +10,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 
 namespace Kavor::HandheldGui {
 
@@ -48,30 +50,10 @@ constexpr BoxFont TextFont{24, false};
 constexpr BoxFont NoteFont{26, false};
 constexpr BoxFont HeadingFont{26, true};
 
-/// A long path or name has no blanks to wrap at: it may be broken behind a slash, and anywhere after a while.
-QString breakable(const QString& text) {
-    QString broken;
-    QString word;
-    const auto endWord = [&] {
-        int run = 0;
-        for (const QChar c : word) {
-            broken += c;
-            run = c == QLatin1Char('/') ? 0 : run + 1;
-            if (word.size() > LongestWord && (run == 0 || run % LongestWord == 0))
-                broken += QChar(0x200B);
-        }
-        word.clear();
-    };
-    for (const QChar c : text) {
-        if (!c.isSpace()) {
-            word += c;
-            continue;
-        }
-        endWord();
-        broken += c;
-    }
-    endWord();
-    return broken;
+/// A path or name of many letters has no blanks to wrap at.
+QString wrappable(const QString& text) {
+    static const QRegularExpression longWord(QStringLiteral("\\S{%1}").arg(LongestWord));
+    return longWord.match(text).hasMatch() ? breakable(text, LongestWord) : text;
 }
 
 int heightOf(const QString& text, const QFont& font, int width) {
@@ -82,10 +64,10 @@ int heightOf(const QString& text, const QFont& font, int width) {
 
 /// As much of the beginning and the end as fits.
 QString fitted(const QString& text, const QFont& font, int width, int height) {
-    if (heightOf(breakable(text), font, width) <= height)
-        return breakable(text);
+    if (heightOf(wrappable(text), font, width) <= height)
+        return wrappable(text);
     const auto shortened = [&text](int kept) {
-        return breakable(text.left((kept + 1) / 2)) + QStringLiteral(" \u2026 ") + breakable(text.right(kept / 2));
+        return wrappable(text.left((kept + 1) / 2)) + QStringLiteral(" \u2026 ") + wrappable(text.right(kept / 2));
     };
     int fits = 0;
     for (int tooMuch = text.size(); tooMuch - fits > 1;) {
@@ -151,7 +133,7 @@ void dressBox(QMessageBox& box) {
             indent->spacerItem()->changeSize(0, 0);
     }
     const int mostText = MostTextHeight - (note ? MostNoteHeight : 0);
-    const bool narrow = heightOf(breakable(text->text()), textFont.font(), TextWidths[0]) <= mostText;
+    const bool narrow = heightOf(wrappable(text->text()), textFont.font(), TextWidths[0]) <= mostText;
     const int width = TextWidths[narrow ? 0 : 1];
     const int aboveButtons = Margin - Spacing;
     placeText(*text, textFont, width, mostText, note ? 0 : aboveButtons);

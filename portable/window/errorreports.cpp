@@ -1,5 +1,6 @@
 #include "portable/window/errorreports.h"
 
+#include "platform/logger.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/boxes.h"
 
@@ -41,6 +42,7 @@ void ErrorReports::showKept() {
 void ErrorReports::showBox(const QString& text) {
     msgboxOn = true;
     // The splash and the toast are top-level windows too, and both go away by themselves: neither can own a box.
+    VELDA_LOG("window", QtInfoMsg, "box: %s", text); // what the user was told, for those who repair the instrument
     tellInBox(m_window, DialogKind::Critical, {QStringLiteral("errorBox"), QString(), text, QString()});
     msgboxOn = false;
 }

@@ -1,21 +1,20 @@
 #include "portable/window/statustexts.h"
 
-#include "common/wire/scpi_words.h"
+#include "common/instrument/modulations.h"
 #include "values/formatting.h"
 #include "values/units.h"
 
 #include <QStringList>
-#include <array>
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int Modulations = static_cast<int>(ModulationNames.size());
+constexpr int KindCount = static_cast<int>(ModulationNames.size());
 constexpr int LongestMessage = 127;
 
 int lowestBit(int mask) {
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1 << bit))
             return bit;
     }
@@ -25,9 +24,10 @@ int lowestBit(int mask) {
 } // namespace
 
 QString statusFrequencyText(double hertz, const QString& unit) {
-    double value = 0;
-    const bool known = canonicalToUnit(UnitQuantity::Frequency, hertz, unit, value);
-    const QString number = known ? fixedNumber(value, unitPrecision(UnitQuantity::Frequency, unit)) : QString();
+    QString number;
+    double inUnit = 0;
+    if (canonicalToUnit(UnitQuantity::Frequency, hertz, unit, inUnit))
+        number = fixedNumber(inUnit, unitPrecision(UnitQuantity::Frequency, unit));
     return QStringLiteral("  Frequency: ") + number + QLatin1Char(' ') + unit;
 }
 
@@ -39,11 +39,19 @@ QString statusModeText(unsigned mask, const QString& modeText) {
     if (mask == 0)
         return QStringLiteral("Mode: ") + modeText;
     QStringList names;
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1U << bit))
             names << QLatin1String(ModulationNames[static_cast<std::size_t>(bit)]);
     }
     return QStringLiteral("Mode: ") + names.join(QStringLiteral(", "));
+}
+
+QString shortenedAtComma(const QString& text, const std::function<bool(const QString&)>& fits) {
+    QString shown = text;
+    for (int comma = text.lastIndexOf(QLatin1Char(',')); !fits(shown) && comma > 0;
+         comma = text.lastIndexOf(QLatin1Char(','), comma - 1))
+        shown = text.left(comma + 1) + QChar(0x2026);
+    return shown;
 }
 
 QString conflictText(int requested, int conflict) {

@@ -1,5 +1,9 @@
 #include "tests/gui/paneltest.h"
 
+namespace {
+constexpr int AgreedMs = 1300; // the longest that the screen may differ from the module
+}
+
 void PanelTest::start(const PanelFixture::Setup& setup) {
     m_panel.reset();
     m_panel = std::make_unique<PanelFixture>(setup);
@@ -19,7 +23,9 @@ void PanelTest::fail(Sim::Fault::Kind kind, const QByteArray& header, int millis
 }
 
 void PanelTest::tearDown() {
-    const QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+    QStringList problems = m_panel ? panel().dialogs().problems() : QStringList();
+    if (m_panel && !QTest::qWaitFor([this] { return panel().disagreements().isEmpty(); }, AgreedMs))
+        problems << panel().disagreements();
     m_panel.reset();
     if (!problems.isEmpty())
         QFAIL(qPrintable(problems.join(QStringLiteral("; "))));

@@ -4,7 +4,7 @@
 #include "tests/support/testbase.h"
 
 /// A test class whose functions each get a panel of their own, on a simulated module of its own. A dialog that was not
-/// scripted fails the function.
+/// scripted fails the function, and so does a screen that shows something else than the module holds at its end.
 class PanelTest : public TestBase {
     Q_OBJECT
 

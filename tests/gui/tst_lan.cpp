@@ -43,7 +43,8 @@ private:
 
 NetworkFacts oneInterface(const QString& address) {
     return {"bench-3",
-            {{true, "", {{"127.0.0.1", "255.0.0.0"}}}, {false, "00:1B:44:11:3A:B7", {{address, "255.255.255.0"}}}}};
+            {{true, "", {{"127.0.0.1", "255.0.0.0"}}, "lo", true},
+             {false, "00:1B:44:11:3A:B7", {{address, "255.255.255.0"}}, "eth0", true}}};
 }
 
 } // namespace
@@ -111,6 +112,7 @@ private slots:
     void addresses() {
         QFETCH(QString, text);
         QTEST(ethScreen::isIPAddress(text), "valid");
+        QCOMPARE(ethScreen::plainAddress("010..000.7"), QString("10.0.0.7"));
     }
 
     void subnets_data() {
@@ -166,8 +168,92 @@ private slots:
         QTRY_COMPARE(order, (QStringList{"facts", "set"}));
         QCOMPARE(facts.hostName, QHostInfo::localHostName());
         QVERIFY(!facts.interfaces.empty() && facts.interfaces[0].loopback);
-        const NetworkFacts::Interface* shown = dhcpThread::shownInterface(facts);
-        QCOMPARE(status, shown && !shown->addresses.empty() ? 0 : -1);
+        QCOMPARE(facts.interfaces[0].name, QString("lo"));
+        QCOMPARE(status, dhcpThread::ownPart(facts, QString()).address ? 0 : -1);
+    }
+
+    void ownPart_data() {
+        QTest::addColumn<QStringList>(
+            "interfaces");                // name[-]=addresses; "-": no cable; the hardware address is the name
+        QTest::addColumn<QString>("own"); // name=address
+        const QString board = "eth0=192.168.7.100";
+        addRow("published one, whatever its name", QStringList{"eth1=10.0.0.1", "wan0-=10.0.0.2,192.168.1.50"},
+               "wan0=192.168.1.50");
+        addRow("first with a cable", QStringList{"eth1-=10.0.0.1", "en0=10.0.0.2", "eth2=10.0.0.3", "eth3=10.0.0.4"},
+               "eth2=10.0.0.3");
+        addRow("boards first", QStringList{board, "eth1=192.168.10.2", "eth2=192.168.11.1"}, "eth2=192.168.11.1");
+        addRow("nothing but boards", QStringList{board, "lo=192.168.1.50"}, "=");
+        addRow("no address yet", QStringList{board, "eth1="}, "eth1=");
+    }
+    void ownPart() {
+        QFETCH(QStringList, interfaces);
+        NetworkFacts facts;
+        for (const QString& text : interfaces) {
+            NetworkFacts::Interface interface;
+            interface.name = text.section('=', 0, 0).remove('-');
+            interface.loopback = interface.name == "lo";
+            interface.carrier = !text.contains("-=");
+            for (const QString& address : text.section('=', 1).split(',', Qt::SkipEmptyParts))
+                interface.addresses.push_back({address, "255.255.255.0"});
+            facts.interfaces.push_back(interface);
+        }
+        const dhcpThread::Own own = dhcpThread::ownPart(facts, "192.168.1.50");
+        QTEST((own.interface ? own.interface->name : QString()) + '=' + (own.address ? own.address->ipv4 : QString()),
+              "own");
+    }
+
+    void configurations_data() {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("mask");
+        QTest::addColumn<QString>("gateway");
+        QTest::addColumn<QString>("toast"); // or what is sent as the address
+        const QString mask = "255.255.255.0";
+        const QString noDevice = " cannot be the address of a device";
+        addRow("leading zeros", "010.1.0.007", "255.255.000.0", "10.1.0.1", "10.1.0.7");
+        addRow("this net", "0.1.2.3", mask, "0.1.2.1", "0.1.2.3" + noDevice);
+        addRow("loopback", "127.0.0.5", mask, "127.0.0.1", "127.0.0.5" + noDevice);
+        addRow("multicast", "224.0.0.5", mask, "224.0.0.1", "224.0.0.5" + noDevice);
+        addRow("highest", "223.255.254.254", "255.255.254.0", "223.255.254.1", "223.255.254.254");
+        addRow("network", "10.1.2.0", mask, "10.1.2.1", "10.1.2.0 is the network address of the subnet");
+        addRow("broadcast", "10.1.3.255", "255.255.252.0", "10.1.2.1",
+               "10.1.3.255 is the broadcast address of the subnet");
+        addRow("gateway is the network", "10.1.2.5", mask, "10.1.2.0", "10.1.2.0 is the network address of the subnet");
+        addRow("holes", "10.1.2.3", "255.0.255.0", "10.9.2.1", "The subnet mask 255.0.255.0 has holes");
+        addRow("gateway is the address", "10.1.2.3", mask, "10.1.2.3", "The gateway 10.1.2.3 is the address itself");
+        addRow("net of two", "10.1.2.2", "255.255.255.254", "10.1.2.3", "10.1.2.2");
+        addRow("any gateway", "10.1.2.3", "0.0.0.0", "250.0.0.0", "10.1.2.3");
+    }
+    /// Refused in words with nothing sent, or sent as plain numbers.
+    void configurations() {
+        openPage();
+        for (const char* row : {"address", "mask", "gateway"}) {
+            const QString text = *static_cast<QString*>(QTest::qData(row, QMetaType::QString));
+            QString name = QString("lan%1").arg(row);
+            name[3] = name[3].toUpper();
+            QVERIFY(panel().enter(name, text));
+        }
+        QVERIFY(panel().press("lanApply"));
+        QFETCH(QString, toast);
+        const bool refused = toast.contains(' ');
+        QCOMPARE(panel().toast(), refused ? toast : QString("LAN settings applied"));
+        const QStringList sent = panel().sent();
+        QCOMPARE(sent.value(0), refused ? QString() : ":SYST:COMM:LAN:IPAD \"" + toast + '"');
+        QVERIFY(sent.filter(QRegularExpression("[^0-9]0[0-9]")).isEmpty());
+    }
+
+    /// While there are edits the rows stay as they were when the first was made.
+    void interfaceGoesMeanwhile() {
+        NetworkFacts wide = oneInterface("10.0.0.10");
+        wide.interfaces[1].addresses[0].mask = "255.0.0.0";
+        m_network->set(wide);
+        openPage();
+        QTRY_COMPARE(panel().text("lanMask"), QString("255.0.0.0"));
+        QVERIFY(panel().enter("lanAddress", "10.0.0.11") && panel().enter("lanGateway", "10.0.0.1"));
+        m_network->set({"gone", {}});
+        QTRY_COMPARE(panel().text("lanHostName"), QString("gone"));
+        QCOMPARE(panel().text("lanMask"), QString("255.0.0.0"));
+        QVERIFY(panel().press("lanApply"));
+        QVERIFY(panel().sent().contains(":SYST:COMM:LAN:MASK \"255.0.0.0\""));
     }
 
     void pageShowsTheNetwork() {
@@ -317,7 +403,8 @@ private slots:
     void applyPort_data() {
         QTest::addColumn<QString>("mode");
         QTest::addColumn<int>("commandsBefore");
-        addRow("static", "lanStatic", 4);
+        addRow("alone", "lanStatic", 0);
+        addRow("static", "lanAddress", 4);
         addRow("dynamic", "lanDynamic", 1);
     }
     void applyPort() {
@@ -329,13 +416,13 @@ private slots:
         const QString wanted = QString::number(probe.serverPort());
         probe.close();
         openPage();
-        QVERIFY(panel().press(mode));
+        QVERIFY(mode == "lanAddress" ? panel().enter(mode, "192.168.1.20") : panel().press(mode));
         QVERIFY(panel().enter("lanPort", wanted));
         QVERIFY(panel().press("lanApply"));
         const QStringList sent = panel().sent();
         QCOMPARE(sent.size(), commandsBefore + 1);
         QCOMPARE(sent.last(), ":SYST:COMM:LAN:PORT " + wanted);
-        QCOMPARE(panel().toast(), QString());
+        QCOMPARE(panel().toast(), QString("LAN settings applied"));
         QTRY_COMPARE(panel().text("lanPort"), wanted);
         QVERIFY(!enabled("lanApply"));
         QVERIFY(panel().press("funcCw"));

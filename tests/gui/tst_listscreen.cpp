@@ -1,6 +1,8 @@
 #include "lists/table/list_files.h"
 #include "lists/table/list_table.h"
+#include "lists/table/list_table_delegate.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/styles/styles.h"
 #include "sim/step_decoding.h"
 #include "tests/gui/paneltest.h"
 
@@ -8,6 +10,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 
 using namespace Kavor::HandheldGui;
 
@@ -182,6 +185,13 @@ private slots:
         QCOMPARE(shown(), fixed);
         QVERIFY(panel().press("listAdd")); // as the others
         QCOMPARE(shown(), fixed + ";3,1 GHz,-10 dBm,250 µs,Run");
+        // What takes a refused one's place is the very number.
+        QVERIFY(panel().enter("listFixedDwell", "1.234567", "keyUnit2"));
+        QVERIFY(panel().enter("listFixedDwell", "101", "keyUnit3"));
+        panel().window().toast()->hideImmediate();
+        QTRY_COMPARE(panel().text("listFixedDwell"), QString("1.234567"));
+        QVERIFY(panel().press("listDwellStep") && panel().press("listDwellFixed"));
+        QCOMPARE(shown(2, 3), QString("1.234567 ms"));
     }
 
     /// Seven steps by hand, and what of them reaches the module.
@@ -208,15 +218,32 @@ private slots:
         QCOMPARE(Sim::textsOf(Sim::listSteps(panel().module().data().lists.at(0))), expected);
     }
 
-    /// A file may hold steps that the module does not take: the user is told, and the list stays.
+    /// A file may hold steps that the module does not take: they stand out, nothing is sent, and the user is told.
+    void stepsOutsideTheLimits_data() { both(); }
+    void stepsOutsideTheLimits() {
+        openFetched();
+        load(isList() ? "{\"VeldaList\": [{\"Frequency\": 1e9, \"DwellTime\": 1e6},"
+                        " {\"Frequency\": 1e9, \"Power\": 300, \"DwellTime\": 1e6}]}"
+                      : "{\"VeldaPattern\": [{\"OnTime\": 800, \"OffTime\": 800}, {\"OnTime\": 800, \"Loops\": 2}]}");
+        QString wrong;
+        for (int row = 0; row < 2; ++row)
+            for (int column = 0; column < table()->columnCount(); ++column)
+                if (table()->model()->index(row, column).data(ListCellDelegate::WrongRole).toBool())
+                    wrong += QString("%1,%2 ").arg(row).arg(column);
+        QCOMPARE(wrong, QString("1,2 "));
+        QVERIFY(panel().press(name("Upload")));
+        QCOMPARE(panel().toast(), QString(isList() ? "Step 2: Power is outside the valid range"
+                                                   : "Step 2: Pattern time is outside the valid range"));
+        QCOMPARE(panel().sent(), QStringList());
+    }
+
     void refusedUpload_data() { both(); }
     void refusedUpload() {
         openFetched();
-        load(isList() ? "{\"VeldaList\": [{\"Frequency\": 1e9}, {\"Frequency\": 1e9, \"Power\": 99}]}"
-                      : "{\"VeldaPattern\": [{\"OnTime\": 800, \"OffTime\": 800}, {\"OnTime\": 800}]}");
+        QVERIFY(panel().press(name("Add")));
         const QString before = shown();
-        QCOMPARE(before.count(';'), 1);
-        expectMessage("write failed: -ERR -222,Step");
+        fail(Sim::Fault::Refuse);
+        expectMessage("write failed: -ERR");
         expectMessage(isList() ? "Failed to send frequencies list" : "Failed to send patterns list");
         QVERIFY(panel().press(name("Upload")));
         QCOMPARE(panel().toast(), QString("command send failure"));
@@ -236,6 +263,34 @@ private slots:
         QCOMPARE(sentAfter("modOff"), QStringList{isList() ? ":LIST:STAT OFF" : ":PATT:STAT OFF"});
         QVERIFY(box->isEnabled() && box->isChecked());
         QCOMPARE(sentAfter(name("Enable")), QStringList{":MODulation:ENABle:MASK 0"});
+    }
+
+    /// Whether the list is still that of its file and that of the module, and where it is shown from after a load.
+    void origin_data() { both(); }
+    void origin() {
+        openFetched();
+        const auto state = [this] {
+            return panel().text(name("Name")) + (panel().hasStyle(name("Upload"), PUSH_BN_SEL_STYLE) ? "|due" : "|");
+        };
+        for (int i = 0; i < 9; ++i)
+            QVERIFY(panel().press(name("Add")));
+        QCOMPARE(state(), QString("|due"));
+        saveAs("hop");
+        QCOMPARE(state(), QString("hop.json|due"));
+        panel().dialogs().expectButton(DialogKind::Information, "Succeeded!", QMessageBox::Ok);
+        QVERIFY(panel().press(name("Upload")));
+        QCOMPARE(state(), QString("hop.json|"));
+        edit(9, 1, QString(), "keyEnter"); // untouched
+        QCOMPARE(state(), QString("hop.json|"));
+        edit(9, 1, "5", "keyUnit1");
+        QCOMPARE(state(), QString("hop.json *|due"));
+        if (isList())
+            QVERIFY(panel().press("listDwellFixed"));
+        touchFile("Load", "hop.json");
+        QCOMPARE(state(), QString("hop.json|"));
+        QCOMPARE(table()->currentRow(), 0);
+        QCOMPARE(table()->rowAt(0), 0);
+        QVERIFY(!isList() || panel().hasStyle("listDwellStep", PRESSED_WIDGET_BTN_STYLE));
     }
 
     /// Save, change, overwrite, load, delete: by hand from one end to the other.
@@ -303,6 +358,10 @@ private slots:
         QCOMPARE(recordText(panel().handler().snapshot().listName), file.left(18).toStdString());
         panel().dialogs().expect(DialogKind::Question, "Delete <b>%1>", [](QDialog& box) {
             QVERIFY(box.width() <= 1280);
+            auto* question = box.findChild<QLabel*>("qt_msgbox_label");
+            const QImage asked = question->grab().toImage();
+            question->setTextFormat(Qt::PlainText);
+            QVERIFY(question->grab().toImage() == asked); // letter by letter, not as a bold one
             box.done(QMessageBox::Yes);
         });
         touchFile("Delete", file);

@@ -205,7 +205,8 @@ private slots:
         addRow("save", "sysStore", "NEW OR EXISTING PRESET");
         addRow("delete", "sysErase", "SELECT PRESET TO DELETE");
     }
-    /// Numbers in their order, then the other names; every ".json" and "preset-" in small letters goes.
+    /// Numbers in their order, then the other names; every ".json" and "preset-" in small letters goes. All are there,
+    /// whatever their names; which of them can be used is another matter.
     void listOfConfigurations() {
         for (const char* name : {"preset-10.json", "preset-preset-2.json.json", "preset-7.JSON", "Preset-3.json",
                                  "bench.json", "notes.txt", "preset-1\n*RST.json"})
@@ -218,10 +219,10 @@ private slots:
         QCOMPARE(table().horizontalHeaderItem(0)->text(), QString("#"));
         QTEST(table().horizontalHeaderItem(1)->text(), "title");
         QCOMPARE(table().horizontalHeaderItem(2)->text(), QString("STORAGE"));
-        QCOMPARE(column(0), QString(offersNew ? "+|1|2|3|4|5" : "1|2|3|4|5"));
+        QCOMPARE(column(0), QString(offersNew ? "+|1|2|3|4|5|6" : "1|2|3|4|5|6"));
         QCOMPARE(column(1),
-                 (offersNew ? "Click here to enter file name|" : "") + QString("2|10|7.JSON|Preset-3|bench"));
-        QCOMPARE(column(2), (offersNew ? "system|" : "") + QString("usb/SD|usb/SD|usb/SD|usb/SD|usb/SD"));
+                 (offersNew ? "Click here to enter file name|" : "") + QString("2|10|1 *RST|7.JSON|Preset-3|bench"));
+        QCOMPARE(column(2), (offersNew ? "system|" : "") + QString("usb/SD|usb/SD|usb/SD|usb/SD|usb/SD|usb/SD"));
         QCOMPARE(panel().text("header"), header);
         QVERIFY(panel().press("configurationsBack"));
         QVERIFY(isShown("pageSystem") && !isShown("pageConfigurations"));
@@ -255,6 +256,57 @@ private slots:
         if (confirm) {
             QVERIFY(panel().press("sysRecall"));
             QCOMPARE(column(1), fresh ? QString("4|12") : QString("4"));
+        }
+    }
+
+    void names_data() {
+        QTest::addColumn<QString>("name"); // of a row, or typed for a new one behind a "+"
+        QTest::addColumn<QString>("told"); // or the name that is stored
+        const QString letters = "A name is letters, digits, \".\", \"-\" and \"_\" only";
+        addRow("leading zeros", "+007", "7");
+        addRow("highest", "+99999", "99999");
+        addRow("too high", "+100000", "Range 1 to 99999");
+        addRow("fifty digits", "+" + QString(50, '1'), "Range 1 to 99999");
+        addRow("factory's", "+0", "Range 1 to 99999");
+        addRow("of letters", "bench-3_a.b", "bench-3_a.b");
+        addRow("factory's file", "0", "Configuration 0 is the factory preset");
+        addRow("two commands", "1;*RST", letters);
+        addRow("line end", "1\n*RST", letters);
+        addRow("blank", "a b", letters);
+        addRow("none", "", letters);
+        addRow("not ASCII", QString("\u00B5"), letters);
+    }
+    void names() {
+        QFETCH(QString, name);
+        QFETCH(QString, told);
+        const bool fresh = name.startsWith('+');
+        if (fresh)
+            panel().dialogs().expectNumber(QString(), name.mid(1), "keyEnter");
+        else
+            file("preset-" + name.toUtf8() + ".json");
+        const bool used = !told.contains(' ');
+        for (const char* button : {"sysStore", "sysRecall", "sysErase"}) {
+            if (fresh && button != QByteArray("sysStore"))
+                continue;
+            QVERIFY(panel().press(button));
+            if (used && button == QByteArray("sysStore")) {
+                answer(Disable, false);
+                answer("Store configuration as " + told + '?', true);
+            } else if (used) {
+                answer((button == QByteArray("sysErase") ? "Delete configuration " : "Recall configuration ") + told,
+                       true);
+            }
+            const int row = fresh || button != QByteArray("sysStore") ? 0 : 1;
+            QTest::mouseClick(table().viewport(), Qt::LeftButton, Qt::NoModifier,
+                              table().visualItemRect(table().item(row, 1)).center());
+            const QStringList done{"stored", "recalled", "deleted"};
+            if (used)
+                QVERIFY(done.contains(panel().toast().section(' ', -1)) && panel().toast().contains(' ' + told + ' '));
+            else
+                QCOMPARE(panel().toast(), told);
+            QCOMPARE(panel().sent().filter(" " + told).isEmpty(), !used);
+            if (!used)
+                QVERIFY(panel().press("configurationsBack"));
         }
     }
 
@@ -296,7 +348,7 @@ private slots:
         QVERIFY(choose("7"));
         QCOMPARE(panel().sent().value(0), QString(":SYST:SET:REC 7"));
         QVERIFY(isShown("pageSystem"));
-        QCOMPARE(panel().toast(), QString());
+        QCOMPARE(panel().toast(), QString("Configuration 7 recalled"));
         checkShown(&Shown::changed);
 
         answer("Reset system settings to factory defaults?", true);
@@ -331,22 +383,13 @@ private slots:
         }
     }
 
-    void eraseTakesTheFileAway() {
-        file("preset-9.json");
-        QVERIFY(panel().press("sysErase"));
-        answer("Delete configuration 9?", true);
-        QVERIFY(choose("9"));
-        QCOMPARE(panel().sent(), QStringList{":SYST:SET:CLE 9"});
-        QVERIFY(!QFile::exists(cfgList::folder() + "/preset-9.json"));
-        QVERIFY(panel().press("sysErase"));
-        QCOMPARE(table().rowCount(), 0);
-    }
-
     void failures_data() {
         QTest::addColumn<QString>("button");
         QTest::addColumn<QStringList>("questions");
         QTest::addColumn<QString>("header");
         addRow("store", "sysStore", QStringList{Disable, "Store configuration as 9?"}, ":SYST:SET:STOR");
+        addRow("store's setting", "sysStore", QStringList{Disable, "Store configuration as 9?"},
+               ":OUTPut:RESTore:MODE");
         addRow("recall", "sysRecall", QStringList{"Recall configuration 9?"}, ":SYST:SET:REC");
         addRow("erase", "sysErase", QStringList{"Delete configuration 9?"}, ":SYST:SET:CLE");
         addRow("preset", "sysPreset", QStringList{"Reset system settings to factory defaults?"}, ":SYST:SET:REC");
@@ -366,7 +409,9 @@ private slots:
             for (const QString& question : questions)
                 answer(question, agreed);
             QVERIFY(fromList ? choose("9") : panel().press(button));
-            QCOMPARE(panel().sent().filter(header).size(), agreed ? 1 : 0);
+            const QStringList sent = panel().sent();
+            QCOMPARE(sent.filter(header).size(), agreed ? 1 : 0);
+            QVERIFY(header.startsWith(":SYST") || sent.filter(":SYST").isEmpty());
             QCOMPARE(panel().toast(), QString(agreed ? "command send failure" : ""));
             QCOMPARE(isShown("pageConfigurations"), fromList);
         }
@@ -420,6 +465,7 @@ private slots:
         addRow("cold", -12.34, "-12.3 °C");
         addRow("a little below zero", -0.04, "0.0 °C");
         addRow("no reading", qQNaN(), "--- °C");
+        addRow("no temperature", -1e300, "--- °C");
     }
     /// Follows the record by itself, and sends nothing for it.
     void information() {
@@ -428,6 +474,7 @@ private slots:
         panel().module().modify(0, [&](ChannelRecord& r) {
             r.temperature = temperature;
             qstrncpy(r.model, "<b>KV</b>", sizeof r.model);
+            qstrncpy(r.serial, "1\n\n2\r\n3", sizeof r.serial);
             qstrncpy(r.calibrationDate, "2030-01-31", sizeof r.calibrationDate);
             std::memset(r.options, 'W', sizeof r.options); // without its end
             r.batteryProtection = 0;
@@ -435,40 +482,13 @@ private slots:
         QTRY_COMPARE(panel().text("sysCalibration"), QString("2030-01-31"));
         QTEST(panel().text("sysTemperature"), "shown");
         QCOMPARE(panel().text("sysModel"), QString("<b>KV</b>"));
+        QCOMPARE(panel().text("sysSerial"), QString("1  2  3"));
         QCOMPARE(panel().widget<QLabel>("sysModel")->textFormat(), Qt::PlainText);
         QCOMPARE(panel().text("sysOptions").remove(QChar(0x200B)), QString(longest));
         const auto* options = panel().widget<QLabel>("sysOptions");
         QVERIFY(options->wordWrap() && options->heightForWidth(options->width()) <= options->height());
         QCOMPARE(panel().text("sysBatteryProtection"), QString("Battery protection OFF"));
         QCOMPARE(panel().sent(), QStringList());
-    }
-
-    void emptyBattery_data() {
-        QTest::addColumn<int>("charge");
-        QTest::addColumn<int>("current");
-        QTest::addColumn<bool>("shown");
-        addRow("empty and discharging", 0, -10, true);
-        addRow("empty and charging", 0, 10, false);
-        addRow("nearly empty", 1, -10, false);
-        addRow("no battery", -1, -10, false);
-    }
-    void emptyBattery() {
-        QFETCH(int, charge);
-        QFETCH(int, current);
-        QFETCH(bool, shown);
-        panel().module().modify(0, [=](ChannelRecord& r) {
-            r.batteryCharge = charge;
-            r.batteryCurrent = static_cast<std::int16_t>(current);
-            r.lowBatteryThreshold = 0;
-            r.temperature = 77; // marks the look that has seen all this
-        });
-        if (charge == 0 && current < 0)
-            panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
-        QTRY_COMPARE(panel().text("sysTemperature"), QString("77.0 °C"));
-        QTRY_COMPARE(panel().widget<QWidget>("sysBatteryEmpty")->isVisible(), shown);
-        QCOMPARE(panel().widget<QWidget>("batteryIcon")->isVisible(), charge >= 0);
-        if (shown)
-            QTRY_COMPARE(panel().dialogs().asked().size(), 1);
     }
 };
 

@@ -55,8 +55,8 @@ private slots:
         };
         pattern("pattern", "[{'OnTime':1,'OnTimeTimeUnits':'ms','OffTime':2,'OffTimeTimeUnits':'s','Loops':9}]", "1,1 ms,2 s,9");
         pattern("loops of no count",
-                "[{'Loops':0},{'Loops':-5},{'Loops':1.5},{'Loops':'7'},{'Loops':4294967295},{'Loops':4294967296}]",
-                "1,0 ns,0 ns,0;2,0 ns,0 ns,0;3,0 ns,0 ns,1;4,0 ns,0 ns,1;5,0 ns,0 ns,4294967295;6,0 ns,0 ns,1");
+                "[{'Loops':0},{'Loops':-5},{'Loops':1.5},{'Loops':'7'},{'Loops':2147483647},{'Loops':2147483648}]",
+                "1,0 ns,0 ns,0;2,0 ns,0 ns,0;3,0 ns,0 ns,1;4,0 ns,0 ns,1;5,0 ns,0 ns,2147483647;6,0 ns,0 ns,1");
         // clang-format on
     }
 

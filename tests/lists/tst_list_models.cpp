@@ -6,17 +6,6 @@ class TestListModels : public TestBase {
     Q_OBJECT
 
 private slots:
-    void cellTexts() {
-        FrequencySteps list;
-        *list.points[0] = {7, 2400000, "KHz", -10.5, "mV", 1500, "\u00B5s", "Go", false};
-        QCOMPARE(list.text(), QString("7,2.4 GHz,-10.5 dBm,1.5 ms,Go")); // the power's unit is not shown
-        *list.points[0] = {1, 0, "Hz", 13.01029996, "dBm", 2000, "s", "Wait", false};
-        QCOMPARE(list.text(), QString("1,0 Hz,13.0103 dBm,2000 s,Wait"));
-        PatternSteps pattern;
-        *pattern.points[0] = {2, 999, "ns", 1000, "ns", 4000000000U, false};
-        QCOMPARE(pattern.text(), QString("2,999 ns,1 \u00B5s,4000000000"));
-    }
-
     void edits_data() {
         // clang-format off
         QTest::addColumn<bool>("isPattern");
@@ -76,6 +65,58 @@ private slots:
             QCOMPARE('!' + error, result);
         }
         QCOMPARE(both.text(isPattern), rows.join(';'));
+    }
+
+    // What the keyboard opens with: the very number, in its unit, never with an exponent.
+    void requests_data() {
+        QTest::addColumn<bool>("isPattern");
+        QTest::addColumn<int>("column");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<QString>("text");
+        addRow("frequency", false, 1, 2.4, "GHz", "2.400000000000");
+        addRow("frequency of many digits", false, 1, 1.2345678901234567, "GHz", "1.2345678901234567");
+        addRow("power", false, 2, -10.5, "dBm", "-10.5");
+        addRow("power of many digits", false, 2, 13.010299956639813, "dBm", "13.010299956639813");
+        addRow("pattern time", true, 1, 12.345678, "ms", "12.345678");
+        addRow("long pattern time", true, 2, 1234567.0, "ns", "1234567");
+        addRow("short pattern time", true, 2, 0.00000125, "s", "0.00000125");
+    }
+
+    void requests() {
+        QFETCH(bool, isPattern);
+        QFETCH(int, column);
+        QFETCH(double, value);
+        QFETCH(QString, unit);
+        BothSteps both{1};
+        *both.list.points[0] = {1, value, unit.toStdString(), value, "dBm", value, "s", "Run", true};
+        *both.pattern.points[0] = {1, value, unit.toStdString(), value, unit.toStdString(), 1, true};
+        ListEditRequest request;
+        QVERIFY(both.of(isPattern).getEditRequest(0, column, request));
+        QTEST(request.text, "text");
+        QCOMPARE(request.unit, unit);
+        QCOMPARE(request.text.toDouble(), value);
+    }
+
+    // Steps as a file can bring them in, against the limits of the module.
+    void problems() {
+        FrequencySteps list(3);
+        QCOMPARE(list.config.firstProblem(), QString());
+        *list.points[1] = {2, 6000.001, "MHz", 20.001, "dBm", 0.9, "\u00B5s", "Run", false};
+        QCOMPARE(list.config.firstProblem(), QString("Step 2: Frequency is outside the valid range"));
+        QCOMPARE(list.config.cellProblem(1, 2), QString("Power is outside the valid range"));
+        QCOMPARE(list.config.cellProblem(1, 3), QString("Dwell time is outside the valid range"));
+        *list.points[1] = {2, 6, "GHz", -120, "dBm", 10, "s", "Go", false};
+        QCOMPARE(list.config.firstProblem(), QString());
+        *list.points[2] = {3, -5, "GHz", 300, "dBm", -1, "s", "Run", true};
+        // Neither a pair of zeros nor one the wrong way round limits anything.
+        list.config.setLimits({0, 0, 0, 20, -120, 0, 0, 0, 0});
+        QCOMPARE(list.config.firstProblem(), QString());
+        PatternSteps pattern;
+        *pattern.points[0] = {1, 10, "ns", 10.1, "s", 10001, true};
+        QCOMPARE(pattern.config.firstProblem(), QString("Step 1: Pattern time is outside the valid range"));
+        QCOMPARE(pattern.config.cellProblem(0, 3), QString("Repetition count is outside the valid range"));
+        QCOMPARE(pattern.config.cellProblem(0, 1) + pattern.config.cellProblem(0, 0), QString());
     }
 
     void sequence() {

@@ -134,8 +134,10 @@ private slots:
         const char* invalid = "Invalid list JSON file";
         row("no UTF-8", "{\"VeldaList\":[{\"FreqUnits\":\"\xff\xfe\"}]}", invalid);
         row("deep", "{\"VeldaList\":" + QByteArray(2000000, '['), invalid);
-        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListsOps::MostSteps) + "]}", invalid);
-        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListsOps::MostBytes), ' '), invalid);
+        const char* tooLarge = "List file is too large: the limit is 10000 steps or 4 MB";
+        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListsOps::MostSteps) + "]}", tooLarge);
+        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListsOps::MostBytes), ' '), tooLarge);
+        row("too many values", "{\"VeldaList\":[" + QByteArray("1,").repeated(1000000) + "{}]}", tooLarge);
     }
 
     void unloadable() {
@@ -170,7 +172,7 @@ private slots:
         for (const char* name : {"pipe", "endless", "folder", "none"})
             QCOMPARE(load(name, list.config), QString("Failed to open list file"));
         const QStringList before = everything();
-        for (const QString& name : {QString("folder"), QString(244, 'n'), QString(300, 'n')})
+        for (const QString& name : {QString("folder"), QString(251, 'n')})
             QCOMPARE(save(name, list.config), QString("Failed to open list file for writing"));
         QCOMPARE(everything(), before);
     }
@@ -219,11 +221,38 @@ private slots:
     }
 
     void leftoversAreSwept() {
-        const QStringList kept{"a.json", "a.json.123456", "a.json.backup", "b.txt.abcdef"}; // in the folder's order
-        for (const QString& name : kept + QStringList{"a.json.AbCdEf", "B.JSON.zzzzzz"})
+        const QStringList kept{".velda-unfinished-notes.txt", "a.json", "a.json.backup", "a.json.golden"};
+        for (const QString& name : kept + QStringList{".velda-unfinished-AbCdEf"})
             put(name, "x");
         QCOMPARE(save("a", m_two.config), QString());
         QCOMPARE(everything(), kept);
+    }
+
+    // Names of somebody else's making: a row of the browser stands for its own file alone.
+    void aFileIsTheOneNamed_data() {
+        QTest::addColumn<QString>("name");
+        addRow("blank in front", " lead.json");
+        addRow("blank behind", "lead .json");
+        addRow("nothing but blanks", "  .json");
+        addRow("as long as a name can be", QString(250, 'n') + ".JSON");
+    }
+
+    void aFileIsTheOneNamed() {
+        QFETCH(QString, name);
+        QCOMPARE(save("lead", FrequencySteps(1).config), QString());
+        const QByteArray other = content("lead");
+        put(name, "{\"VeldaList\": [{}, {}, {}]}");
+        FrequencySteps list;
+        QCOMPARE(load(name, list.config), QString());
+        QCOMPARE(list.points.size(), std::size_t(3));
+        if (!name.chopped(5).trimmed().isEmpty()) {
+            QCOMPARE(save(name, m_two.config), QString());
+            QCOMPARE(load(name, list.config), QString());
+            QCOMPARE(list.text(), m_two.text());
+        }
+        QCOMPARE(content("lead"), other);
+        QCOMPARE(erase(name), QString());
+        QCOMPARE(everything(), QStringList("lead.json"));
     }
 };
 

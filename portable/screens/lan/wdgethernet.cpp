@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
+#include <algorithm>
 
 // The LAN page itself. What it sends is in wdgethernet_apply.cpp, its checks in wdgethernet_checks.cpp.
 
@@ -172,12 +173,15 @@ void ethScreen::onDhcpBnClicked() {
     m_pendingDhcp.reset();
     if (wanted != m_currentDhcp)
         m_pendingDhcp = wanted;
+    if (!hasEdits())
+        forgetNetwork();
     showRows();
 }
 
 void ethScreen::onEntered(Field field) {
-    const QString text = m_edits[field]->text();
-    const bool valid = field == Port ? isPort(text) : isIPAddress(text);
+    const QString entered = m_edits[field]->text();
+    const QString text = field == Port ? QString::number(entered.toUInt()) : plainAddress(entered);
+    const bool valid = field == Port ? isPort(entered) : isIPAddress(entered);
     if (!valid) {
         showToast(host(), field == Port ? QStringLiteral("Range 1 to %1").arg(HighestPort)
                                         : QStringLiteral("Invalid numeric value"));
@@ -189,38 +193,47 @@ void ethScreen::onEntered(Field field) {
     // Whoever enters an address, a mask or a gateway means a static configuration: only that sends them.
     if (field != Port && isDynamic())
         onDhcpBnClicked();
+    else if (!hasEdits())
+        forgetNetwork();
+}
+
+bool ethScreen::hasEdits() const {
+    return m_pendingDhcp.has_value() ||
+           std::any_of(m_pending.begin(), m_pending.end(), [](const auto& edit) { return edit.has_value(); });
 }
 
 void ethScreen::readModule() {
+    if (hasEdits())
+        return;
     m_current[Gateway] = QString::fromStdString(handler().getGateway());
     m_current[Port] = QString::fromStdString(handler().getPort());
     m_currentDhcp = handler().getDhcpMode() != 0;
-    const NetworkFacts::Interface* interface = dhcpThread::shownInterface(m_found);
-    if (!interface || interface->addresses.empty()) {
-        m_current[Address] = QString::fromStdString(handler().getIP());
+    const QString published = QString::fromStdString(handler().getIP());
+    if (!dhcpThread::ownPart(m_found, published).address) {
+        m_current[Address] = published;
         m_current[Mask] = QString::fromStdString(handler().getMask());
     }
 }
 
 void ethScreen::getSysteminfo() {
-    const NetworkFacts::Interface none;
-    const NetworkFacts::Interface* found = dhcpThread::shownInterface(m_found);
-    const NetworkFacts::Interface& interface = found ? *found : none;
-    const NetworkFacts::Address address =
-        interface.addresses.empty() ? NetworkFacts::Address() : interface.addresses[0];
+    const dhcpThread::Own own = dhcpThread::ownPart(m_found, QString::fromStdString(handler().getIP()));
+    const QString hardwareAddress = own.interface ? own.interface->hardwareAddress : QString();
+    const NetworkFacts::Address address = own.address ? *own.address : NetworkFacts::Address();
     const QString all =
-        QStringList{m_found.hostName, address.ipv4, interface.hardwareAddress, address.mask}.join(QLatin1Char('\n'));
+        QStringList{m_found.hostName, address.ipv4, hardwareAddress, address.mask}.join(QLatin1Char('\n'));
     // What was just applied stays on show until the interface has followed.
     if (all == m_takenOver)
         return;
     m_takenOver = all;
     VELDA_LOG("lan", QtInfoMsg, "Localhost name: %s", m_found.hostName);
     VELDA_LOG("lan", QtInfoMsg, "IP = %s", address.ipv4);
-    VELDA_LOG("lan", QtInfoMsg, "MAC = %s", interface.hardwareAddress);
+    VELDA_LOG("lan", QtInfoMsg, "MAC = %s", hardwareAddress);
     VELDA_LOG("lan", QtInfoMsg, "Netmask = %s", address.mask);
-    m_current[Address] = address.ipv4;
-    m_current[Mask] = address.mask;
-    m_hardwareAddress->setText(interface.hardwareAddress);
+    if (!hasEdits()) {
+        m_current[Address] = address.ipv4;
+        m_current[Mask] = address.mask;
+    }
+    m_hardwareAddress->setText(hardwareAddress);
     m_hostName->setText(m_found.hostName);
     readModule();
     showRows();
@@ -242,11 +255,8 @@ void ethScreen::showRows() {
 }
 
 void ethScreen::updateApplyCancel() {
-    bool changed = m_pendingDhcp.has_value();
-    for (const std::optional<QString>& edit : m_pending)
-        changed = changed || edit.has_value();
-    m_apply->setEnabled(changed);
-    m_cancel->setEnabled(changed);
+    m_apply->setEnabled(hasEdits());
+    m_cancel->setEnabled(hasEdits());
 }
 
 void ethScreen::dropEdits() {

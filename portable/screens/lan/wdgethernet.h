@@ -20,8 +20,9 @@ class PageGroup;
 class ValueEdit;
 
 /// The LAN page: the instrument's network identity, and the choice between an address by DHCP and a static one. Edits
-/// are kept here and sent when the user applies them. Address and mask are those of the device's own interface, or the
-/// module's where there is none; gateway, port and DHCP are the module's. Opening the page drops what was not applied.
+/// are kept here and sent when the user applies them; while there are any, the other rows stay as they were when the
+/// first was made. Address and mask are those of the device's own interface, or the module's where there is none;
+/// gateway, port and DHCP are the module's. Opening the page drops what was not applied.
 class ethScreen : public IGuiScreen {
     Q_OBJECT
 
@@ -38,6 +39,13 @@ public:
 
     /// Whether address and gateway agree in every bit that the mask sets.
     static bool IsIpInTheSubnetMask(const QString& address, const QString& mask, const QString& gateway);
+
+    /// An address without leading zeros, its empty parts as 0; a text that is no address as it is.
+    static QString plainAddress(const QString& text);
+
+    /// Why a device cannot be configured so: a sentence, or nothing. Three addresses by isIPAddress(); whether the
+    /// gateway is in reach is for IsIpInTheSubnetMask().
+    static QString configurationProblem(const QString& address, const QString& mask, const QString& gateway);
 
     /// Whether any interface named eth... has a cable in it. Reads a few small files.
     static bool checkLANConnectivity();
@@ -72,6 +80,7 @@ private:
         std::array<QString, FieldCount> values;
         bool dynamic;
         bool portChanged;
+        bool othersChanged;
     };
 
     void buildFields();
@@ -80,6 +89,7 @@ private:
     void onEntered(Field field);
     QString shown(Field field) const { return m_pending[field].value_or(m_current[field]); }
     bool isDynamic() const { return m_pendingDhcp.value_or(m_currentDhcp); }
+    bool hasEdits() const;
     void readModule();
     void forgetNetwork();
     void showRows();
@@ -88,7 +98,7 @@ private:
     void apply(const Wanted& wanted);
     bool applyDynamic();
     bool applyStatic(const Wanted& wanted);
-    void applyPort(const QString& port);
+    bool applyPort(const QString& port);
     void forgetEdit(Field field, const QString& applied);
     void fail(const QString& logged, const QString& told);
 

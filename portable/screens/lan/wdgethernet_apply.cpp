@@ -4,6 +4,8 @@
 #include "portable/host/screentexts.h"
 #include "portable/screens/lan/wdgethernet.h"
 
+#include <algorithm>
+
 // Sending the edits of the LAN page. Nothing is rolled back: what the module took before a failure stays.
 
 namespace Kavor::HandheldGui {
@@ -20,23 +22,28 @@ void ethScreen::onApplyChangesBnClicked() {
         host().reportError(QStringLiteral("LAN cable not connected. You need to connect cable first"));
         return;
     }
-    Wanted wanted{{}, isDynamic(), m_pending[Port].has_value()};
-    for (int i = 0; i < FieldCount; ++i)
-        wanted.values[static_cast<std::size_t>(i)] = shown(static_cast<Field>(i));
+    Wanted wanted{{}, isDynamic(), m_pending[Port].has_value(), m_pendingDhcp.has_value()};
+    for (const Field field : {Address, Mask, Gateway}) {
+        wanted.values[field] = plainAddress(shown(field));
+        wanted.othersChanged = wanted.othersChanged || m_pending[field];
+    }
+    wanted.values[Port] = shown(Port);
     apply(wanted);
     readModule();
     showRows();
 }
 
 void ethScreen::apply(const Wanted& wanted) {
-    if (!(wanted.dynamic ? applyDynamic() : applyStatic(wanted)))
-        return;
-    for (const Field field : {Address, Mask, Gateway})
-        forgetEdit(field, wanted.values[field]);
-    if (m_pendingDhcp == wanted.dynamic)
-        m_pendingDhcp.reset();
-    if (wanted.portChanged)
-        applyPort(wanted.values[Port]);
+    if (wanted.othersChanged) {
+        if (!(wanted.dynamic ? applyDynamic() : applyStatic(wanted)))
+            return;
+        for (const Field field : {Address, Mask, Gateway})
+            forgetEdit(field, wanted.values[field]);
+        if (m_pendingDhcp == wanted.dynamic)
+            m_pendingDhcp.reset();
+    }
+    if (!wanted.portChanged || applyPort(wanted.values[Port]))
+        showToast(host(), QStringLiteral("LAN settings applied"));
 }
 
 /// What was entered meanwhile stays an edit.
@@ -46,7 +53,7 @@ void ethScreen::forgetEdit(Field field, const QString& applied) {
 }
 
 bool ethScreen::applyDynamic() {
-    if (handler().setDhcpMode(on) == 0)
+    if (handler().setDhcpMode(OnOff::on) == 0)
         return true;
     const QString text = QStringLiteral("Failed to set dynamic configuration");
     fail(text, text);
@@ -63,6 +70,16 @@ bool ethScreen::applyStatic(const Wanted& wanted) {
         showToast(host(), QStringLiteral("The DG and IP is not in the range of the subnet mask"));
         return false;
     }
+    const bool areAddresses = std::all_of(std::begin(steps), std::end(steps), [&wanted](const StaticStep& step) {
+        return isIPAddress(wanted.values[step.field]);
+    });
+    const QString problem =
+        areAddresses ? configurationProblem(wanted.values[Address], wanted.values[Mask], wanted.values[Gateway])
+                     : QString();
+    if (!problem.isEmpty()) {
+        showToast(host(), problem);
+        return false;
+    }
     for (const StaticStep& step : steps) {
         const QString& value = wanted.values[step.field];
         // What the module or the system said may be no address; the module is not asked to take that.
@@ -71,7 +88,7 @@ bool ethScreen::applyStatic(const Wanted& wanted) {
             return false;
         }
     }
-    if (handler().setDhcpMode(off) != 0) {
+    if (handler().setDhcpMode(OnOff::off) != 0) {
         const QString text = QStringLiteral("Failed to set static configuration");
         fail(text, text);
         return false;
@@ -82,11 +99,13 @@ bool ethScreen::applyStatic(const Wanted& wanted) {
 }
 
 /// Last, because the service may leave the old port at once.
-void ethScreen::applyPort(const QString& port) {
-    if (handler().setPort(port.toStdString()) == 0)
+bool ethScreen::applyPort(const QString& port) {
+    const bool taken = handler().setPort(port.toStdString()) == 0;
+    if (taken)
         forgetEdit(Port, port);
     else
         showCommandFailure(host());
+    return taken;
 }
 
 void ethScreen::fail(const QString& logged, const QString& told) {

@@ -2,7 +2,6 @@
 #include "portable/screens/lan/wdgethernet.h"
 
 #include <QDir>
-#include <QFile>
 #include <algorithm>
 
 // What the LAN page checks before it sends anything.
@@ -53,11 +52,36 @@ bool ethScreen::IsIpInTheSubnetMask(const QString& address, const QString& mask,
 bool ethScreen::checkLANConnectivity() {
     const QDir folder(DevicePaths::netClassFolder());
     const QStringList interfaces = folder.entryList({QStringLiteral("eth*")}, QDir::Dirs | QDir::NoDotAndDotDot);
-    return std::any_of(interfaces.begin(), interfaces.end(), [&folder](const QString& interface) {
-        // The file of an interface that is down cannot be read, which reads as no cable.
-        QFile carrier(folder.filePath(QStringLiteral("%1/carrier").arg(interface)));
-        return carrier.open(QIODevice::ReadOnly) && carrier.readAll().trimmed() == "1";
-    });
+    return std::any_of(interfaces.begin(), interfaces.end(), dhcpThread::hasCarrier);
+}
+
+QString ethScreen::plainAddress(const QString& text) {
+    QStringList parts = split(text, QLatin1Char('.'));
+    for (QString& part : parts)
+        part = QString::number(part.toUInt());
+    return isIPAddress(text) ? parts.join(QLatin1Char('.')) : text;
+}
+
+QString ethScreen::configurationProblem(const QString& address, const QString& mask, const QString& gateway) {
+    const auto own = static_cast<quint32>(bitsOf(address));
+    const auto free = ~static_cast<quint32>(bitsOf(mask));
+    const unsigned first = own >> 24;
+    constexpr unsigned Loopback = 127;
+    constexpr unsigned Multicast = 224;
+    if (first == 0 || first == Loopback || first >= Multicast)
+        return QStringLiteral("%1 cannot be the address of a device").arg(address);
+    if ((free & (free + 1)) != 0)
+        return QStringLiteral("The subnet mask %1 has holes").arg(mask);
+    for (const QString& text : {address, gateway}) {
+        const auto host = static_cast<quint32>(bitsOf(text)) & free;
+        // A net of two addresses, or of one, has neither; one of all addresses takes any gateway.
+        const bool hasEnds = free > 1 && (text == address || ~free != 0);
+        if (hasEnds && (host == 0 || host == free))
+            return QStringLiteral("%1 is the %2 address of the subnet").arg(text, host == 0 ? "network" : "broadcast");
+    }
+    if (bitsOf(gateway) == own)
+        return QStringLiteral("The gateway %1 is the address itself").arg(gateway);
+    return QString();
 }
 
 } // namespace Kavor::HandheldGui

@@ -20,14 +20,22 @@ public:
     /// Starts a look unless one is under way.
     void lookUp();
 
-    /// The part of the device that the LAN page shows: the first interface that is not the loopback and has an
-    /// address, or the first without one. Null when there is no other interface than the loopback.
-    static const NetworkFacts::Interface* shownInterface(const NetworkFacts& facts);
+    /// Whether an interface of that name has a cable in it. Reads a small file; any thread.
+    static bool hasCarrier(const QString& interface);
+
+    /// What of the device's network is the instrument's own: the interface that carries the address which the module
+    /// publishes, or else the first one named eth... that has a cable in it. Neither the loopback nor what leads to the
+    /// FPGA boards, 192.168.7.x to 192.168.10.x. Null where there is none; the interface may have no address yet.
+    struct Own {
+        const NetworkFacts::Interface* interface = nullptr;
+        const NetworkFacts::Address* address = nullptr;
+    };
+    static Own ownPart(const NetworkFacts& facts, const QString& published);
 
 signals:
     void factsRead(const Kavor::HandheldGui::NetworkFacts& facts);
 
-    /// Ends every look, after factsRead(): 0 when the interface shown has an address, otherwise -1.
+    /// Ends every look, after factsRead(): 0 when the interface found by its cable has an address, else -1.
     void ipSet(int status);
 
 protected:

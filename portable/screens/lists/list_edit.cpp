@@ -27,7 +27,7 @@ bool askForCellValue(QWidget& window, const ListEditRequest& request, ListEditVa
         return false;
     value.text = keyboard.text();
     value.unit = keyboard.chosenUnit();
-    return true;
+    return value.text != request.text || value.unit != request.unit; // untouched, it stays what it is
 }
 
 } // namespace Kavor::HandheldGui

@@ -21,12 +21,6 @@ constexpr QPoint Place(16, 52);
 
 static_assert(sizeof(ChannelRecord::listName) - 1 == ListFilesView::LongestTypedName + sizeof(".json") - 1);
 
-/// A name as a question shows it: one that came from elsewhere can be far too long for a box.
-QString inQuestion(const QString& name) {
-    constexpr int End = 20;
-    return name.size() <= 2 * End + 1 ? name : name.left(End) + QChar(0x2026) + name.right(End);
-}
-
 } // namespace
 
 ListFilesView::ListFilesView(PanelHost& host, const StepListKind& kind, PageGroup& group,
@@ -77,7 +71,7 @@ void ListFilesView::save(QString name, bool isNewFile) {
     const unsigned channel = m_browser->channel();
     const QString file = m_files.normalizedFilename(name);
     if (m_files.exists(file, channel) &&
-        !confirmAction(&m_host, QStringLiteral("Overwrite %1").arg(inQuestion(file)), {}, Answer::Destroys))
+        !confirmAction(&m_host, QStringLiteral("Overwrite %1").arg(shortened(file)), {}, Answer::Destroys))
         return;
     QString error;
     if (m_files.save(name, channel, m_list(), error))
@@ -95,7 +89,7 @@ void ListFilesView::load(const QString& name) {
 }
 
 void ListFilesView::erase(const QString& name) {
-    if (!confirmAction(&m_host, QStringLiteral("Delete %1").arg(inQuestion(name)), {}, Answer::Destroys))
+    if (!confirmAction(&m_host, QStringLiteral("Delete %1").arg(shortened(name)), {}, Answer::Destroys))
         return;
     QString error;
     // Shown anew after a failure too: the file may have gone by itself.

@@ -13,7 +13,7 @@ constexpr double Highest = std::numeric_limits<double>::max();
 
 template <typename Limited>
 bool published(const Limited& limited) {
-    return limited.minimum != 0 || limited.maximum != 0;
+    return (limited.minimum != 0 || limited.maximum != 0) && limited.minimum <= limited.maximum;
 }
 
 double canonical(UnitQuantity quantity, double value, const std::string& unit) {

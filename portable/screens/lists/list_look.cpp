@@ -23,6 +23,7 @@ ListTableViewConfig listLook(int x, int y, int width, int rows, int firstColumnW
     config.tableStyle = LIST_STYLE;
     config.text = QColor(Style::Text);
     config.quietText = QColor(Style::Label);
+    config.wrongText = QColor(Style::WrongText);
     config.line = QColor(Style::PanelEdge);
     config.row = QColor(CurrentRow);
     config.accent = QColor(Style::Active);

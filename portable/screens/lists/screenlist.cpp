@@ -4,6 +4,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_limits.h"
+#include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/styles/styles.h"
@@ -105,12 +106,17 @@ void listScreen::setFixedTime() {
 }
 
 EntryResult listScreen::applyFixedDwell(double ns) {
+    FrequencyListConfig& list = frequencies();
     double value = ns;
     std::string unit = "ns";
-    normalizeListTime(value, unit, ns, unit);
+    // The one that was held may be no dwell of the module that is there now.
+    if (!normalizeListTime(value, unit, list.limits().minDwell, list.limits().maxDwell, ns, unit, host().toast(),
+                           QString()))
+        return EntryResult::Refused;
     m_fixedDwell = ns;
-    frequencies().setFixedDwell(value, unit);
+    list.setFixedDwell(value, unit);
     table().refresh();
+    showOrigin();
     return EntryResult::Taken;
 }
 
@@ -118,7 +124,7 @@ void listScreen::onRunButton(int on) {
     const ActionGate& gate = ActionGate::panel();
     const bool start = on != 0;
     const bool due = start ? isEnabled() && !isRunning() && gate.maySwitchOn()
-                           : isRunning() && gate.mayGoOn() && !gate.isOvertaken();
+                           : (handler().mayRun() & LIST_MOD_BIT) != 0 && gate.mayGoOn() && !gate.isOvertaken();
     if (!due)
         return;
     if (handler().setStateList(start ? OnOff::on : OnOff::off) != 0)

@@ -50,9 +50,11 @@ StepListScreen::StepListScreen(QWidget* parent, std::vector<STATE> states, const
         update_static_controls(m_kind.tableState);
     });
     connect(m_files, &ListFilesView::loaded, this, [this](const QString& name) {
-        takeName(name);
         onLoaded();
         m_table->refresh();
+        m_table->setCurrentCell(0, 1);
+        m_table->scrollToTop();
+        takeName(name);
         update_static_controls(m_kind.tableState);
     });
     buildButtons();
@@ -121,7 +123,7 @@ void StepListScreen::buildButtons() {
                       add(m_kind.loadLabel, "Load", 4, files(ListFileMode::Load)),
                       add(m_kind.saveLabel, "Save", 5, files(ListFileMode::Save)),
                       add(m_kind.deleteLabel, "Delete", 6, files(ListFileMode::Delete))};
-    m_tableButtons[3]->setStyleSheet(PUSH_BN_SEL_STYLE);
+    m_upload = m_tableButtons[3];
     m_cancel = add("Cancel", "Cancel", 0, [this] { onCancel(); });
 }
 
@@ -169,17 +171,24 @@ void StepListScreen::showList() {
         return;
     m_table->setListConfig(&current);
     m_table->setCurrentCell(0, 1);
-    showName();
+    showOrigin();
 }
 
-void StepListScreen::showName() {
-    const QString name = m_names[handler().currentChannel()];
-    m_name->setText(m_name->fontMetrics().elidedText(name, Qt::ElideMiddle, m_name->width()));
+void StepListScreen::showOrigin() {
+    const Origin& origin = m_origins[handler().currentChannel()];
+    const quint64 steps = list().fingerprint();
+    const QString mark = origin.file.isEmpty() || origin.kept == steps ? QString() : QStringLiteral(" *");
+    const QFontMetrics metrics = m_name->fontMetrics();
+    const int room = m_name->width() - metrics.horizontalAdvance(mark);
+    m_name->setText(metrics.elidedText(origin.file, Qt::ElideMiddle, room) + mark);
+    applySheet(m_upload, origin.given == steps ? PUSH_BN_STYLE : PUSH_BN_SEL_STYLE);
 }
 
 void StepListScreen::takeName(const QString& name) {
-    m_names[handler().currentChannel()] = name;
-    showName();
+    Origin& origin = m_origins[handler().currentChannel()];
+    origin.file = name;
+    origin.kept = list().fingerprint();
+    showOrigin();
     // The record's field is counted in bytes: what does not fit goes, but no half of a character stays.
     const QByteArray bytes = name.toUtf8();
     int size = qMin(bytes.size(), static_cast<int>(sizeof(ChannelRecord::listName)) - 1);
@@ -191,8 +200,10 @@ void StepListScreen::takeName(const QString& name) {
     (handler().*m_kind.setCachedName)(bytes.left(size).constData());
 }
 
-void StepListScreen::report(bool done, const QString& error) {
-    if (!done)
+void StepListScreen::afterChange(bool done, const QString& error) {
+    if (done)
+        showOrigin();
+    else
         showToast(host(), error);
 }
 
@@ -200,13 +211,13 @@ void StepListScreen::onAddStep() {
     update_static_controls(m_kind.tableState);
     QString error;
     showList(); // with the limits that hold now
-    report(m_table->addStep(error), error);
+    afterChange(m_table->addStep(error), error);
 }
 
 void StepListScreen::onDeleteStep() {
     update_static_controls(m_kind.tableState);
     QString error;
-    report(m_table->deleteCurrentStep(error), error);
+    afterChange(m_table->deleteCurrentStep(error), error);
 }
 
 void StepListScreen::onNew() {
@@ -216,16 +227,24 @@ void StepListScreen::onNew() {
     update_static_controls(m_kind.tableState);
     QString error;
     const bool done = m_table->newList(error);
-    report(done, error);
-    if (done) {
-        m_names.erase(handler().currentChannel());
-        showName();
-    }
+    if (done)
+        m_origins[handler().currentChannel()].file.clear();
+    afterChange(done, error);
 }
 
 void StepListScreen::onUpload() {
     update_static_controls(m_kind.tableState);
+    const QString problem = list().firstProblem();
+    if (!problem.isEmpty()) {
+        showToast(host(), problem);
+        return;
+    }
+    // Taken now: the list can be edited, and another channel selected, while the command waits.
+    Origin& origin = m_origins[handler().currentChannel()];
+    const quint64 steps = list().fingerprint();
     const bool done = upload() == 0;
+    origin.given = done ? std::make_optional(steps) : std::nullopt;
+    showOrigin();
     host().UpdateStatusBar();
     if (done)
         showInformation(&host(), QString::fromLatin1(m_kind.uploadTitle), QStringLiteral("Succeeded!"));
@@ -249,7 +268,7 @@ void StepListScreen::onEditRequested(const ListEditRequest& request) {
             return;
         QString error;
         showList(); // with the limits that hold now
-        report(m_table->applyEdit(request, value, error), error);
+        afterChange(m_table->applyEdit(request, value, error), error);
     };
     // A choice opens nothing and sends nothing.
     if (request.kind == ListColumnKind::Choice)

@@ -6,6 +6,7 @@
 #include "portable/screens/lists/steplistkind.h"
 
 #include <map>
+#include <optional>
 
 class QLabel;
 class QPushButton;
@@ -49,6 +50,9 @@ protected:
     /// Shows the current channel's list; to be called once the derived screen is built.
     void showList();
 
+    /// To be called when steps have changed: shows whether they are still those of the file and of the module.
+    void showOrigin();
+
     ListTable& table() const { return *m_table; }
     PageGroup& settingsGroup() const { return *m_settings; }
     void addCaption(int x, const QString& text);
@@ -62,9 +66,15 @@ private:
     void buildTable();
     void buildSettings();
     void buildButtons();
-    void showName();
-    void report(bool done, const QString& error);
+    void afterChange(bool done, const QString& error);
     void takeName(const QString& name);
+
+    /// Where a channel's list has come from and gone to.
+    struct Origin {
+        QString file;                 ///< that it was last loaded from or saved to; empty: none
+        quint64 kept = 0;             ///< fingerprint of the steps in that file
+        std::optional<quint64> given; ///< of those that the module has taken
+    };
 
     const StepListKind& m_kind;
     QWidget* m_page;
@@ -76,8 +86,9 @@ private:
     EnableBox* m_enable = nullptr;
     QLabel* m_name = nullptr;
     std::vector<QPushButton*> m_tableButtons;
+    QPushButton* m_upload = nullptr;
     QPushButton* m_cancel = nullptr;
-    std::map<unsigned, QString> m_names; ///< by channel, the file that the list was last loaded from or saved to
+    std::map<unsigned, Origin> m_origins; ///< by channel
 };
 
 } // namespace Kavor::HandheldGui

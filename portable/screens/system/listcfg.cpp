@@ -1,10 +1,12 @@
 #include "portable/screens/system/listcfg.h"
 
 #include "platform/veldapath.h"
+#include "portable/host/screentexts.h"
 #include "portable/widgets/listpage.h"
 
 #include <QDir>
 #include <QHeaderView>
+#include <QRegularExpression>
 #include <algorithm>
 #include <array>
 #include <tuple>
@@ -23,11 +25,6 @@ namespace {
 enum Column { Number, Name, Storage, ColumnCount };
 constexpr int NumberWidth = 96;
 constexpr int StorageWidth = 200;
-
-/// A control character in a name would end the command that carries it.
-bool canBeSent(const QString& file) {
-    return std::all_of(file.begin(), file.end(), [](QChar c) { return c.isPrint(); });
-}
 
 /// Numbers by their value, then the others by their text.
 auto orderOf(const QString& file) {
@@ -74,6 +71,11 @@ QString cfgList::bareName(const QString& file) {
     return name;
 }
 
+bool cfgList::canBeUsed(const QString& name) {
+    static const QRegularExpression letters(QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9._-]+")));
+    return letters.match(name).hasMatch() && name != QLatin1String("0");
+}
+
 void cfgList::update_view(const QString& mode) {
     m_mode = modeOf(mode);
     setRowCount(0);
@@ -85,13 +87,11 @@ void cfgList::update_view(const QString& mode) {
         return;
     if (m_mode->offersNewFile)
         addRow(QStringLiteral("+"), NewFile, QStringLiteral("system"), NewFile);
-    QStringList files = QDir(folder()).entryList({QStringLiteral("*.json")}, QDir::Files);
-    files.erase(std::remove_if(files.begin(), files.end(), [](const QString& file) { return !canBeSent(file); }),
-                files.end());
+    QStringList files = QDir(folder()).entryList({QStringLiteral("*.json")}, QDir::Files | QDir::Hidden);
     std::sort(files.begin(), files.end(), [](const QString& a, const QString& b) { return orderOf(a) < orderOf(b); });
     int number = 0;
     for (const QString& file : qAsConst(files))
-        addRow(QString::number(++number), bareName(file), QStringLiteral("usb/SD"), file);
+        addRow(QString::number(++number), onOneLine(bareName(file)), QStringLiteral("usb/SD"), file);
     clearSelection();
     scrollToTop();
 }

@@ -20,6 +20,10 @@ public:
     /// The configuration's name in the name of its file: without every ".json", then without every "preset-".
     static QString bareName(const QString& file);
 
+    /// Whether the module can be asked for a configuration of that name: nothing in it that a command would read, and
+    /// not "0", the factory's.
+    static bool canBeUsed(const QString& name);
+
     /// Reads the folder and shows it. mode: "load", "save" or "delete"; any other gives an empty table. Configurations
     /// with a number come first, in its order.
     void update_view(const QString& mode);

@@ -42,9 +42,10 @@ constexpr int StateHeight = 212;
 constexpr int ReferenceHeight = 136;
 constexpr int ValueX = 240;
 constexpr int ProtectionWidth = 340;
+constexpr double NoTemperature = 1000; ///< degrees; what is no less is no reading
 
 QString temperatureText(const ChannelRecord& record) {
-    if (!std::isfinite(record.temperature))
+    if (!(std::abs(record.temperature) < NoTemperature))
         return QStringLiteral("--- °C");
     // Rounded first, so that a little below zero does not read as "-0.0".
     const double tenths = std::round(record.temperature * 10);

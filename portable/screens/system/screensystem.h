@@ -61,7 +61,8 @@ private:
     void showSubPage(SubPage page);
     void openConfigurations(const QString& mode);
     QString askForName();
-    void end(bool taken, bool reload);
+    QString nameToUse(const QString& file);
+    bool end(bool taken, bool reload);
     void chooseReference(int index);
     void showReference();
     void showInformation();

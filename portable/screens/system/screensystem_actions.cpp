@@ -13,6 +13,10 @@
 
 namespace Kavor::HandheldGui {
 
+namespace {
+constexpr unsigned HighestNumber = 99999; ///< of a new configuration
+}
+
 void systemScreen::onStoreButton() {
     openConfigurations(QStringLiteral("save"));
 }
@@ -54,53 +58,77 @@ void systemScreen::onMsgLoadFWList(MANIFEST_DATA* package) {
 void systemScreen::onPresetButton() {
     if (!confirmAction(&host(), QStringLiteral("Reset system settings to factory defaults?"), {}, Answer::Destroys))
         return;
-    end(doPreset(&handler(), m_page, handler().channelCount()), true);
+    if (end(doPreset(&handler(), m_page, handler().channelCount()), true))
+        showToast(host(), QStringLiteral("Factory defaults recalled"));
+}
+
+/// The name of the configuration in a file; empty, and the user has been told, when the module cannot be asked for it.
+QString systemScreen::nameToUse(const QString& file) {
+    const QString name = cfgList::bareName(file);
+    if (cfgList::canBeUsed(name))
+        return name;
+    showToast(host(), name == QLatin1String("0")
+                          ? QStringLiteral("Configuration 0 is the factory preset")
+                          : QStringLiteral("A name is letters, digits, \".\", \"-\" and \"_\" only"));
+    return QString();
 }
 
 void systemScreen::onMsgLoadCfgList(const QString& file) {
-    const QString name = cfgList::bareName(file);
-    if (!confirmAction(&host(), QStringLiteral("Recall configuration %1?").arg(name)))
+    const QString name = nameToUse(file);
+    if (name.isEmpty() || !confirmAction(&host(), QStringLiteral("Recall configuration %1?").arg(shortened(name))))
         return;
-    end(doRecall(&handler(), m_page, handler().channelCount(), name), true);
+    if (end(doRecall(&handler(), m_page, handler().channelCount(), name), true))
+        showToast(host(), QStringLiteral("Configuration %1 recalled").arg(shortened(name)));
 }
 
 void systemScreen::onMsgDeleteCfgList(const QString& file) {
-    const QString name = cfgList::bareName(file);
-    if (!confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(name), {}, Answer::Destroys))
+    const QString name = nameToUse(file);
+    if (name.isEmpty() ||
+        !confirmAction(&host(), QStringLiteral("Delete configuration %1?").arg(shortened(name)), {}, Answer::Destroys))
         return;
-    end(doErase(&handler(), m_page, name), false);
+    if (end(doErase(&handler(), m_page, name), false))
+        showToast(host(), QStringLiteral("Configuration %1 deleted").arg(shortened(name)));
 }
 
 void systemScreen::onMsgSaveCfgList(const QString& file) {
-    const QString name = file == cfgList::NewFile ? askForName() : cfgList::bareName(file);
+    const QString name = file == cfgList::NewFile ? askForName() : nameToUse(file);
     if (name.isEmpty())
         return;
     const bool disableOutput = confirmAction(&host(), QStringLiteral("Disable output in saved configuration?"),
                                              QStringLiteral("Prevent active modulations auto-start..."));
-    if (!confirmAction(&host(), QStringLiteral("Store configuration as %1?").arg(name)))
+    if (!confirmAction(&host(), QStringLiteral("Store configuration as %1?").arg(shortened(name))))
         return;
-    end(handler().set_power_on_restore(!disableOutput) == 0 && doStore(&handler(), m_page, name), false);
+    if (end(handler().takePowerOnRestore(!disableOutput) == 0 && doStore(&handler(), m_page, name), false))
+        showToast(host(), QStringLiteral("Configuration %1 stored").arg(shortened(name)));
 }
 
-/// Empty when the user thinks better of it.
+/// Empty when the user thinks better of it, or has been told why there is none of that number.
 QString systemScreen::askForName() {
     VirtKeyboard keyboard(&host(), QStringLiteral("Enter numeric recall file name"), QString(), QString());
     keyboard.setSignEnabled(false);
     keyboard.setPointEnabled(false);
-    return keyboard.ask() ? keyboard.text() : QString();
+    if (!keyboard.ask())
+        return QString();
+    bool isNumber = false;
+    const unsigned number = keyboard.text().toUInt(&isNumber);
+    if (isNumber && number >= 1 && number <= HighestNumber)
+        return QString::number(number);
+    showToast(host(), QStringLiteral("Range 1 to %1").arg(HighestNumber));
+    return QString();
 }
 
-/// reload: the module's settings are other ones now.
-void systemScreen::end(bool taken, bool reload) {
+/// reload: the module's settings are other ones now. Returns taken.
+bool systemScreen::end(bool taken, bool reload) {
     if (!taken) {
         showCommandFailure(host());
-        return;
+        return false;
     }
     if (reload)
         host().update_from_config(STATE_SYSTEM);
     // Unless the user has gone elsewhere while the command was waiting.
     if (host().currentState() == STATE_SYSTEM)
         show();
+    return true;
 }
 
 void systemScreen::chooseReference(int index) {

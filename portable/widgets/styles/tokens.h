@@ -29,6 +29,7 @@ constexpr QRgb Neutral = 0xFFDCE3EA; ///< the chosen half of a pair that is off
 constexpr QRgb OnNeutral = 0xFF0D1218;
 constexpr QRgb Progress = 0xFF14587B; ///< the part that is done: dark, its percentage is read on it
 constexpr QRgb Wrong = 0xFFFF6B61;
+constexpr QRgb WrongText = 0xFFFF8F87;
 constexpr QRgb OnWrong = 0xFF2B0805;
 
 constexpr int TextGroup = 22;

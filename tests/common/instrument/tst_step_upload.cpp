@@ -72,6 +72,9 @@ private slots:
         };
         list("waits, last", listStep(100, "MHz", 5, 500, "\u00B5s", "Wait", true), "0100 00e876481700 f401 03 f401000000");
         list("power and ns truncated", listStep(1, "KHz", -0.019, 999, "ns"), "0100 40420f000000 ffff 00 0000000000");
+        list("decimal numbers", listStep(4.35, "KHz", 4.35, 1.001, "ms"), "0100 306042000000 b301 00 e903000000");
+        list("decimal numbers below 0", listStep(0.001, "Hz", -0.29, 0.000001, "s"), "0100 010000000000 e3ff 00 0100000000");
+        list("a little less", listStep(1.0009999999999997, "Hz", 0.28999999999999998, 1999.9999999999998, "ns"), "0100 e80300000000 1d00 00 0100000000");
         list("unknown units are the smallest", listStep(7, "kHz", 0, 2000, "us"), "0100 581b00000000 0000 00 0200000000");
         list("beyond any integer", listStep(Huge, "GHz", Huge, Huge, "s"), "0100 ffffffffffff ffff 00 ffffffffff");
         list("below any integer", listStep(-Huge, "GHz", -Huge, -1, "s"), "0100 000000000000 0000 00 0000000000");
@@ -80,6 +83,7 @@ private slots:
             addRow(name, SetPattData(&step).toHex(), QByteArray(hex).replace(' ', ""));
         };
         pattern("off time first", patternStep(800, "ns", 1, "\u00B5s"), "0100 0100 e803000000000000 2003000000000000");
+        pattern("many digits", patternStep(12345678.123456789, "s", 9007199254.740993, "s"), "0100 0100 e80300000000007d 16590f2f54dc2b00");
         pattern("out of range", patternStep(Huge, "s", -Huge, "s"), "0100 0100 0000000000000080 ffffffffffffff7f");
         const auto text = [](const std::string& encoded, const char* expected) {
             addRow(expected, QByteArray::fromStdString(encoded), QByteArray(expected));

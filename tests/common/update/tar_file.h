@@ -5,7 +5,7 @@
 /// Puts a gzip-compressed tar archive together member by member, so that a test can write what no honest tar would.
 class TarFile {
 public:
-    enum Kind : char { Plain = '0', HardLink = '1', SymLink = '2', Folder = '5' };
+    enum Kind : char { Plain = '0', HardLink = '1', SymLink = '2', Folder = '5', Pipe = '6' };
 
     TarFile& add(const QByteArray& name, const QByteArray& content = {}, Kind kind = Plain,
                  const QByteArray& linkTarget = {}) {

@@ -52,6 +52,25 @@ private slots:
             expectMessage("^fwThread::fwUpgrade " + failure);
         QTEST(install(), "code");
         QTEST(sudoed(), "commands");
+        QCOMPARE(unfinishedInstallation(m_settings), QString());
+    }
+
+    // An installation that is cut off leaves its mark; a pipe in the archive does not make it wait for ever.
+    void markedWhileItRuns() {
+        usePackage(TarFile().add("patch/a", "A").add("patch/pipe", {}, TarFile::Pipe).gzip());
+        m_manifest->name = "FW";
+        m_manifest->version = "2\n1";
+        useComponents({"file|action|cp %D/kavor/marker %D/seen", "file|copy|pipe|%D/target/x",
+                       "file|copy|a|%D/target/x", "file|action|sudo reboot", "file|action|test ! -e %D/kavor/marker"});
+        expectMessage("failed file copy command: sudo cp .*/pipe");
+        fwThread installer(m_manifest.get(), m_settings);
+        installer.fwUpgrade();
+        QCOMPARE(m_dir->contentOf("seen"), QByteArray("FW 2 1"));
+        QCOMPARE(installer.failedSteps(), 1); // before the reboot it is gone
+        QVERIFY(installer.firstFailure().contains("/pipe"));
+        m_dir->put("kavor/marker", "FW 2\n" + QByteArray(5000, 'x'));
+        QVERIFY(unfinishedInstallation(m_settings).startsWith("FW 2 xxx"));
+        QVERIFY(unfinishedInstallation(m_settings).size() < 300);
     }
 
     void refusedNames() {
@@ -152,6 +171,7 @@ protected:
         m_dir->put("canary", "alive");
         m_dir->put("target/mine", "x");
         m_settings.scratchFolder = at("scratch");
+        m_settings.markerFile = at("kavor/marker");
         m_manifest = std::make_unique<MANIFEST_DATA>();
         usePackage(TarFile().add("patch/a", "A").add("patch/d/", {}, TarFile::Folder).add("patch/d/b", "B").gzip());
     }
