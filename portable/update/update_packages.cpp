@@ -3,7 +3,6 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/update/listfirmware.h"
-#include "portable/update/update_boxes.h"
 #include "portable/widgets/boxes.h"
 
 #include <array>

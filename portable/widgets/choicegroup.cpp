@@ -1,6 +1,7 @@
 #include "portable/widgets/choicegroup.h"
 
 #include "portable/widgets/actiongate.h"
+#include "portable/widgets/pressfilter.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -18,6 +19,8 @@ ChoiceGroup::ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QSt
         button->setObjectName(description.name);
         button->setProperty("tone", description.tone);
         button->setFocusPolicy(Qt::NoFocus);
+        if (description.tone == QLatin1String("off"))
+            PressFilter::takeEveryPress(button);
         const int index = static_cast<int>(m_buttons.size());
         connect(button, &QPushButton::clicked, this, [this, button, index] {
             emit clicked(index);

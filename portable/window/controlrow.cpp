@@ -1,7 +1,6 @@
 #include "portable/window/controlrow.h"
 
 #include "portable/widgets/choicegroup.h"
-#include "portable/widgets/pressfilter.h"
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -51,8 +50,6 @@ ControlRow::ControlRow(QWidget* parent) : QWidget(parent) {
     keepUndimmed(this, UndimmedFrom);
     keepLive(m_rf->button(Off));
     new TouchPress(m_rf->button(Off)); // a second finger reaches it
-    for (const ChoiceGroup* pair : {m_modulation, m_rf})
-        PressFilter::takeEveryPress(pair->button(Off));
 }
 
 void ControlRow::addLabel(const QString& text, int x, int width) {

@@ -142,6 +142,23 @@ private slots:
         QVERIFY(!keyboard.ask());
     }
 
+    /// A keyboard opened and left where Off is pressed at once: the press counts.
+    void doubleTapOnAnOffActs() {
+        QVERIFY(panel().press("rfOn"));
+        auto* off = panel().widget<QWidget>("rfOff");
+        const QPoint global = off->mapToGlobal(off->rect().center());
+        const auto send = [&](QEvent::Type type, ulong time) {
+            QMouseEvent event(type, off->mapFromGlobal(global), global, Qt::LeftButton, Qt::LeftButton, {});
+            event.setTimestamp(time);
+            QCoreApplication::sendEvent(off, &event);
+        };
+        send(QEvent::MouseButtonPress, 20000);
+        inside("box", [](QWidget&) {});
+        send(QEvent::MouseButtonPress, 20100);
+        send(QEvent::MouseButtonRelease, 20130);
+        QCOMPARE(panel().record().rfOutput, 0U);
+    }
+
     /// However long the text, the box stays clear of the control row with its buttons inside.
     void boxesFit_data() {
         QTest::addColumn<QString>("text");
