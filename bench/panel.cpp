@@ -5,10 +5,12 @@
 #include "lists/table/list_table.h"
 #include "rig/panelfixture.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QEventLoop>
 #include <QLabel>
 #include <QTcpSocket>
+#include <QTest>
 #include <QThread>
 
 using namespace Kavor::HandheldGui;
@@ -133,6 +135,21 @@ bool painting(BenchReport& report, PanelFixture& panel) {
     }
     report.value("screen_change_p50", BenchReport::percentile(screens, 50), "ms");
     report.value("screen_change_worst", BenchReport::percentile(screens, 100), "ms");
+
+    std::vector<double> presses;
+    for (QAbstractButton* button : panel.window().findChildren<QAbstractButton*>()) {
+        if (!button->isVisible() || !button->isEnabled())
+            continue;
+        presses.push_back(toPainted(
+            [button] {
+                QTest::mousePress(button, Qt::LeftButton);
+                return true;
+            },
+            ok));
+        QTest::mouseRelease(button, Qt::LeftButton, Qt::NoModifier, QPoint(button->width() / 2, -200));
+    }
+    report.value("press_to_painted_p50", BenchReport::percentile(presses, 50), "ms");
+    report.value("press_to_painted_worst", BenchReport::percentile(presses, 100), "ms");
 
     auto* label = panel.widget<QLabel>("statusFrequency");
     int turn = 0;

@@ -22,31 +22,16 @@ const QStringList& advances() {
 } // namespace
 
 FrequencyListConfig::FrequencyListConfig(std::vector<list_point*>* points, const FrequencyListLimits& limits)
-    : StepListModel(points, {"Frequency list storage is not available", "Select a valid list row",
-                             "A list must contain at least one step", "List file contains no steps",
-                             "List file contains no valid steps"}),
+    : StepListModel(points,
+                    {"Frequency list storage is not available", "Select a valid list row",
+                     "A list must contain at least one step", "List file contains no steps",
+                     "List file contains no valid steps"},
+                    {{QStringLiteral("Step"), ListColumnKind::Step, false},
+                     {QStringLiteral("Frequency"), ListColumnKind::Frequency, true},
+                     {QStringLiteral("Power"), ListColumnKind::Power, true},
+                     {QStringLiteral("Dwell Time"), ListColumnKind::Time, false},
+                     {QStringLiteral("Adv."), ListColumnKind::Choice, true}}),
       m_limits(limits) {}
-
-int FrequencyListConfig::columnCount() const {
-    return ColumnCount;
-}
-
-ListColumn FrequencyListConfig::column(int index) const {
-    switch (index) {
-    case StepColumn:
-        return {QStringLiteral("Step"), ListColumnKind::Step, false};
-    case FrequencyColumn:
-        return {QStringLiteral("Frequency"), ListColumnKind::Frequency, true};
-    case PowerColumn:
-        return {QStringLiteral("Power"), ListColumnKind::Power, true};
-    case DwellColumn:
-        return {QStringLiteral("Dwell Time"), ListColumnKind::Time, m_dwellEditable};
-    case AdvanceColumn:
-        return {QStringLiteral("Adv."), ListColumnKind::Choice, true};
-    default:
-        return {};
-    }
-}
 
 QString FrequencyListConfig::cellText(int row, int column) const {
     const list_point* const point = pointAt(row);
@@ -165,6 +150,14 @@ QString FrequencyListConfig::cellProblem(int row, int column) const {
     default:
         return {};
     }
+}
+
+void FrequencyListConfig::setDwellEditable(bool editable) {
+    setColumnEditable(DwellColumn, editable);
+}
+
+bool FrequencyListConfig::dwellEditable() const {
+    return column(DwellColumn).editable;
 }
 
 void FrequencyListConfig::setFixedDwell(double value, const std::string& unit) {

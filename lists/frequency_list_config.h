@@ -23,8 +23,6 @@ public:
 
     int kind() const override { return 0; }
     QString jsonRootName() const override { return QStringLiteral("VeldaList"); }
-    int columnCount() const override;
-    ListColumn column(int index) const override;
     QString cellText(int row, int column) const override;
     bool getEditRequest(int row, int column, ListEditRequest& request) const override;
     bool applyEdit(const ListEditRequest& request, const ListEditValue& value, QString& error) override;
@@ -35,8 +33,8 @@ public:
     const FrequencyListLimits& limits() const { return m_limits; }
 
     /// Whether each step's dwell can be edited; not, until set.
-    void setDwellEditable(bool editable) { m_dwellEditable = editable; }
-    bool dwellEditable() const { return m_dwellEditable; }
+    void setDwellEditable(bool editable);
+    bool dwellEditable() const;
 
     /// Gives every step the same dwell, as it stands.
     void setFixedDwell(double value, const std::string& unit);
@@ -49,5 +47,4 @@ protected:
 
 private:
     FrequencyListLimits m_limits;
-    bool m_dwellEditable = false;
 };

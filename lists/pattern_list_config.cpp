@@ -40,29 +40,15 @@ std::uint32_t toCount(double number) {
 } // namespace
 
 PatternListConfig::PatternListConfig(std::vector<pattern_point*>* points, const PatternListLimits& limits)
-    : StepListModel(points, {"Pattern list storage is not available", "Select a valid pattern row",
-                             "A pattern must contain at least one step", "Pattern file contains no steps",
-                             "Pattern file contains no valid steps"}),
+    : StepListModel(points,
+                    {"Pattern list storage is not available", "Select a valid pattern row",
+                     "A pattern must contain at least one step", "Pattern file contains no steps",
+                     "Pattern file contains no valid steps"},
+                    {{QStringLiteral("Step"), ListColumnKind::Step, false},
+                     {QStringLiteral("On Time"), ListColumnKind::Time, true},
+                     {QStringLiteral("Off Time"), ListColumnKind::Time, true},
+                     {QStringLiteral("Repetition"), ListColumnKind::Count, true}}),
       m_limits(limits) {}
-
-int PatternListConfig::columnCount() const {
-    return ColumnCount;
-}
-
-ListColumn PatternListConfig::column(int index) const {
-    switch (index) {
-    case StepColumn:
-        return {QStringLiteral("Step"), ListColumnKind::Step, false};
-    case OnTimeColumn:
-        return {QStringLiteral("On Time"), ListColumnKind::Time, true};
-    case OffTimeColumn:
-        return {QStringLiteral("Off Time"), ListColumnKind::Time, true};
-    case RepetitionColumn:
-        return {QStringLiteral("Repetition"), ListColumnKind::Count, true};
-    default:
-        return {};
-    }
-}
 
 QString PatternListConfig::cellText(int row, int column) const {
     const pattern_point* const point = pointAt(row);

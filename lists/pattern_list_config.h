@@ -20,8 +20,6 @@ public:
 
     int kind() const override { return 1; }
     QString jsonRootName() const override { return QStringLiteral("VeldaPattern"); }
-    int columnCount() const override;
-    ListColumn column(int index) const override;
     QString cellText(int row, int column) const override;
     bool getEditRequest(int row, int column, ListEditRequest& request) const override;
     bool applyEdit(const ListEditRequest& request, const ListEditValue& value, QString& error) override;

@@ -61,12 +61,17 @@ bool StepListModel<Point>::clearAndCreateDefault(QString& error) {
 }
 
 template <typename Point>
+ListColumn StepListModel<Point>::column(int index) const {
+    return index >= 0 && index < columnCount() ? m_columns[static_cast<std::size_t>(index)] : ListColumn();
+}
+
+template <typename Point>
 bool StepListModel<Point>::addDefault(QString& error) {
     if (m_points == nullptr)
         return this->fail(error, m_messages.noStorage);
     auto point = std::make_unique<Point>(defaultPoint());
     m_points->push_back(point.get());
-    point.release();
+    static_cast<void>(point.release()); // the list holds it now
     renumber();
     return true;
 }

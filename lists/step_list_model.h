@@ -4,6 +4,7 @@
 #include "lists/list_config.h"
 #include "lists/step_json.h"
 
+#include <utility>
 #include <vector>
 
 /// What lists of every kind of step share: the sequence of steps, its numbering, its way from and to JSON. Works on a
@@ -13,6 +14,8 @@ template <typename Point>
 class StepListModel : public IListConfig {
 public:
     int rowCount() const override;
+    int columnCount() const override { return static_cast<int>(m_columns.size()); }
+    ListColumn column(int index) const override;
     bool clearAndCreateDefault(QString& error) override;
     bool addDefault(QString& error) override;
     bool deleteRow(int row, QString& error) override;
@@ -41,7 +44,10 @@ protected:
         const char* fileWithoutSteps;
     };
 
-    StepListModel(std::vector<Point*>* points, const Messages& messages) : m_points(points), m_messages(messages) {}
+    StepListModel(std::vector<Point*>* points, const Messages& messages, std::vector<ListColumn> columns)
+        : m_points(points), m_messages(messages), m_columns(std::move(columns)) {}
+
+    void setColumnEditable(int index, bool editable) { m_columns[static_cast<std::size_t>(index)].editable = editable; }
 
     virtual const JsonMembers<Point>& jsonMembers() const = 0;
 
@@ -58,6 +64,7 @@ protected:
 private:
     std::vector<Point*>* const m_points;
     const Messages m_messages;
+    std::vector<ListColumn> m_columns;
 };
 
 extern template class StepListModel<list_point>;

@@ -7,8 +7,6 @@
 #include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
-#include "portable/widgets/msgbox.h"
-#include "portable/widgets/vkeyboard.h"
 #include "rig/panelfixture.h"
 #include "rig/updatestick.h"
 
@@ -162,16 +160,6 @@ void keyboardStops(Guide& g) {
     g.dialogShot("keyboard-time", DialogKind::Keyboard, [&g] { g.press("pulseWidth"); });
     g.press("funcSweep");
     g.dialogShot("keyboard-number", DialogKind::Keyboard, [&g] { g.press("frswSteps"); });
-    g.dialogShot("keyboard-address", DialogKind::Keyboard, [&g] {
-        VirtKeyboard keyboard(&g.panel().window(), "Enter static IP for device", QString(), "192.168.1.20");
-        keyboard.setIPMask();
-        DialogRunner::current().run(keyboard, DialogKind::Keyboard, "Enter static IP for device");
-    });
-    g.dialogShot("keyboard-text", DialogKind::Keyboard, [&g] {
-        VirtKeyboard keyboard(&g.panel().window(), "List filename", QString(), "My list");
-        keyboard.setTextMode(32);
-        DialogRunner::current().run(keyboard, DialogKind::Keyboard, "List filename");
-    });
 }
 
 void pageStops(Guide& g) {
@@ -260,6 +248,7 @@ void systemStops(Guide& g) {
     if (!QTest::qWaitFor([&g] { return !g.panel().text("lanHostName").isEmpty(); }, 5000))
         qFatal("The network is not read.");
     g.shot("system-lan");
+    g.dialogShot("keyboard-address", DialogKind::Keyboard, [&g] { g.press("lanAddress"); });
     g.panel().enter("lanPort", "5025");
     g.press("lanDynamic");
     g.shot("system-lan-edited");
@@ -489,11 +478,6 @@ void boxStops(Guide& g) {
     g.dialogShot("question", DialogKind::Question, [&g] {
         confirmAction(&g.panel().window(), "Disable output in saved configuration?",
                       "Prevent active modulations auto-start...");
-    });
-    g.dialogShot("box-progress", DialogKind::Progress, [&g] {
-        cMessageBox box(&g.panel().window(), "Update in progress", QMessageBox::Cancel, QSize(640, 320), 50);
-        box.setProgressBar(QRect(48, 120, 544, 64));
-        DialogRunner::current().run(box, DialogKind::Progress, "Update in progress");
     });
     QMovie movie(":/logo.gif");
     for (int frame = 0; frame < 18; ++frame) // a GIF is read forwards

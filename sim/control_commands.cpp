@@ -56,7 +56,7 @@ std::optional<int> wholeNumber(const QByteArray& text, int minimum, int maximum)
 
 std::optional<bool> onOff(const QByteArray& text) {
     const char* word = findWord(OnOffToString, text);
-    return word ? std::optional<bool>(word == OnOffToString[on]) : std::nullopt;
+    return word ? std::optional<bool>(word == OnOffToString[OnOff::on]) : std::nullopt;
 }
 
 // One NAME=VALUE of a fault; false when there is no such thing.

@@ -57,7 +57,7 @@ void fillCarrierAndTrigger(ChannelRecord& record) {
 
 void fillModulations(ChannelRecord& record) {
     for (auto* source : {&record.amSource, &record.fmSource, &record.pmSource, &record.pulseSource})
-        setRecordText(*source, ModSrcModeToString[internal]);
+        setRecordText(*source, ModSrcModeToString[ModSrcMode::internal]);
     record.amRate = record.fmRate = record.pmRate = rate();
     record.amDepth = limited(50, 0, 100);
     record.fmDeviation = limited(10 * Hz, 1, 20 * MHz);
@@ -74,8 +74,8 @@ void fillSweepsAndSteps(ChannelRecord& record) {
     record.frswSteps = record.prswSteps = counted(11, 2, 65535);
     record.frswDwell = record.prswDwell = limited(1 * Ms, 10 * Us, 100);
     record.frswTotalTime = record.prswTotalTime = {3600, 20 * Us};
-    setRecordText(record.frswDirection, SweepDirectionToString[normal]);
-    setRecordText(record.prswDirection, SweepDirectionToString[normal]);
+    setRecordText(record.frswDirection, SweepDirectionToString[SweepDirection::normal]);
+    setRecordText(record.prswDirection, SweepDirectionToString[SweepDirection::normal]);
     record.listDwell = {1 * Ms, 100, 10 * Us};
     record.patternTime = {1 * Ms, 10, 100 * Ns};
     record.patternRepetitions = counted(1, 1, 65535);

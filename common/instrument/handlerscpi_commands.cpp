@@ -20,6 +20,13 @@ void writeText(char (&field)[32], const char* text) {
     std::memcpy(field, text, std::min(std::strlen(text), sizeof field - 1));
 }
 
+// 0 for a word that belongs to no modulation.
+unsigned modulationOf(std::uint32_t ChannelRecord::*state) {
+    const auto found = std::find_if(Modulations.begin(), Modulations.end(),
+                                    [state](const Modulation& kind) { return kind.running == state; });
+    return found == Modulations.end() ? 0U : unsigned{found->bit};
+}
+
 } // namespace
 
 int EventHandler::sendOnly(const char* header, const std::string& argument) {
@@ -38,7 +45,13 @@ int EventHandler::setNumber(const char* header, const std::string& argument, std
 }
 
 int EventHandler::setSwitch(const char* header, bool on, std::uint32_t ChannelRecord::*field) {
-    return setNumber(header, OnOffToString[on ? 1 : 0], field, on ? 1 : 0);
+    const int result = setNumber(header, OnOffToString[on ? 1 : 0], field, on ? 1 : 0);
+    unsigned& unanswered = m_unanswered[currentChannel()];
+    if (on && result != 0 && lastTimedOut())
+        unanswered |= modulationOf(field);
+    else if (!lastTimedOut())
+        unanswered &= ~modulationOf(field);
+    return result;
 }
 
 int EventHandler::setWord(const char* header, const std::string& word, char (ChannelRecord::*field)[32]) {
@@ -53,7 +66,7 @@ int EventHandler::set_channel(unsigned channel) {
 }
 
 int EventHandler::set_rf_onoff(OnOff state) {
-    return setSwitch(Scpi::Output, state != off, &ChannelRecord::rfOutput);
+    return setSwitch(Scpi::Output, state != OnOff::off, &ChannelRecord::rfOutput);
 }
 
 int EventHandler::set_power_on_restore(bool automatic) {
@@ -137,20 +150,18 @@ int EventHandler::set_modulation_enable(modEnableBitMask bits, bool enable) {
 }
 
 unsigned EventHandler::isModulationsOn() {
-    static constexpr std::pair<unsigned, std::uint32_t ChannelRecord::*> States[] = {
-        {AM_MOD_BIT, &ChannelRecord::amState},     {FM_MOD_BIT, &ChannelRecord::fmState},
-        {PM_MOD_BIT, &ChannelRecord::pmState},     {FRSW_MOD_BIT, &ChannelRecord::frswState},
-        {PRSW_MOD_BIT, &ChannelRecord::prswState}, {PULSE_MOD_BIT, &ChannelRecord::pulseState},
-        {LIST_MOD_BIT, &ChannelRecord::listState}, {PATTERN_MOD_BIT, &ChannelRecord::patternState},
-    };
     QMutexLocker lock(&m_runningMutex);
     unsigned running = 0;
-    for (const auto& [bit, state] : States) {
-        if (snapshot().*state == 1)
-            running |= bit;
+    for (const Modulation& kind : Modulations) {
+        if (snapshot().*kind.running == 1)
+            running |= kind.bit;
     }
     m_running[currentChannel()] = running;
     return running;
+}
+
+unsigned EventHandler::mayRun() {
+    return isModulationsOn() | m_unanswered[currentChannel()];
 }
 
 unsigned EventHandler::getModulationsState(unsigned channel) const {
@@ -162,36 +173,12 @@ unsigned EventHandler::getModulationsState() const {
 }
 void EventHandler::clearRunningModulations() {
     m_running[currentChannel()] = 0;
+    m_unanswered[currentChannel()] = 0;
 }
 
-int EventHandler::setStateAM(OnOff state) {
-    return setSwitch(Scpi::AmState, state != off, &ChannelRecord::amState);
-}
-int EventHandler::setStateFM(OnOff state) {
-    return setSwitch(Scpi::FmState, state != off, &ChannelRecord::fmState);
-}
-int EventHandler::setStatePM(OnOff state) {
-    return setSwitch(Scpi::PmState, state != off, &ChannelRecord::pmState);
-}
-
-int EventHandler::setStatePulseM(OnOff state) {
-    return setSwitch(Scpi::PulseState, state != off, &ChannelRecord::pulseState);
-}
-
-int EventHandler::setStatePatternM(OnOff state) {
-    return setSwitch(Scpi::PatternState, state != off, &ChannelRecord::patternState);
-}
-
-int EventHandler::setStateFRSW(OnOff state) {
-    return setSwitch(Scpi::FrswState, state != off, &ChannelRecord::frswState);
-}
-
-int EventHandler::setStatePRSW(OnOff state) {
-    return setSwitch(Scpi::PrswState, state != off, &ChannelRecord::prswState);
-}
-
-int EventHandler::setStateList(OnOff state) {
-    return setSwitch(Scpi::ListState, state != off, &ChannelRecord::listState);
+int EventHandler::setModulation(modEnableBitMask kind, OnOff state) {
+    const Modulation& row = modulation(kind);
+    return setSwitch(row.stateHeader, state != OnOff::off, row.running);
 }
 
 int EventHandler::setModSrcAM(ModSrcMode source) {
@@ -219,10 +206,10 @@ int EventHandler::setDirPRSW(SweepDirection direction) {
 }
 
 int EventHandler::setDhcpMode(OnOff state) {
-    return setSwitch(Scpi::LanDhcp, state != off, &ChannelRecord::dhcp);
+    return setSwitch(Scpi::LanDhcp, state != OnOff::off, &ChannelRecord::dhcp);
 }
 int EventHandler::toggleDHCPMode() {
-    return setDhcpMode(getDhcpMode() != 0 ? off : on);
+    return setDhcpMode(getDhcpMode() != 0 ? OnOff::off : OnOff::on);
 }
 int EventHandler::setPort(std::string port) {
     return sendOnly(Scpi::LanPort, port);
@@ -253,7 +240,4 @@ int EventHandler::set_sys_rst() {
 }
 int EventHandler::sendGuiSoftUpdate() {
     return sendOnly(Scpi::GuiUpdateSoftware);
-}
-int EventHandler::set_sys_scpi() {
-    return 0;
 }

@@ -40,50 +40,39 @@ std::optional<int> sendEach(EventHandler& handler, const std::vector<std::string
 }
 
 void switchOff(EventHandler& handler) {
-    handler.setStatePulseM(off);
-    handler.setStatePatternM(off);
-}
-
-// Whether pulse modulation ran and was switched off.
-bool pausePulse(EventHandler& handler) {
-    if (handler.snapshot().pulseState != 1)
-        return false;
-    switchOff(handler);
-    return true;
+    handler.setStatePulseM(OnOff::off);
+    handler.setStatePatternM(OnOff::off);
 }
 
 } // namespace
 
-int EventHandler::sendListDATAX(std::vector<list_point*>* steps) {
-    if (!markLast(steps))
-        return -1;
-    const QByteArray message = StepWire::listMessage(*steps);
-    const bool paused = pausePulse(*this);
+void EventHandler::switchOnAgain(bool pulseToo) {
+    if (pulseToo && mayResume())
+        setStatePulseM(OnOff::on);
+    if (mayResume())
+        setStatePatternM(OnOff::on);
+}
+
+int EventHandler::sendSteps(const QByteArray& message, const char* failure, bool pulseToo) {
+    const bool pulseRan = snapshot().pulseState == 1;
+    if (pulseRan)
+        switchOff(*this);
     const int result = veldaScpiTransData(message);
     if (result != 0) {
-        VELDA_LOG(Log, QtWarningMsg, "Failed to send frequencies list");
+        VELDA_LOG(Log, QtWarningMsg, "%s", failure);
         VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
     }
-    if (paused && mayResume())
-        setStatePulseM(on);
-    if (paused && mayResume())
-        setStatePatternM(on);
+    if (pulseRan)
+        switchOnAgain(pulseToo);
     return result;
 }
 
+int EventHandler::sendListDATAX(std::vector<list_point*>* steps) {
+    return markLast(steps) ? sendSteps(StepWire::listMessage(*steps), "Failed to send frequencies list", true) : -1;
+}
+
 int EventHandler::sendPatternListDATAX(std::vector<pattern_point*>* steps) {
-    if (!markLast(steps))
-        return -1;
-    const QByteArray message = StepWire::patternMessage(*steps);
-    const bool paused = pausePulse(*this);
-    const int result = veldaScpiTransData(message);
-    if (result != 0) {
-        VELDA_LOG(Log, QtWarningMsg, "Failed to send patterns list");
-        VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
-    }
-    if (paused && mayResume())
-        setStatePatternM(on);
-    return result;
+    return markLast(steps) ? sendSteps(StepWire::patternMessage(*steps), "Failed to send patterns list", false) : -1;
 }
 
 int EventHandler::sendStepsList(std::vector<list_point*>* steps) {
@@ -103,9 +92,6 @@ int EventHandler::sendPatternList(std::vector<pattern_point*>* steps) {
     const std::optional<int> refused = sendEach(*this, commands);
     if (refused)
         VELDA_LOG(Log, QtWarningMsg, "Failed to send pattern %d list", *refused);
-    if (mayResume())
-        setStatePulseM(on);
-    if (mayResume())
-        setStatePatternM(on);
+    switchOnAgain(true);
     return refused ? -1 : 0;
 }

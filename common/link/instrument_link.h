@@ -89,6 +89,9 @@ signals:
 protected:
     InstrumentLink(const InstrumentSettings& settings, QObject* parent);
 
+    /// The command that ended last got no answer in time.
+    bool lastTimedOut() const { return m_lastTimedOut; }
+
     /// Makes a channel current; up to 4, one more than a region can hold and always a record of zeros.
     void selectChannel(unsigned channel) { m_channel = channel; }
 
@@ -145,6 +148,7 @@ private:
     bool m_linkUp = false;
     bool m_lossReported = false;
     bool m_answering = true;
+    bool m_lastTimedOut = false;
     int m_waits = 0;
     int m_waitBudgetMs = 0; ///< time-outs of the commands that wait
 };

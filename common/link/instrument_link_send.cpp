@@ -95,6 +95,7 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
 
 void InstrumentLink::noteAnswer(const Answer& answer) {
     const bool missing = answer.error == QLatin1String(ScpiClient::TimedOut);
+    m_lastTimedOut = missing;
     if (missing)
         emit timedOut();
     // An error of the connection itself says nothing about the service behind it.

@@ -6,14 +6,18 @@
 /// The words that cross the wire to the module's SCPI service, each written once. Headers end with the blank that
 /// separates them from their argument; capitals mark the short form and are sent as written.
 
+/// Choices whose value indexes their table of words. In a namespace of their own, so that names as short as `on` and
+/// `normal` are written with their type: OnOff::on.
+namespace Choices {
 enum OnOff : unsigned { off = 0, on = 1 };
 enum ModSrcMode : unsigned { internal = 0, external = 1 };
 enum SweepDirection : unsigned { normal = 0, upDown = 1 };
+} // namespace Choices
+using Choices::ModSrcMode;
+using Choices::OnOff;
+using Choices::SweepDirection;
 
 constexpr std::array<const char*, 2> OnOffToString{"OFF", "ON"};
-
-/// Names of the modulations, indexed by the bit number of modEnableBitMask.
-constexpr std::array<const char*, 8> ModulationNames{"AM", "FM", "PM", "FRSW", "PRSW", "Pulse", "List", "Pattern"};
 constexpr std::array<const char*, 2> SweepDirectionToString{"NORMAL", "UPDOWN"};
 constexpr std::array<const char*, 3> TriggerSourceToString{"EXTernal", "BUS", "TIMer"};
 constexpr std::array<const char*, 2> TriggerEdgeToString{"POSitive", "NEGative"};

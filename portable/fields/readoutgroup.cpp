@@ -1,5 +1,6 @@
 #include "portable/fields/readoutgroup.h"
 
+#include "portable/widgets/breakable.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -20,21 +21,13 @@ int widthOf(const QString& text, int pixels) {
     return QFontMetrics(font).horizontalAdvance(text);
 }
 
-/// The module's texts have no blanks to wrap at, so they may be broken behind every character.
-QString breakable(const QString& text) {
-    QString broken;
-    for (const QChar c : text)
-        broken += c + QString(QChar(0x200B));
-    return broken;
-}
-
 void showFitted(QLabel* label, const QString& text) {
     const int room = label->width();
     const bool large = widthOf(text, Style::TextLabel) <= room;
     applySheet(label, large ? DYN_VALUE_STYLE : DYN_VALUE_STYLE2);
     const bool twoLines = !large && widthOf(text, Style::TextGroup) > room;
     label->setWordWrap(twoLines);
-    label->setText(twoLines ? breakable(text) : text);
+    label->setText(twoLines ? breakable(text, 1) : text);
 }
 
 } // namespace

@@ -87,7 +87,7 @@ QString ValueEntry::title() const {
 }
 
 void ValueEntry::reload() {
-    if (!m_refused && !isEditing())
+    if (showsModule())
         showValue(m_field.model.value());
 }
 
@@ -148,9 +148,12 @@ bool ValueEntry::normalise(double value, double& canonical) {
         break;
     }
     canonical = m_field.whole ? std::trunc(value) + 0.0 : value; // no count of minus nothing
+    if (m_field.whole && canonical < 0 && !limits.known()) {
+        showToast(m_host, QStringLiteral("Invalid numeric value"));
+        return false;
+    }
     if (limits.contains(value) || (!m_field.whole && canonical == m_field.model.value()))
         return true;
-    showValue(value);
     if (m_field.kind == ValueField::Kind::Power)
         normalizePowerRange(toast, minimum, maximum, name);
     else
@@ -161,8 +164,13 @@ bool ValueEntry::normalise(double value, double& canonical) {
 ShownEntry ValueEntry::shownFor(double canonical) const {
     const int units = m_field.unit ? m_field.unit->count() : 0;
     switch (m_field.kind) {
-    case ValueField::Kind::Frequency:
-        return shownFrequency(canonical, units, m_field.row);
+    case ValueField::Kind::Frequency: {
+        // A step downwards has the unit of its size.
+        ShownEntry shown = shownFrequency(std::fabs(canonical), units, m_field.row);
+        if (canonical < 0)
+            shown.text.prepend(QLatin1Char('-'));
+        return shown;
+    }
     case ValueField::Kind::Time:
         return shownTime(canonical, units);
     case ValueField::Kind::Power:
@@ -188,7 +196,12 @@ void ValueEntry::showValue(double canonical) {
     }
 }
 
+/// A frequency or a time stays in sight beside its message; any other field shows the value held at once.
 void ValueEntry::refuse() {
+    if (m_field.kind != ValueField::Kind::Frequency && m_field.kind != ValueField::Kind::Time) {
+        showValue(m_field.model.value());
+        return;
+    }
     m_refused = true;
     applySheet(m_field.edit, m_field.wrongStyle);
 }

@@ -61,8 +61,8 @@ struct ValueField {
 };
 
 /// The one path of an entry: number, normalisation and range check, rounding to what the wire carries, setter, the
-/// toast when it fails, the editor rewritten from the cache, the status bar. An entry out of range stays visible in red
-/// as long as its message shows and is never sent. GUI thread.
+/// toast when it fails, the editor rewritten from the cache, the status bar. A frequency or
+/// a time out of range stays visible in red as long as its message shows; it is never sent. GUI thread.
 class ValueEntry : public QObject {
     Q_OBJECT
 
@@ -83,6 +83,9 @@ public:
     /// A calculated value is shown grey and cannot be entered.
     void setCalculated(bool calculated);
     QString title() const;
+
+    /// The editor shows the module's value: no refused entry stands in it and none is being made.
+    bool showsModule() const { return !m_refused && !isEditing(); }
 
 signals:
     /// The module took a value that was entered here; the editor shows it.

@@ -59,6 +59,7 @@ BoundField addValueField(PageGroup& group, PanelHost& host, const PageGroup::Col
     }
     BoundField bound;
     bound.unit = field.unit;
+    bound.edit = field.edit;
     bound.label = group.addField(column, y, texts.label, field.edit, field.unit, height);
     bound.entry = new ValueEntry(host, field);
     QObject::connect(field.edit, &ValueEdit::valueChanged, bound.entry, [entry = bound.entry] { entry->enter(); });

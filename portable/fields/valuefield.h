@@ -19,6 +19,7 @@ struct BoundField {
     ValueEntry* entry = nullptr;
     QLabel* label = nullptr;
     ComboBox* unit = nullptr; ///< null where the kind has none
+    ValueEdit* edit = nullptr;
 
     void setVisible(bool visible) const;
 };

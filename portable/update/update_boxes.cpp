@@ -1,6 +1,7 @@
 #include "portable/update/update_boxes.h"
 
 #include "portable/update/update_dialog.h"
+#include "portable/widgets/breakable.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -17,26 +18,12 @@ namespace {
 
 constexpr int LongestWord = 40;
 
-/// A path has no blanks to wrap at: it may be broken behind a slash, and a long name anywhere.
-QString breakable(const QString& text) {
-    QString broken;
-    int run = 0;
-    for (const QChar c : text) {
-        broken += c;
-        const bool ends = c.isSpace() || c == QLatin1Char('/');
-        run = ends ? 0 : run + 1;
-        if (c == QLatin1Char('/') || run >= LongestWord)
-            broken += QChar(0x200B);
-    }
-    return broken;
-}
-
 void show(QWidget* parent, DialogKind kind, const QString& title, const QString& text) {
     QMessageBox box(parent);
     box.setObjectName(QStringLiteral("updateBox"));
     box.setWindowTitle(title);
     box.setTextFormat(Qt::PlainText); // a path is what it is
-    box.setText(breakable(text));
+    box.setText(breakable(text, LongestWord));
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
     dressBox(box, WideBoxText);

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -54,7 +55,10 @@ ShownEntry shownFrequency(double hertz, int units, translations row) {
 }
 
 ShownEntry shownTime(double nanoseconds, int units) {
-    return shownEntry(TimeUnits, nanoseconds, units);
+    const CalcResult result = bestUnit(TimeUnits, nanoseconds, units);
+    // The decimals end at the nanosecond; the module may hold tenths of one.
+    const bool tenths = std::fabs(nanoseconds - std::round(nanoseconds)) > 0.05;
+    return {QString::number(result.value, 'f', timeDec[result.index] + (tenths ? 1 : 0)), result.index};
 }
 
 void applyToWidgets(QLineEdit* edit, QComboBox* combo, const CalcResult& result, const int* decimals) {

@@ -11,8 +11,12 @@ PageGroup::PageGroup(QWidget* parent, const QString& title, const QRect& geometr
     setObjectName(QStringLiteral("group"));
     setGeometry(geometry);
     setStyleSheet(WIDGET_GROUP_STYLE);
-    if (!title.isEmpty())
-        applySheet(addLabel(Left.labelX, 10, geometry.width() - 2 * Left.labelX, 40, title), WIDGET_LBL_BOLD_STYLE);
+    if (title.isEmpty())
+        return;
+    // No wider than its words: what stands beside it is touched over its whole height.
+    QLabel* caption = addLabel(Left.labelX, 10, geometry.width() - 2 * Left.labelX, 40, title);
+    applySheet(caption, WIDGET_LBL_BOLD_STYLE);
+    caption->resize(caption->sizeHint().width(), caption->height());
 }
 
 QLabel* PageGroup::addLabel(int x, int y, int width, int height, const QString& text) {

@@ -1,5 +1,6 @@
 #include "portable/window/errorreports.h"
 
+#include "platform/logger.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
 
@@ -54,6 +55,7 @@ void ErrorReports::showBox(const QString& text) {
     box.setStandardButtons(QMessageBox::Ok);
     box.setDefaultButton(QMessageBox::Ok);
     dressBox(box);
+    VELDA_LOG("window", QtInfoMsg, "box: %s", text); // what the user was told, for those who repair the instrument
     DialogRunner::current().run(box, DialogKind::Critical, text);
     msgboxOn = false;
 }

@@ -137,8 +137,11 @@ void MainWindow::postInit() {
 
 void MainWindow::change_state(STATE state, STATE) {
     m_state = state; // first: a screen with sub-views asks for it when it is shown
-    if (m_screens)
+    if (m_screens) {
+        if (ActionGate::panel().isOpen())
+            followRecord();
         m_screens->setScreen(state);
+    }
     if (m_functions)
         m_functions->update_static_controls(state);
 }
@@ -179,6 +182,10 @@ void MainWindow::refreshFromModule() {
     if (!ActionGate::panel().isOpen() || DialogRunner::anyOpen())
         return;
     m_errors.showKept();
+    followRecord();
+}
+
+void MainWindow::followRecord() {
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     showOutputs();
     m_screens->update_from_config(m_state);
@@ -204,7 +211,11 @@ void MainWindow::UpdateStatusBar() {
     const ChannelRecord& record = m_handler->snapshot();
     m_statusFrequency->setText(statusFrequencyText(record.frequency.value, m_frequencyUnit));
     m_statusPower->setText(statusPowerText(record.power.value));
-    m_statusModulation->setText(GetStatusBarMode(m_handler->getModulationsState()));
+    const QFontMetrics metrics = m_statusModulation->fontMetrics();
+    m_statusModulation->setText(
+        shortenedAtComma(GetStatusBarMode(m_handler->getModulationsState()), [this, &metrics](const QString& text) {
+            return metrics.horizontalAdvance(text) <= m_statusModulation->width() - 2 * m_statusModulation->margin();
+        }));
     m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
 }
 

@@ -85,6 +85,7 @@ private:
     void buildLayout();
     void buildStatusBar();
     void connectControls();
+    void followRecord();
     void showOutputs();
     void setRfLook(bool on);
     void showLink();

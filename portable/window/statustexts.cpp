@@ -1,28 +1,19 @@
 #include "portable/window/statustexts.h"
 
-#include "common/wire/scpi_words.h"
+#include "common/instrument/modulations.h"
+#include "values/units.h"
 
 #include <QStringList>
-#include <array>
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int Modulations = static_cast<int>(ModulationNames.size());
+constexpr int KindCount = static_cast<int>(ModulationNames.size());
 constexpr int LongestMessage = 127;
 
-struct UnitFormat {
-    const char* unit;
-    double factor; // hertz to unit
-    int decimals;
-};
-
-constexpr std::array<UnitFormat, 4> UnitFormats{
-    {{"GHz", 1e-9, 12}, {"MHz", 1e-6, 9}, {"KHz", 0.001, 6}, {"Hz", 1.0, 3}}};
-
 int lowestBit(int mask) {
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1 << bit))
             return bit;
     }
@@ -33,10 +24,9 @@ int lowestBit(int mask) {
 
 QString statusFrequencyText(double hertz, const QString& unit) {
     QString number;
-    for (const UnitFormat& format : UnitFormats) {
-        if (unit == QLatin1String(format.unit))
-            number = QString::number(hertz * format.factor, 'f', format.decimals);
-    }
+    double inUnit = 0;
+    if (canonicalToUnit(UnitQuantity::Frequency, hertz, unit, inUnit))
+        number = QString::number(inUnit, 'f', unitPrecision(UnitQuantity::Frequency, unit));
     return QStringLiteral("  Frequency: ") + number + QLatin1Char(' ') + unit;
 }
 
@@ -48,11 +38,19 @@ QString statusModeText(unsigned mask, const QString& modeText) {
     if (mask == 0)
         return QStringLiteral("Mode: ") + modeText;
     QStringList names;
-    for (int bit = 0; bit < Modulations; ++bit) {
+    for (int bit = 0; bit < KindCount; ++bit) {
         if (mask & (1U << bit))
             names << QLatin1String(ModulationNames[static_cast<std::size_t>(bit)]);
     }
     return QStringLiteral("Mode: ") + names.join(QStringLiteral(", "));
+}
+
+QString shortenedAtComma(const QString& text, const std::function<bool(const QString&)>& fits) {
+    QString shown = text;
+    for (int comma = text.lastIndexOf(QLatin1Char(',')); !fits(shown) && comma > 0;
+         comma = text.lastIndexOf(QLatin1Char(','), comma - 1))
+        shown = text.left(comma + 1) + QChar(0x2026);
+    return shown;
 }
 
 QString conflictText(int requested, int conflict) {

@@ -44,7 +44,7 @@ private slots:
         addRow("frequency too low", none, "cwFrequency", "1", "keyUnit2", none, "1.000000", "KHz",
                "Valid CW frequency  range: 9 KHz to 6 GHz");
         addRow("power", none, "cwPower", "-7.5", "keyEnter", ":POW -7.5000", "-7.50", none, none);
-        addRow("power out of range", none, "cwPower", "90", "keyEnter", none, "90.00", none,
+        addRow("power out of range", none, "cwPower", "90", "keyEnter", none, "-10.00", none,
                "Valid CW Power  range: -60 dBm to 20 dBm");
         addRow("no voltage", none, "cwPower", "0", "keyUnit3", none, "-10.00", none,
                "mV and µV values must be greater than zero");
@@ -54,7 +54,7 @@ private slots:
         addRow("AM rate", "AM", "amFrequency", "2.5", "keyUnit1", ":AM:INT:FREQ 2500.000", "2.500000", "KHz", none);
         addRow("AM depth is rounded to the wire", "AM", "amDepth", "30.26", "keyEnter", ":AM:DEPT 30.3", "30.3", none,
                none);
-        addRow("AM depth out of range", "AM", "amDepth", "101", "keyEnter", none, "101.0", none, "Range 0% to 100%");
+        addRow("AM depth out of range", "AM", "amDepth", "101", "keyEnter", none, "50.0", none, "Range 0% to 100%");
         addRow("FM rate takes whole hertz", "FM", "fmFrequency", "1000.4", "keyUnit2", ":FM:INT:FREQ 1000", "1.000000",
                "KHz", none);
         addRow("FM deviation", "FM", "fmDeviation", "75", "keyUnit1", ":FM:DEV 75000.000", "75.000000", "KHz", none);

@@ -10,6 +10,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 
 using namespace Kavor::HandheldGui;
 
@@ -357,6 +358,10 @@ private slots:
         QCOMPARE(recordText(panel().handler().snapshot().listName), file.left(18).toStdString());
         panel().dialogs().expect(DialogKind::Question, "Delete <b>%1>", [](QDialog& box) {
             QVERIFY(box.width() <= 1280);
+            auto* question = box.findChild<QLabel*>("qt_msgbox_label");
+            const QImage asked = question->grab().toImage();
+            question->setTextFormat(Qt::PlainText);
+            QVERIFY(question->grab().toImage() == asked); // letter by letter, not as a bold one
             box.done(QMessageBox::Yes);
         });
         touchFile("Delete", file);

@@ -42,26 +42,6 @@ protected:
     }
 
 private slots:
-    void screens_data() {
-        QTest::addColumn<int>("state");
-        QTest::addColumn<QString>("page");
-        QTest::addColumn<QString>("header"); // empty: as it was
-        addRow("CW", int(STATE_CW), "pageCw", "   CW & Modulations Mode - Set the RF output and modulation Settings");
-        addRow("FRSW", int(STATE_FRSW), "pageSweep", "   Sweep Mode - Create Frequency or Power sweep");
-        addRow("run mode", int(STATE_RUNMODE), "pageRunMode", "   Run Mode");
-        addRow("system keeps the header", int(STATE_SYSTEM), "pageSystem", "");
-        addRow("AM is a tab, no screen", int(STATE_AM), "", "");
-    }
-    void screens() {
-        QFETCH(int, state);
-        QFETCH(QString, page);
-        QFETCH(QString, header);
-        const QString before = panel().text("header");
-        window().change_state(static_cast<STATE>(state));
-        QCOMPARE(shownPages(), page.isEmpty() ? QStringList() : QStringList{page});
-        QCOMPARE(panel().text("header"), header.isEmpty() ? before : header);
-    }
-
     void batteryStates_data() {
         QTest::addColumn<int>("percent");
         QTest::addColumn<int>("current");

@@ -108,9 +108,9 @@ private slots:
                "Valid Trigger Timer time  range: 1 µs to 1 s");
         addRow("count is truncated", "trigCount", "2.9", "keyEnter", ":TRIG:COUN 2", "2", "");
         addRow("largest count", "trigCount", "1000000", "keyEnter", ":TRIG:COUN 1000000", "1000000", "");
-        addRow("count too large", "trigCount", "1000001", "keyEnter", "", "1000001", "Range 1 to 1000000");
-        addRow("count of nothing", "trigCount", "0", "keyEnter", "", "0", "Range 1 to 1000000");
-        addRow("count of minus nothing", "trigCount", "-0", "keyEnter", "", "0", "Range 1 to 1000000");
+        addRow("count too large", "trigCount", "1000001", "keyEnter", "", "1", "Range 1 to 1000000");
+        addRow("count of nothing", "trigCount", "0", "keyEnter", "", "1", "Range 1 to 1000000");
+        addRow("count of minus nothing", "trigCount", "-0", "keyEnter", "", "1", "Range 1 to 1000000");
     }
     void entries() {
         QFETCH(QString, editor);

@@ -148,6 +148,48 @@ private slots:
         checkRelations("frsw");
     }
 
+    /// The step size that was entered stays what the next stop is made of, whatever the wire rounds; nobody else's
+    /// change is overlooked.
+    void enteredSizeIsKept() {
+        QVERIFY(panel().press("tabPrsw") && panel().press("prswSizeLock"));
+        QVERIFY(panel().enter("prswStart", "-10") && panel().enter("prswSteps", "3"));
+        QVERIFY(panel().enter("prswStepSize", "0.125", "keyUnit0"));
+        for (const char* steps : {"12", "2", "101"})
+            QVERIFY(panel().enter("prswSteps", steps));
+        QCOMPARE(panel().record().prswStop.value, 2.5);
+        QCOMPARE(panel().text("prswStepSize"), QString("0.125"));
+        panel().sent();
+        QVERIFY(panel().enter("prswSteps", "101"));
+        QCOMPARE(panel().sent(), QStringList());
+
+        // The start is taken and its stop is not: the size stays.
+        fail(Sim::Fault::Keep, ":PRSW:STOP");
+        QVERIFY(panel().enter("prswStart", "-9"));
+        QCOMPARE(panel().text("prswStepSize"), QString("0.125"));
+        panel().module().clearFaults();
+        panel().module().modify(0, [](ChannelRecord& r) { r.prswStop.value = 11; });
+        QTRY_COMPARE(panel().text("prswStepSize"), QString("0.20"));
+    }
+
+    /// A stop that stands refused becomes the calculated one: it shows what the module holds.
+    void refusedStopBecomesCalculated() {
+        const QString held = panel().text("frswStop");
+        QVERIFY(panel().enter("frswStop", "7", "keyUnit0"));
+        QVERIFY(panel().text("frswStop") != held);
+        QVERIFY(panel().press("frswStopLock"));
+        QCOMPARE(panel().text("frswStop"), held);
+        QVERIFY(panel().hasStyle("frswStop", WIDGET_NO_EDIT_STYLE_GRAY));
+    }
+
+    void stepsDownwards() {
+        panel().module().modify(0, [](ChannelRecord& r) {
+            r.frswStart.value = 6e9;
+            r.frswStop.value = 9000;
+            r.frswSteps.value = 2;
+        });
+        QTRY_COMPARE(panel().text("frswStepSize") + panel().text("frswStepSizeUnit"), QString("-5.999991000000GHz"));
+    }
+
     void locks() {
         const auto editable = [this](const QString& name) {
             return panel().widget<QWidget>(name)->isEnabled() && panel().hasStyle(name, WIDGET_EDIT_STYLE);

@@ -310,18 +310,6 @@ private slots:
         }
     }
 
-    void storeWithoutAName() {
-        QVERIFY(panel().press("sysStore"));
-        panel().dialogs().expect(DialogKind::Keyboard, QString(), [](QDialog& dialog) {
-            QVERIFY(!pressButton(dialog, "keyDot") && !pressButton(dialog, "keySign"));
-            QVERIFY(pressButton(dialog, "key3"));
-            dialog.reject();
-        });
-        QVERIFY(choose(cfgList::NewFile));
-        QVERIFY(isShown("pageConfigurations"));
-        QCOMPARE(panel().sent(), QStringList());
-    }
-
     /// A recall and a preset bring every value on every screen into line with what the module then holds.
     void recallRedrawsEverything() {
         // An editor that is new belongs in the table; the network and the list's own dwell are of no configuration.
@@ -381,17 +369,6 @@ private slots:
             QCOMPARE(panel().handler().set_channel(channel), 0);
             QCOMPARE(panel().handler().snapshot().frequency.value, 1e9);
         }
-    }
-
-    void eraseTakesTheFileAway() {
-        file("preset-9.json");
-        QVERIFY(panel().press("sysErase"));
-        answer("Delete configuration 9?", true);
-        QVERIFY(choose("9"));
-        QCOMPARE(panel().sent(), QStringList{":SYST:SET:CLE 9"});
-        QVERIFY(!QFile::exists(cfgList::folder() + "/preset-9.json"));
-        QVERIFY(panel().press("sysErase"));
-        QCOMPARE(table().rowCount(), 0);
     }
 
     void failures_data() {
@@ -500,34 +477,6 @@ private slots:
         QVERIFY(options->wordWrap() && options->heightForWidth(options->width()) <= options->height());
         QCOMPARE(panel().text("sysBatteryProtection"), QString("Battery protection OFF"));
         QCOMPARE(panel().sent(), QStringList());
-    }
-
-    void emptyBattery_data() {
-        QTest::addColumn<int>("charge");
-        QTest::addColumn<int>("current");
-        QTest::addColumn<bool>("shown");
-        addRow("empty and discharging", 0, -10, true);
-        addRow("empty and charging", 0, 10, false);
-        addRow("nearly empty", 1, -10, false);
-        addRow("no battery", -1, -10, false);
-    }
-    void emptyBattery() {
-        QFETCH(int, charge);
-        QFETCH(int, current);
-        QFETCH(bool, shown);
-        panel().module().modify(0, [=](ChannelRecord& r) {
-            r.batteryCharge = charge;
-            r.batteryCurrent = static_cast<std::int16_t>(current);
-            r.lowBatteryThreshold = 0;
-            r.temperature = 77; // marks the look that has seen all this
-        });
-        if (charge == 0 && current < 0)
-            panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
-        QTRY_COMPARE(panel().text("sysTemperature"), QString("77.0 °C"));
-        QTRY_COMPARE(panel().widget<QWidget>("sysBatteryEmpty")->isVisible(), shown);
-        QCOMPARE(panel().widget<QWidget>("batteryIcon")->isVisible(), charge >= 0);
-        if (shown)
-            QTRY_COMPARE(panel().dialogs().asked().size(), 1);
     }
 };
 

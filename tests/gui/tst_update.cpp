@@ -383,26 +383,6 @@ private slots:
         expectFailure("Upgrade package not found:\n");
         QVERIFY(choose(0));
     }
-
-    void progressDisplay_data() {
-        QTest::addColumn<int>("phase");
-        QTest::addColumn<int>("percent");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("shown");
-        addRow("sent", 0, 37, "Transferring FPGA image: 37%", 37);
-        addRow("programmed", 1, 50, "Programming FPGA: 100%", 100);
-        addRow("begins to verify", 1, 51, "Verifying FPGA: 2%", 2);
-        addRow("above", 1, 104, "Verifying FPGA: 100%", 100);
-        addRow("verified apart", 2, 31, "Verifying FPGA: 31%", 65);
-        addRow("done", 3, 12, "FPGA update completed: 100%", 100);
-    }
-    void progressDisplay() {
-        QFETCH(int, phase);
-        QFETCH(int, percent);
-        const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
-        QTEST(display.text, "text");
-        QTEST(display.percent, "shown");
-    }
 };
 
 int main(int argc, char** argv) {

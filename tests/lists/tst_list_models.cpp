@@ -6,17 +6,6 @@ class TestListModels : public TestBase {
     Q_OBJECT
 
 private slots:
-    void cellTexts() {
-        FrequencySteps list;
-        *list.points[0] = {7, 2400000, "KHz", -10.5, "mV", 1500, "\u00B5s", "Go", false};
-        QCOMPARE(list.text(), QString("7,2.4 GHz,-10.5 dBm,1.5 ms,Go")); // the power's unit is not shown
-        *list.points[0] = {1, 0, "Hz", 13.01029996, "dBm", 2000, "s", "Wait", false};
-        QCOMPARE(list.text(), QString("1,0 Hz,13.0103 dBm,2000 s,Wait"));
-        PatternSteps pattern;
-        *pattern.points[0] = {2, 999, "ns", 1000, "ns", 4000000000U, false};
-        QCOMPARE(pattern.text(), QString("2,999 ns,1 \u00B5s,4000000000"));
-    }
-
     void edits_data() {
         // clang-format off
         QTest::addColumn<bool>("isPattern");

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <csignal>
-#include <random>
 #include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -40,42 +39,10 @@ End saveAndKill(const ListsOps& ops, const IListConfig& list, int stop) {
     return WEXITSTATUS(status) == 0 ? End::Saved : End::Failed;
 }
 
-// Saves both lists in turn in a process of its own, which is killed so many microseconds after its first save. False
-// when it had ended by itself.
-bool saveUntilKilled(const ListsOps& ops, const IListConfig& first, const IListConfig& second,
-                     useconds_t microseconds) {
-    int started[2];
-    if (pipe(started) != 0)
-        return false;
-    const pid_t child = fork();
-    if (child == 0) {
-        QString error;
-        while (ops.save("x", 0, first, error) && write(started[1], "s", 1) == 1 && ops.save("x", 0, second, error)) {
-        }
-        _exit(1);
-    }
-    close(started[1]);
-    char byte = 0;
-    const bool isStarted = read(started[0], &byte, 1) == 1;
-    usleep(microseconds);
-    kill(child, SIGKILL);
-    close(started[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    return isStarted && WIFSIGNALED(status);
-}
-
-// Under a sanitizer each kill takes longer and shows nothing more.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int Kills = 100;
-#else
-constexpr int Kills = 500;
-#endif
-
 } // namespace
 
 /// A panel that is killed while it saves: at the entry to and at the exit from each system call that a save makes,
-/// since these alone change what is on the disk, and at moments that nobody chose.
+/// since these alone change what is on the disk.
 class TestSaveKilled : public TestBase {
     Q_OBJECT
 
@@ -141,26 +108,6 @@ private slots:
         }
         QCOMPARE(end, End::Saved);
         bothSidesWereMet(10, 2);
-    }
-
-    // In memory, where there is such a folder: a kill takes nothing from it that a disk would keep, and a thousand
-    // waits for a disk are spared.
-    void atRandomMoments() {
-        const bool inMemory = QFileInfo("/dev/shm").isWritable();
-        QTemporaryDir folder(inMemory ? "/dev/shm/velda-XXXXXX" : QDir::tempPath() + "/velda-XXXXXX");
-        const ListsOps ops(folder.path());
-        QString error;
-        QVERIFY(ops.save("x", 0, m_old.config, error));
-        std::mt19937 random(500);
-        for (int i = 0; i < Kills; ++i) {
-            const bool newFirst = i % 2 == 0;
-            QVERIFY(saveUntilKilled(ops, newFirst ? m_new.config : m_old.config, newFirst ? m_old.config : m_new.config,
-                                    random() % 4000));
-            check(ops, true);
-            if (QTest::currentTestFailed())
-                return;
-        }
-        bothSidesWereMet(Kills / 10, Kills / 10);
     }
 };
 

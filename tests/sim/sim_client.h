@@ -3,7 +3,7 @@
 #include "common/wire/channel_record.h"
 #include "sim/module_simulator.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QTcpSocket>
 #include <fcntl.h>
@@ -91,14 +91,16 @@ public:
     }
 
 private:
+    // Looks at what has come before it waits for more: the bytes may have come in while a request was written.
     template <typename Condition>
     void read(Condition condition, int ms) {
-        QElapsedTimer timer;
-        timer.start();
-        while (!condition() && m_socket.state() == QAbstractSocket::ConnectedState && !timer.hasExpired(ms)) {
-            m_socket.waitForReadyRead(static_cast<int>(ms - timer.elapsed()));
+        const QDeadlineTimer deadline(ms); // what remains of it is never negative, which would mean for ever
+        const auto enough = [&] {
             m_buffer += m_socket.readAll();
-        }
+            return condition();
+        };
+        while (!enough() && m_socket.state() == QAbstractSocket::ConnectedState && !deadline.hasExpired())
+            m_socket.waitForReadyRead(static_cast<int>(deadline.remainingTime()));
     }
 
     QTcpSocket m_socket;

@@ -46,14 +46,10 @@ private slots:
 
         row(":FREQ 8999.999", "-ERR -222,");
         row(":POW 20.0001", "-ERR -222,");
-        row(":FREQ abc", "-ERR -104,");
-        row(":FREQ", "-ERR -109,");
         row(":FREQ:STAR 5", "-ERR -113,");
         row(":TRIG:COUN 1.5", "-ERR -104,");
         row(":TRIG:INP:IMP 75", "-ERR -224,");
-        row(":TRIG:SOUR EXTernall", "-ERR -224,");
         row(":INST:SEL -1", "-ERR -222,");
-        row(":SYST:COMM:LAN:IPAD \"1.2.3.256\"", "-ERR -224,");
         row(":SYST:SET:REC 77", "-ERR -256,");
         row(":SYST:SET:STOR ../x", "-ERR -224,");
 
@@ -66,13 +62,9 @@ private slots:
         row(":SOUR:LIST:DEF 1,9000,-60,0,0,1e-05", "+OK");
         row(":SOUR:LIST:DEF 1,6e9,20,0,0,100", "+OK");
         row(":SOUR:LIST:DEF 1,8999.99,0,0,0,1e-05", "-ERR -222,Step 1: a frequency of 8999.99 is outside 9000 to 6000000000");
-        row(":SOUR:LIST:DEF 1,6.00001e9,0,0,0,1e-05", "-ERR -222,Step 1: a frequency of 6000010000 ");
-        row(":SOUR:LIST:DEF 1,9000,0,0,0,100.001", "-ERR -222,Step 1: a dwell of 100001000000 ");
         row(":PATT:DEF 1,1e-07,10,65535,1", "+OK");
         row(":PATT:DEF 1,9.9e-08,1,1,1", "-ERR -222,Step 1: a on time of 99 ");
-        row(":PATT:DEF 1,1,10.00001,1,1", "-ERR -222,Step 1: a off time of 10000010000 ");
         row(":PATT:DEF 1,1,1,0,1", "-ERR -222,Step 1: a repetition of 0 is outside 1 to 65535");
-        row(":PATT:DEF 1,2", "-ERR -104,");
         // clang-format on
     }
 
@@ -86,26 +78,6 @@ private slots:
         QVERIFY(!answer.startsWith("-ERR") || given.size() > 14); // it says why
         QCOMPARE(memcmp(&before, &bench.region->at(0), sizeof before), 0);
         QVERIFY(!answer.startsWith("-ERR") || bench.simulator.data().lists.at(0).isEmpty());
-    }
-
-    void conflictingModulationsAreRefused() {
-        const QByteArrayList states{":AM:STAT",   ":FM:STAT",   ":PM:STAT",   ":FRSW",
-                                    ":PRSW:STAT", ":PULS:STAT", ":LIST:STAT", ":PATT:STAT"};
-        const auto isAngle = [](const QByteArray& state) {
-            return state == ":FM:STAT" || state == ":PM:STAT";
-        };
-        const Bench bench;
-        for (const QByteArray& first : states) {
-            for (const QByteArray& second : states) {
-                const bool withAm = first == ":AM:STAT" || second == ":AM:STAT";
-                const bool together = first == second || (!withAm && isAngle(first) != isAngle(second));
-                QCOMPARE(bench.ask(first + " ON"), QByteArray("+OK"));
-                QVERIFY2(bench.ask(second + " ON").startsWith(together ? "+OK" : "-ERR -221,"), first + second);
-                QCOMPARE(bench.ask(second + "?"), QByteArray(together ? "1" : "0"));
-                QCOMPARE(bench.ask(first + " OFF"), QByteArray("+OK"));
-                QCOMPARE(bench.ask(second + " OFF"), QByteArray("+OK"));
-            }
-        }
     }
 
     /// Settings are the selected channel's, the network is that of all; what is not connected takes nothing.
@@ -123,22 +95,6 @@ private slots:
         QVERIFY(bench.ask(":FREQ 2e9").startsWith("-ERR -241,"));
         QVERIFY(bench.ask(":SYST:ERR?").startsWith("-241,"));
         QCOMPARE(bench.ask(":SYSTem:ERRor?"), QByteArray("0,No error"));
-    }
-
-    /// Steps and step time may be fine and the sweep not.
-    void sweepsKeepTheirTotalTime() {
-        for (const QByteArray sweep : {":FRSW", ":PRSW"}) {
-            Bench bench;
-            const auto takes = [&](const char* rest) {
-                return bench.ask(sweep + rest) == "+OK";
-            };
-            QVERIFY(takes(":TIME 1") && takes(":STEP 3600")); // an hour
-            QVERIFY(!takes(":STEP 3601") && !takes(":TIME 1.000001"));
-            QVERIFY(takes(":STEP 2") && takes(":TIME 0.00001")); // the shortest: 20 us
-            bench.simulator.modify(0, [](ChannelRecord& r) { r.frswTotalTime = r.prswTotalTime = {1, 0.5}; });
-            QVERIFY(!takes(":TIME 0.00002"));
-            QVERIFY(takes(":DIR UPDOWN")); // what does not change the time is not held up by it
-        }
     }
 
     void configurations() {
@@ -166,18 +122,6 @@ private slots:
         QCOMPARE(bench.ask("SIMulator:LIST?"), QByteArray("1: 100000000.000 Hz, -10.50 dBm, 500 us, Wait; "
                                                           "2: 100000000.000 Hz, 5.00 dBm, 1000 us, Run, last"));
         QCOMPARE(bench.ask("SIMulator:PATTern?"), QByteArray("1: on 800 ns, off 1000 ns, 5 times, last"));
-    }
-
-    /// It may run for days.
-    void logIsBoundedAndCountsAreExact() {
-        Sim::RequestLog log;
-        log.add(":FREQ 1");
-        for (int i = 0; i < Sim::RequestLog::MaximumLines; ++i)
-            log.add(":pow " + QByteArray::number(i));
-        QCOMPARE(log.lines().size(), Sim::RequestLog::MaximumLines);
-        QCOMPARE(log.lines().first(), QByteArray(":pow 0"));
-        QCOMPARE(log.count("FREQ"), 1);
-        QCOMPARE(log.count(":POW"), Sim::RequestLog::MaximumLines);
     }
 
     void requestsInAnyPieces() {

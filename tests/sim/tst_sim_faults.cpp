@@ -52,54 +52,6 @@ private slots:
         QCOMPARE(b.simulator.received(), QByteArrayList({":FREQ 2e9", ":POW?", ":POW 3"}));
     }
 
-    void onlyMatchingCommandsAndOnlySoOften() {
-        const Bench b;
-        QCOMPARE(b.ask("SIMulator:FAULt REFuse,FOR=\":frsw:sta\",COUNt=2"), Ok);
-        QCOMPARE(b.ask("SIMulator:FAULt KEEP,FOR=\":POW \""), Ok);
-        QCOMPARE(b.ask(":FRSW ON"), Ok);
-        QVERIFY(b.ask(":FRSW:STAR 2e9").startsWith("-ERR"));
-        QVERIFY(b.ask("FRSW:STAR 2e9").startsWith("-ERR"));
-        QCOMPARE(b.ask(":FRSW:STAR 2e9"), Ok);
-        for (int i = 0; i < 3; ++i)
-            QCOMPARE(b.ask(":POW 3"), Ok);
-        QCOMPARE(b.region->at(0).power.value, -10.0);
-        QCOMPARE(b.ask("SIMulator:FAULt:CLEar"), Ok);
-        QCOMPARE(b.ask(":POW 3"), Ok);
-        QCOMPARE(b.region->at(0).power.value, 3.0);
-        QCOMPARE(b.simulator.count(":FRSW:STAR"), 3);
-    }
-
-    void mergedAnswersComeTogether() {
-        const Bench b;
-        b.ask("SIMulator:FAULt MERGe,COUNt=1");
-        b.client->send(":FREQ 2e9\r\n");
-        QVERIFY(b.simulator.waitForReceived([](const QByteArrayList& lines) { return lines.size() == 1; }, 5000));
-        QCOMPARE(b.client->bytes(1, 50), QByteArray());
-        b.client->send(":POW?\r\n");
-        QCOMPARE(b.client->bytes(10), QByteArray("+OK\r\n-10\r\n"));
-    }
-
-    void dropClosesMidReply() {
-        const Bench b;
-        b.ask("SIMulator:FAULt DROP,COUNt=1");
-        b.client->send(":TRIG:SOUR?\r\n:POW 3\r\n");
-        QCOMPARE(b.client->bytes(100), QByteArray("EXTe"));
-        QVERIFY(b.client->waitForEnd());
-    }
-
-    void serviceGoneForAWhile() {
-        const Bench b;
-        const quint16 port = b.simulator.port();
-        QCOMPARE(b.ask("SIMulator:FAULt GONE,MS=150,FOR=\":FREQ\",COUNt=1"), Ok);
-        QElapsedTimer timer;
-        timer.start();
-        QCOMPARE(b.ask(":FREQ 2e9"), QByteArray());
-        QVERIFY(b.client->waitForEnd());
-        QTRY_VERIFY_WITH_TIMEOUT(b.client->connectTo(port), 5000);
-        QVERIFY(timer.elapsed() >= 140); // nobody listened until then
-        QCOMPARE(b.ask(":FREQ?"), QByteArray("1e+09"));
-    }
-
     void replacedRegion() {
         Bench b;
         QVERIFY(b.simulator.replaceRegion(4));
@@ -138,8 +90,6 @@ private slots:
 
     void batteryFollowsItsCurve() {
         QString error;
-        for (const char* wrong : {"80", "0:80:1:2", "0:101:0", "-1:50:0", "0:nan:0", "0:50:0,", "5:50:0,4:40:0"})
-            QVERIFY(!Sim::BatteryCurve::parse(wrong, error));
         Sim::Options options = optionsOf(2);
         options.battery = *Sim::BatteryCurve::parse("0:20:-400,0.4:0:-100", error);
         QCOMPARE(options.battery.at(0.2).current, -250.0);

@@ -16,8 +16,6 @@ private slots:
     void servesUntilASignal_data();
     void servesUntilASignal();
     void boardsTakeAnImage();
-    void badArguments_data();
-    void badArguments();
 };
 
 void TestVeldasim::servesUntilASignal_data() {
@@ -83,40 +81,6 @@ void TestVeldasim::boardsTakeAnImage() {
         QVERIFY(told.contains("board " + board.toString().toLatin1() + " has burnt 3000 bytes, SHA-256 " + sum));
     program.terminate();
     QVERIFY(program.waitForFinished(10000));
-}
-
-void TestVeldasim::badArguments_data() {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("sentence");
-    const auto row = [](const QStringList& arguments, const char* sentence) {
-        addRow(qPrintable(arguments.join(' ')), arguments, QString(sentence));
-    };
-    row({"--channels", "5"}, "--channels takes 1 to 4");
-    row({"--port", "70000"}, "--port takes 0 to 65535");
-    row({"--region", "data"}, "--region takes one name behind a slash");
-    row({"--region", "/a/b"}, "--region takes one name behind a slash");
-    row({"--disconnected", "4"}, "--disconnected takes channels from 0");
-    row({"--battery", "full"}, "\"full\" is no battery point");
-    row({"--boards", "5"}, "--boards takes 0 to 4");
-    row({"--board-address", "::1"}, "--board-address takes IPv4 addresses");
-    row({"--boards", "2", "--board-address", "127.0.0.2"}, "--board-address names fewer addresses");
-    row({"--board-loss", "100"}, "--board-loss takes 0 to 99");
-    row({"--boards", "1", "--board-silent", "2"}, "--board-silent takes 0 to 1");
-    row({"--boards", "1", "--board-address", "192.0.2.1"}, "192.0.2.1:7502: ");
-    row({"--command", ":POW 99"}, "\":POW 99\": -ERR -222,");
-}
-
-void TestVeldasim::badArguments() {
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, sentence);
-    QProcess program;
-    if (!arguments.contains("--region"))
-        arguments << "--region" << QString::fromStdString(uniqueRegion());
-    program.start(VELDASIM_PROGRAM, arguments);
-    QVERIFY(program.waitForFinished(10000));
-    QCOMPARE(program.exitCode(), 2);
-    const QString output = program.readAllStandardError();
-    QVERIFY2(output.startsWith("veldasim: " + sentence), qPrintable(output));
 }
 
 VELDA_TEST_MAIN(QCoreApplication, TestVeldasim)

@@ -1,6 +1,6 @@
 #include "tests/support/testbase.h"
+#include "tests/values/recordingsink.h"
 #include "values/formatting.h"
-#include "values/messagesink.h"
 #include "values/normalize.h"
 #include "values/rangemessages.h"
 #include "values/units.h"
@@ -11,13 +11,6 @@
 namespace {
 
 const QString MicroSecond = QString::fromUtf8("\xC2\xB5s");
-
-class RecordingSink : public MessageSink {
-public:
-    void showMessage(const QString& text, float seconds) override { texts << text << QString::number(seconds); }
-
-    QStringList texts;
-};
 
 enum class Kind { Frequency, Time, Power };
 
@@ -60,7 +53,10 @@ QString checked(Kind kind, double value, const QString& unit, double min, double
     const bool taken = check(value, outValue, &sink);
     if (check(value, ignored, nullptr) != taken || check(NAN, ignored, nullptr))
         return "another result without somebody to tell, or for what is no number";
-    return QString(taken ? "taken, %1" : "refused, %1").arg(number(outValue)) + sink.texts.join('/').prepend('|');
+    QString told = "|";
+    for (int i = 0; i < sink.texts.size(); ++i)
+        told += sink.texts.at(i) + '/' + QString::number(sink.times.at(i));
+    return QString(taken ? "taken, %1" : "refused, %1").arg(number(outValue)) + told;
 }
 
 } // namespace

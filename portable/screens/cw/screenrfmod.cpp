@@ -44,9 +44,10 @@ void rfmodScreen::buildFrequencyGroup() {
                       {QStringLiteral("Frequency:"), QStringLiteral("cwFrequency"), QStringLiteral("CW frequency")},
                       frequency, Style::FrequencyHeight);
     m_frequency = bound.entry;
+    m_frequencyUnit = bound.unit;
     // The entry path redraws the status bar after this: the bar shows the frequency in the unit that was chosen here.
     connect(m_frequency, &ValueEntry::accepted, this,
-            [this, unit = bound.unit] { host().setFrequencyUnit(unit->currentText()); });
+            [this] { host().setFrequencyUnit(m_frequencyUnit->currentText()); });
 
     ValueField power{ValueField::Kind::Power, ValueModel::device(handler(), DeviceValueId::Power)};
     power.decimals = 2;
@@ -66,6 +67,11 @@ void rfmodScreen::buildFrequencyGroup() {
 
 void rfmodScreen::update_from_config(STATE state) {
     m_frequency->reload();
+    // Another client's frequency may have brought another unit; the bar goes with the field.
+    if (m_frequency->showsModule() && host().frequencyUnit() != m_frequencyUnit->currentText()) {
+        host().setFrequencyUnit(m_frequencyUnit->currentText());
+        host().UpdateStatusBar();
+    }
     m_power->reload();
     m_phase->reload();
     m_modulations->update_from_config(state);
@@ -73,7 +79,6 @@ void rfmodScreen::update_from_config(STATE state) {
 
 void rfmodScreen::show() {
     host().setHeaderBar(QStringLiteral("   CW & Modulations Mode - Set the RF output and modulation Settings"));
-    update_from_config(STATE_CW);
     m_page->show();
 }
 

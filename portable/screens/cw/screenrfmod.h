@@ -5,6 +5,7 @@
 
 namespace Kavor::HandheldGui {
 
+class ComboBox;
 class rfModulationsWidget;
 
 /// The first screen: CW frequency, power and phase, and the modulations.
@@ -20,6 +21,8 @@ public:
 
     /// Reloads the screen with the state that it keeps.
     virtual void postInit();
+
+    // By name, for whoever drives the screen from outside: its own controls do without.
 
     /// Takes a CW frequency in the unit of the unit box, a power in dBm, a phase in degrees.
     void setFrequency(double value) { m_frequency->enter(value); }
@@ -37,6 +40,7 @@ private:
 
     QWidget* m_page;
     ValueEntry* m_frequency = nullptr;
+    ComboBox* m_frequencyUnit = nullptr;
     ValueEntry* m_power = nullptr;
     ValueEntry* m_phase = nullptr;
     rfModulationsWidget* m_modulations = nullptr;

@@ -213,7 +213,7 @@ void rfModulationsWidget::onModOffButton() {
 void rfModulationsWidget::onModsOff() {
     const ActionGate& gate = ActionGate::panel();
     for (const ModulationTab& tab : ModulationTabs) {
-        if (isRunning(tab) && gate.mayGoOn() && !gate.isOvertaken())
+        if ((m_handler.mayRun() & tab.bit) != 0 && gate.mayGoOn() && !gate.isOvertaken())
             switchState(tab, false);
     }
     m_host.setModulationLook(m_handler.isModulationsOn() != 0);

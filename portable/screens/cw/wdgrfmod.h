@@ -27,40 +27,50 @@ public:
     /// parent: the group to fill. mainWindow: a PanelHost. The last argument is not used.
     rfModulationsWidget(QWidget* parent, QWidget* mainWindow, EventHandler* handler, int);
 
-    /// Sets the five check boxes from the cached enable mask.
-    void setChecksFromConfig();
-
-    /// Disables (true) or enables (false) the five check boxes.
-    void updateEnableSatus(bool disable);
-
     /// Shows a tab: its labels, editors and enable box.
     void update_static_controls(STATE tab);
 
     /// Reloads boxes, editors and source from the cache.
     void update_from_config(STATE state);
 
-    /// Checks and rounds an entry and sends it; true when the module took it. Pulse width and rate in the units shown.
-    bool onSetTimePulse(double value) { return enter(PulseWidth, value); }
-    bool onSetPulseFrequency(double value) { return enter(PulseRate, value); }
-    /// Percent and degrees.
-    bool onSetDepthAM(double value) { return enter(AmDepth, value); }
-    bool onSetDeviationPM(double value) { return enter(PmDeviation, value); }
+    /// Sets the five check boxes from the cached enable mask.
+    void setChecksFromConfig();
 
 public slots:
-    void onAMCheckboxClicked(int state) { toggleEnable(0, state); }
-    void onFMCheckboxClicked(int state) { toggleEnable(1, state); }
-    void onPMCheckboxClicked(int state) { toggleEnable(2, state); }
-    void onPulseCheckboxClicked(int state) { toggleEnable(3, state); }
-    void onPattCheckboxClicked(int state) { toggleEnable(4, state); }
-    void onSrcInternalButton() { selectSource(false); }
-    void onSrcExternalButton() { selectSource(true); }
     /// Starts what is enabled and does not run yet, until an Off is asked for or a command times out.
     void onModOnButton();
     /// Stops what runs, enabled or not.
     void onModOffButton();
     void onModsOff();
     void onModBnClicked();
+    void onSrcInternalButton() { selectSource(false); }
+    void onSrcExternalButton() { selectSource(true); }
 
+signals:
+    void ModStatusBarSignal(int on, STATE tab);
+
+    // By name, for whoever drives the widget from outside: its own controls do without.
+
+public:
+    /// Disables (true) or enables (false) the five check boxes, until the next look at what runs.
+    void updateEnableSatus(bool disable);
+
+    /// Checks and rounds an entry and sends it; true when the module took it. Pulse width and rate in the units shown,
+    /// percent, degrees.
+    bool onSetTimePulse(double value) { return enter(PulseWidth, value); }
+    bool onSetPulseFrequency(double value) { return enter(PulseRate, value); }
+    bool onSetDepthAM(double value) { return enter(AmDepth, value); }
+    bool onSetDeviationPM(double value) { return enter(PmDeviation, value); }
+
+public slots:
+    /// Act on an enable box: a Qt check state.
+    void onAMCheckboxClicked(int state) { toggleEnable(0, state); }
+    void onFMCheckboxClicked(int state) { toggleEnable(1, state); }
+    void onPMCheckboxClicked(int state) { toggleEnable(2, state); }
+    void onPulseCheckboxClicked(int state) { toggleEnable(3, state); }
+    void onPattCheckboxClicked(int state) { toggleEnable(4, state); }
+
+    // Take what the editor holds, in the unit that its box shows.
     void bnSetFrequencyAM() { enter(AmRate); }
     void bnSetFrequencyAMUnitsChanged(int) { enter(AmRate); }
     void bnSetDepthAM() { enter(AmDepth); }
@@ -75,9 +85,6 @@ public slots:
     void bnSetTimePulseUnitsChanged(int) { enter(PulseWidth); }
     void onSetPulseFrequency() { enter(PulseRate); }
     void onSetPulseFrequencyUnitsChanged(int) { enter(PulseRate); }
-
-signals:
-    void ModStatusBarSignal(int on, STATE tab);
 
 private:
     /// The parameters, in the order of the tabs.

@@ -53,7 +53,7 @@ void ethScreen::forgetEdit(Field field, const QString& applied) {
 }
 
 bool ethScreen::applyDynamic() {
-    if (handler().setDhcpMode(on) == 0)
+    if (handler().setDhcpMode(OnOff::on) == 0)
         return true;
     const QString text = QStringLiteral("Failed to set dynamic configuration");
     fail(text, text);
@@ -88,7 +88,7 @@ bool ethScreen::applyStatic(const Wanted& wanted) {
             return false;
         }
     }
-    if (handler().setDhcpMode(off) != 0) {
+    if (handler().setDhcpMode(OnOff::off) != 0) {
         const QString text = QStringLiteral("Failed to set static configuration");
         fail(text, text);
         return false;

@@ -4,7 +4,8 @@
 
 namespace Kavor::HandheldGui {
 
-const StepListKind FrequencyList{"pageList",
+const StepListKind FrequencyList{modulation(LIST_MOD_BIT),
+                                 "pageList",
                                  "list",
                                  STATE_LIST,
                                  STATE_LIST_FILES,
@@ -24,11 +25,10 @@ const StepListKind FrequencyList{"pageList",
                                  "List filename",
                                  "/kavor/list/",
                                  "listScreen::",
-                                 LIST_MOD_BIT,
-                                 &ChannelRecord::listState,
                                  &EventHandler::setCachedListName};
 
-const StepListKind TimingPattern{"pagePattern",
+const StepListKind TimingPattern{modulation(PATTERN_MOD_BIT),
+                                 "pagePattern",
                                  "pattern",
                                  STATE_PATTERN,
                                  STATE_PATTERN_FILES,
@@ -48,8 +48,6 @@ const StepListKind TimingPattern{"pagePattern",
                                  "Pattern filename",
                                  "/kavor/pattern/",
                                  "patternScreen::",
-                                 PATTERN_MOD_BIT,
-                                 &ChannelRecord::patternState,
                                  &EventHandler::setCachedPatternName};
 
 } // namespace Kavor::HandheldGui

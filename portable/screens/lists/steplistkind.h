@@ -1,16 +1,12 @@
 #pragma once
 
+#include "common/instrument/modulations.h"
 #include "portable/widgets/state.h"
-
-#include <cstdint>
-
-class EventHandler;
-struct ChannelRecord;
 
 namespace Kavor::HandheldGui {
 
 /// What the list screen and the pattern screen differ in, apart from the controls that the list screen alone has.
-struct StepListKind {
+struct StepListKind : Modulation {
     const char* pageName;
     const char* prefix; ///< of the object names
     STATE tableState;
@@ -31,8 +27,6 @@ struct StepListKind {
     const char* filenameTitle;
     const char* folder;    ///< of the saved files, below the data root
     const char* logPrefix; ///< in the log lines of the enable box
-    unsigned bit;          ///< of modEnableBitMask
-    std::uint32_t ChannelRecord::*running;
     void (EventHandler::*setCachedName)(const char*);
 };
 

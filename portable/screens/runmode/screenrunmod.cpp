@@ -188,7 +188,6 @@ void runmodeScreen::update_controls(STATE) {}
 
 void runmodeScreen::show() {
     host().setHeaderBar(QStringLiteral("   Run Mode"));
-    update_from_config(STATE_RUNMODE);
     m_page->show();
 }
 

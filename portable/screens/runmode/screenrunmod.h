@@ -29,6 +29,8 @@ public:
 public slots:
     void onContButton() { chooseRunMode(true); }
     void onTrigButton() { chooseRunMode(false); }
+
+    // By name, for whoever drives the screen from outside: its own controls do without.
     void onTimerButton() { chooseWord(Source, 0); }
     void onExtButton() { chooseWord(Source, 1); }
     void onBusButton() { chooseWord(Source, 2); }

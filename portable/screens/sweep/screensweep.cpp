@@ -60,7 +60,6 @@ void sweepScreen::update_from_config(STATE) {
 void sweepScreen::show() {
     host().setHeaderBar(QStringLiteral("   Sweep Mode - Create Frequency or Power sweep"));
     update_controls(host().currentState());
-    update_from_config(host().currentState());
     m_page->show();
 }
 

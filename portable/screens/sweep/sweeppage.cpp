@@ -11,18 +11,19 @@
 #include "portable/widgets/entry.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vklineedit.h"
 
 #include <QIcon>
 #include <QPushButton>
 
 namespace Kavor::HandheldGui {
 
-const SweepKind FrequencySweep{"frsw",
+const SweepKind FrequencySweep{modulation(FRSW_MOD_BIT),
+                               "frsw",
                                "Frequency",
                                "Power:",
                                "Sweep Power",
                                "Frequency modulation",
-                               FRSW_MOD_BIT,
                                ValueField::Kind::Frequency,
                                ValueField::Kind::Power,
                                DeviceValueId::FrswStart,
@@ -31,17 +32,15 @@ const SweepKind FrequencySweep{"frsw",
                                DeviceValueId::FrswTime,
                                DeviceValueId::Power,
                                &ChannelRecord::frswTotalTime,
-                               &ChannelRecord::frswState,
                                &ChannelRecord::frswDirection,
-                               &EventHandler::setStateFRSW,
                                &EventHandler::setDirFRSW};
 
-const SweepKind PowerSweep{"prsw",
+const SweepKind PowerSweep{modulation(PRSW_MOD_BIT),
+                           "prsw",
                            "Power",
                            "Frequency:",
                            "Sweep Frequency",
                            "Power modulation",
-                           PRSW_MOD_BIT,
                            ValueField::Kind::Power,
                            ValueField::Kind::Frequency,
                            DeviceValueId::PrswStart,
@@ -50,9 +49,7 @@ const SweepKind PowerSweep{"prsw",
                            DeviceValueId::PrswTime,
                            DeviceValueId::Frequency,
                            &ChannelRecord::prswTotalTime,
-                           &ChannelRecord::prswState,
                            &ChannelRecord::prswDirection,
-                           &EventHandler::setStatePRSW,
                            &EventHandler::setDirPRSW};
 
 namespace {
@@ -161,6 +158,8 @@ void SweepPage::buildEntries() {
             {row.label, QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(row.name), row.title}, row.field);
         connect(m_fields[row.entry].entry, &ValueEntry::settled, this, &SweepPage::reload);
     }
+    if (m_kind.kind == ValueField::Kind::Power)
+        m_fields[StepSize].edit->setUnitNames({QStringLiteral("dB")});
 }
 
 void SweepPage::buildLocks() {
@@ -199,6 +198,7 @@ void SweepPage::buildDirection() {
 
 void SweepPage::setStopIsEntered(bool stopIsEntered) {
     m_stopIsEntered = stopIsEntered;
+    m_size.reset();
     const QIcon locked(QStringLiteral(":/lock.png"));
     const QIcon unlocked(QStringLiteral(":/unlock.png"));
     m_stopLock->setIcon(stopIsEntered ? unlocked : locked);
@@ -208,6 +208,7 @@ void SweepPage::setStopIsEntered(bool stopIsEntered) {
 }
 
 void SweepPage::reload() {
+    followSize();
     m_enable->setFromConfig();
     for (const BoundField& field : m_fields)
         field.entry->reload();
@@ -225,7 +226,7 @@ void SweepPage::chooseDirection(int index) {
 void SweepPage::run(bool on) {
     const ActionGate& gate = ActionGate::panel();
     const ChannelRecord& record = m_handler.snapshot();
-    const bool running = record.*m_kind.running == 1;
+    const bool running = on ? record.*m_kind.running == 1 : (m_handler.mayRun() & m_kind.bit) != 0;
     const bool enabled = (record.modulationEnable & m_kind.bit) != 0;
     // What runs is stopped, enabled or not: another client may have started it.
     const bool due = on ? enabled && !running && gate.maySwitchOn() : running && gate.mayGoOn() && !gate.isOvertaken();
@@ -236,9 +237,23 @@ void SweepPage::run(bool on) {
         showCommandFailure(m_host);
 }
 
-SweepValues SweepPage::values() const {
+SweepValues SweepPage::heldValues() const {
     return {m_handler.cachedValue(m_kind.start), m_handler.cachedValue(m_kind.stop),
             m_handler.cachedValue(m_kind.steps), m_handler.cachedValue(m_kind.time)};
+}
+
+SweepValues SweepPage::values() const {
+    SweepValues now = heldValues();
+    now.enteredSize = m_size;
+    return now;
+}
+
+/// A step size that was entered is the page's own as long as nobody else changes what it was made for.
+void SweepPage::followSize() {
+    const SweepValues now = heldValues();
+    const bool same = now.start == m_sizeBasis.start && now.stop == m_sizeBasis.stop && now.steps == m_sizeBasis.steps;
+    if (!same)
+        m_size.reset();
 }
 
 ValueLimits SweepPage::totalTimeLimits() const {
@@ -270,11 +285,15 @@ EntryResult SweepPage::carryOut(SweepField field, double value) {
         tell(plan.refusal);
         return EntryResult::Refused;
     }
+    if (field == SweepField::StepSize)
+        m_size = value;
+    EntryResult result = EntryResult::Taken;
     for (const auto& [target, number] : plan.sends) {
-        if (m_handler.setDeviceValue(idOf(target), number) != 0)
-            return EntryResult::Failed;
+        if (result == EntryResult::Taken && m_handler.setDeviceValue(idOf(target), number) != 0)
+            result = EntryResult::Failed;
     }
-    return EntryResult::Taken;
+    m_sizeBasis = heldValues(); // what changed was changed here
+    return result;
 }
 
 void SweepPage::tell(SweepRefusal refusal) {

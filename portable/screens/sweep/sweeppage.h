@@ -16,13 +16,12 @@ class EnableBox;
 class PanelHost;
 
 /// What the two sweeps differ in.
-struct SweepKind {
+struct SweepKind : Modulation {
     const char* prefix;     ///< of the object names
     const char* quantity;   ///< in the titles of start and stop
     const char* fixedLabel; ///< the quantity that does not sweep: its label and title
     const char* fixedTitle;
     const char* startName; ///< in the log line of start and stop
-    unsigned bit;          ///< of modEnableBitMask
     ValueField::Kind kind; ///< of start, stop and step size
     ValueField::Kind fixedKind;
     DeviceValueId start;
@@ -31,9 +30,7 @@ struct SweepKind {
     DeviceValueId time;
     DeviceValueId fixed;
     ValueLimits ChannelRecord::*totalTime; ///< seconds
-    std::uint32_t ChannelRecord::*running;
     char (ChannelRecord::*direction)[32];
-    int (EventHandler::*setState)(OnOff);
     int (EventHandler::*setDirection)(SweepDirection);
 };
 
@@ -75,7 +72,9 @@ private:
     ValueField valueField(ValueField::Kind kind, const ValueModel& model) const;
     ValueModel plannedModel(SweepField field, const std::function<double()>& value,
                             const std::function<ValueLimits()>& limits);
+    SweepValues heldValues() const;
     SweepValues values() const;
+    void followSize();
     ValueLimits totalTimeLimits() const;
     DeviceValueId idOf(SweepField field) const;
     EntryResult carryOut(SweepField field, double value);
@@ -91,6 +90,8 @@ private:
     QPushButton* m_sizeLock = nullptr;
     ChoiceGroup* m_direction = nullptr;
     bool m_stopIsEntered = true;
+    std::optional<double> m_size; ///< the step size that was entered
+    SweepValues m_sizeBasis;      ///< what the module held after the last entry
 };
 
 } // namespace Kavor::HandheldGui

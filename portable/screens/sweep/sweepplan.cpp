@@ -24,6 +24,8 @@ double stepTimeFor(double total, const SweepValues& now, const ValueLimits& limi
 } // namespace
 
 double SweepValues::stepSize() const {
+    if (enteredSize)
+        return *enteredSize;
     return steps < 2 ? 0 : (stop - start) / (steps - 1);
 }
 
@@ -33,6 +35,8 @@ double SweepValues::totalTime() const {
 
 SweepPlan planSweep(SweepField entered, double value, bool stopIsEntered, const SweepValues& now,
                     const SweepLimits& limits, const std::function<double(SweepField, double)>& round) {
+    if (entered == SweepField::Steps && value == now.steps)
+        return {};
     SweepValues next = now;
     double size = now.stepSize();
     switch (entered) {

@@ -3,6 +3,7 @@
 #include "common/wire/channel_record.h"
 
 #include <functional>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -14,7 +15,8 @@ namespace Kavor::HandheldGui {
 ///
 ///     step size  = (stop - start) / (steps - 1)        total time = steps x step time
 ///
-/// always hold between what is shown and what the module has. The decision table, what is sent in which order:
+/// hold between what is shown and what the module has. A step size that was entered stays as entered, though the stop
+/// that it leads to is rounded on the wire: the next calculation starts from it. What is sent in which order:
 ///
 ///     entered      stop is entered (size calculated)     size is entered (stop calculated)
 ///     start        start                                 start, stop = start + size x (steps - 1)
@@ -37,8 +39,9 @@ struct SweepValues {
     double stop = 0;
     double steps = 0;
     double stepTime = 0;
+    std::optional<double> enteredSize = {}; ///< where the step size is what is entered
 
-    /// 0 with fewer than two steps.
+    /// The entered one, otherwise what the ends and the steps make of it: 0 with fewer than two steps.
     double stepSize() const;
     double totalTime() const;
 };

@@ -43,15 +43,15 @@ private slots:
         SETTER(":PRSW:STOP 0.50", set_prsw_stop(0.5), r.prswStop.value = 0.5);
         SETTER(":PRSW:STEP 11", set_prsw_steps(11), r.prswSteps.value = 11);
 
-        SETTER(":PM:STAT OFF", setStatePM(off), r.pmState = 0);
-        SETTER(":PULS:STAT ON", setStatePulseM(on), r.pulseState = 1);
-        SETTER(":PATT:STAT ON", setStatePatternM(on), r.patternState = 1);
-        SETTER(":PRSW:STAT ON", setStatePRSW(on), r.prswState = 1);
-        SETTER(":LIST:STAT ON", setStateList(on), r.listState = 1);
+        SETTER(":PM:STAT OFF", setStatePM(OnOff::off), r.pmState = 0);
+        SETTER(":PULS:STAT ON", setStatePulseM(OnOff::on), r.pulseState = 1);
+        SETTER(":PATT:STAT ON", setStatePatternM(OnOff::on), r.patternState = 1);
+        SETTER(":PRSW:STAT ON", setStatePRSW(OnOff::on), r.prswState = 1);
+        SETTER(":LIST:STAT ON", setStateList(OnOff::on), r.listState = 1);
 
-        SETTER(":PM:SOUR EXTernal", setModSrcPM(external), setText(r.pmSource, "EXTernal"));
-        SETTER(":PULS:SOUR EXTernal", setModSrcPulseM(external), setText(r.pulseSource, "EXTernal"));
-        SETTER(":PRSW:DIR NORMAL", setDirPRSW(normal), setText(r.prswDirection, "NORMAL"));
+        SETTER(":PM:SOUR EXTernal", setModSrcPM(ModSrcMode::external), setText(r.pmSource, "EXTernal"));
+        SETTER(":PULS:SOUR EXTernal", setModSrcPulseM(ModSrcMode::external), setText(r.pulseSource, "EXTernal"));
+        SETTER(":PRSW:DIR NORMAL", setDirPRSW(SweepDirection::normal), setText(r.prswDirection, "NORMAL"));
         // clang-format on
     }
 
@@ -122,6 +122,19 @@ private slots:
                 QCOMPARE(e.cachedValue(id), rounded);
             }
         }
+    }
+
+    // Two getters read another field than their name says, and stay so: what reads them was written for it.
+    void deliberatePairs() {
+        HandlerFixture f;
+        f.region.record().amRate.value = 400;
+        f.region.record().fmDeviation.value = 7e3;
+        f.region.record().prswStart.value = -10;
+        f.region.record().prswStop.value = 5;
+        f.start();
+        QCOMPARE(f.handler->get_fm_dev(), 400.0);
+        QCOMPARE(f.handler->get_prsw_stop(), -10.0);
+        QCOMPARE(f.handler->cachedValue(DeviceValueId::FmDeviation), 7e3);
     }
 
     void channels() {

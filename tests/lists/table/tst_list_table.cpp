@@ -5,15 +5,9 @@
 #include "tests/support/testbase.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QHeaderView>
-#include <QPainter>
-#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <algorithm>
-#include <cstdio>
-#include <functional>
 
 namespace {
 
@@ -134,49 +128,6 @@ private slots:
         QCOMPARE(escapes.count(), 1);
     }
 
-    /// Each from the call to the painted pixels, in milliseconds; others use the machine too.
-    void aLongListStaysQuick() {
-        QTemporaryDir folder;
-        const ListsOps files(folder.path());
-        Shown<FrequencySteps> list(5000);
-        QString error;
-        QVERIFY(files.save("long", 0, list.steps.config, error));
-        for (int i = 0; i < 5000; ++i)
-            list.steps.points.push_back(new list_point);
-        list.steps.config.renumber();
-        list.table.refresh();
-        ListEditRequest request;
-        QVERIFY(list.steps.config.getEditRequest(5000, 1, request));
-        const auto add = [&] {
-            return list.table.addStep(error);
-        };
-        const auto edit = [&] {
-            return list.table.applyEdit(request, {"433.92", "MHz"}, error);
-        };
-        const auto remove = [&] {
-            return list.table.deleteCurrentStep(error);
-        };
-        const auto load = [&] {
-            return files.load("long", 0, list.steps.config, error) && (list.table.refresh(), true);
-        };
-        const std::tuple<const char*, double, std::function<bool()>> changes[] = {
-            {"add to 10,000 steps", 16, add}, {"edit", 16, edit}, {"delete", 16, remove}, {"load 5,000", 100, load}};
-        for (const auto& [name, most, change] : changes) {
-            std::vector<double> times;
-            for (int i = 0; i < 21; ++i) {
-                QElapsedTimer timer;
-                timer.start();
-                QVERIFY2(change(), qPrintable(error));
-                QCoreApplication::processEvents();
-                times.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-            }
-            std::sort(times.begin(), times.end());
-            std::printf("%s: %.2f ms\n", name, times[10]);
-            QVERIFY2(times[10] < Slowdown * most, name);
-        }
-        QVERIFY(list.agrees() && list.table.rowCount() == 5000);
-    }
-
     void fileRows_data() {
         QTest::addColumn<ListFileMode>("mode");
         QTest::addColumn<QStringList>("files");
@@ -213,14 +164,6 @@ private slots:
         QCOMPARE(chosen.count(), 1);
         QCOMPARE(chosen.first(), QVariantList({QVariant::fromValue(mode), isNew ? "" : files.first(), isNew}));
     }
-
-private:
-    /// Under a sanitizer the figures say nothing; what they bound is checked all the same.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    static constexpr double Slowdown = 20;
-#else
-    static constexpr double Slowdown = 1;
-#endif
 };
 
 VELDA_TEST_MAIN(QApplication, ListTableTest)

@@ -4,7 +4,7 @@
 #include "portable/widgets/vkeditors.h"
 #include "portable/widgets/vkeyboard.h"
 #include "tests/support/testbase.h"
-#include "values/messagesink.h"
+#include "tests/values/recordingsink.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -18,12 +18,6 @@ using namespace Kavor::HandheldGui;
 namespace {
 
 const QString MicroVolt = QString::fromUtf8("\xC2\xB5V");
-
-class RecordingSink : public MessageSink {
-public:
-    void showMessage(const QString& text, float) override { texts << text; }
-    QStringList texts;
-};
 
 // Runs each dialog for real and presses keys in it once it is up.
 class Typist : public DialogRunner {

@@ -1,8 +1,7 @@
-#include "common/instrument/modulation_rules.h"
-#include "common/wire/scpi_words.h"
+#include "common/instrument/modulations.h"
 #include "tests/support/testbase.h"
 
-class TestModulationRules : public TestBase {
+class TestModulations : public TestBase {
     Q_OBJECT
 
 private slots:
@@ -32,5 +31,5 @@ private slots:
     }
 };
 
-VELDA_TEST_MAIN(QCoreApplication, TestModulationRules)
-#include "tst_modulation_rules.moc"
+VELDA_TEST_MAIN(QCoreApplication, TestModulations)
+#include "tst_modulations.moc"

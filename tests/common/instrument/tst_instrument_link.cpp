@@ -47,7 +47,7 @@ private slots:
             QCOMPARE(e.channelCount(), 1U);
             QCOMPARE(e.getDisconnectedChannels(), 1U);
             QCOMPARE(e.get_frequency(), 0.0);
-            QCOMPARE(e.set_rf_onoff(off), -1); // a record of zeros is nobody's word that the output is off
+            QCOMPARE(e.set_rf_onoff(OnOff::off), -1); // a record of zeros is nobody's word that the output is off
             QCOMPARE(ask(f, "A?"), Failed);
             QCOMPARE(f.service.connections, 0);
             // One that comes later is picked up; the odd bytes at its end are no channel.
