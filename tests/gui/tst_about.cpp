@@ -1,6 +1,6 @@
 #include "rig/panelfixture.h"
 #include "tests/support/testbase.h"
-#include "tests/tools/tool_run.h"
+#include "tests/support/tool_run.h"
 
 #include <QApplication>
 #include <QLabel>
