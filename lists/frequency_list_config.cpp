@@ -131,14 +131,6 @@ bool FrequencyListConfig::applyEdit(const ListEditRequest& request, const ListEd
     return true;
 }
 
-void FrequencyListConfig::setDwellEditable(bool editable) {
-    setColumnEditable(DwellColumn, editable);
-}
-
-bool FrequencyListConfig::dwellEditable() const {
-    return column(DwellColumn).editable;
-}
-
 QString FrequencyListConfig::cellProblem(int row, int column) const {
     const list_point* const point = pointAt(row);
     if (point == nullptr)
@@ -158,6 +150,14 @@ QString FrequencyListConfig::cellProblem(int row, int column) const {
     default:
         return {};
     }
+}
+
+void FrequencyListConfig::setDwellEditable(bool editable) {
+    setColumnEditable(DwellColumn, editable);
+}
+
+bool FrequencyListConfig::dwellEditable() const {
+    return column(DwellColumn).editable;
 }
 
 void FrequencyListConfig::setFixedDwell(double value, const std::string& unit) {

@@ -8,10 +8,58 @@
 #include "portable/window/splash.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
+#include <cstdio>
+#include <optional>
 
 using namespace Kavor::HandheldGui;
 
+namespace {
+
+constexpr int CalledWrong = 2;
+
+/// Answers what is asked on the command line and refuses what nobody knows; nothing when the panel is to start. Needs
+/// no display. The options of Qt itself pass.
+std::optional<int> answered(int& argc, char** argv) {
+    const QCoreApplication core(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("portable_gui"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELDA_VERSION));
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.setApplicationDescription(QStringLiteral("The front panel of the RF signal generator."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help."));
+    parser.addOption(help);
+    const QCommandLineOption version = parser.addVersionOption();
+    for (const char* name :
+         {"platform", "platformpluginpath", "platformtheme", "plugin", "qwindowgeometry", "qwindowicon", "qwindowtitle",
+          "session", "display", "geometry", "fontengine", "style", "stylesheet"}) {
+        QCommandLineOption option(QString::fromLatin1(name), QString(), QStringLiteral("value"));
+        option.setFlags(QCommandLineOption::HiddenFromHelp);
+        parser.addOption(option);
+    }
+    QString problem;
+    if (!parser.parse(QCoreApplication::arguments()))
+        problem = parser.errorText();
+    else if (!parser.positionalArguments().isEmpty())
+        problem = QStringLiteral("Unexpected argument '%1'.").arg(parser.positionalArguments().constFirst());
+    if (!problem.isEmpty()) {
+        std::fprintf(stderr, "portable_gui: %s\n", qUtf8Printable(problem));
+        return CalledWrong;
+    }
+    if (parser.isSet(help))
+        std::printf("%s", qUtf8Printable(parser.helpText()));
+    else if (parser.isSet(version))
+        std::printf("portable_gui %s\n", VELDA_VERSION);
+    else
+        return std::nullopt;
+    return 0;
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
+    if (const std::optional<int> code = answered(argc, argv))
+        return *code;
     // Touch and mouse input reach every widget either way.
     QApplication::setAttribute(Qt::AA_SynthesizeMouseForUnhandledTouchEvents, true);
     QApplication::setAttribute(Qt::AA_SynthesizeTouchForUnhandledMouseEvents, true);
@@ -37,7 +85,8 @@ int main(int argc, char** argv) {
     auto* handler = new EventHandler;
     handler->InitChannels();
     PanelSettings settings;
-    settings.updateEntry = new UpdatePackages;
+    auto* updates = new UpdatePackages;
+    settings.updateEntry = updates;
     auto* window = new MainWindow(nullptr, handler, settings);
     window->postInit();
     QObject::connect(splash, &Splash::ended, window, [window] {
@@ -47,5 +96,6 @@ int main(int argc, char** argv) {
     splash->start();
     if (handler->getDisconnectedChannels() != 0)
         window->reportError(QStringLiteral("No connection to internal veldaX module. Please restart."));
+    updates->tellUnfinished(*window);
     return QApplication::exec();
 }

@@ -295,7 +295,12 @@ void LookRules::lookAtTable(const QAbstractItemView& view, const QRect& place) {
             measure(TableRow, cell.height(), what);
             if (text.isEmpty())
                 continue;
-            measure(TextRoom, cell.width() - metrics.horizontalAdvance(text), what);
+            // What may be broken needs its height in the width that there is.
+            const QRect broken = metrics.boundingRect(0, 0, cell.width(), 0, Qt::TextWordWrap, text);
+            measure(TextRoom,
+                    text.contains(QChar(0x200B)) ? qMin(cell.width() - broken.width(), cell.height() - broken.height())
+                                                 : cell.width() - metrics.horizontalAdvance(text),
+                    what);
             lookAtContrast(cell.adjusted(6, 6, -6, -6).translated(corner), view.isEnabled(), what);
         }
     }

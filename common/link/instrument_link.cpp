@@ -106,6 +106,10 @@ unsigned InstrumentLink::channelCount() const {
     return m_region.isUsable() ? m_region.channelCount() : 1;
 }
 
+unsigned InstrumentLink::publishedChannels() const {
+    return m_region.isUsable() && m_region.isPresent() ? m_region.channelCount() : 0;
+}
+
 bool InstrumentLink::isLinkUp() const {
     return m_region.isUsable() && m_region.isPresent() && m_client != nullptr && m_client->isConnected();
 }

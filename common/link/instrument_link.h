@@ -66,6 +66,8 @@ public:
 
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;
+    /// Of the region that is there now: 0 without one.
+    unsigned publishedChannels() const;
     unsigned currentChannel() const { return m_channel; }
 
     /// A command is waiting for its answer.

@@ -51,6 +51,11 @@ public:
 
     const std::vector<std::unique_ptr<MANIFEST_DATA>>& manifests() const { return m_manifests; }
 
+    /// The medium holds more packages than these.
+    bool isCut() const { return m_isCut; }
+    void setCut(bool isCut) { m_isCut = isCut; }
+
 private:
     std::vector<std::unique_ptr<MANIFEST_DATA>> m_manifests;
+    bool m_isCut = false;
 };

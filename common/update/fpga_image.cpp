@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QThread>
 #include <algorithm>
 
 Q_LOGGING_CATEGORY(lcFpgaImage, "velda.fpga.image")
@@ -20,6 +21,26 @@ QString printable(const QByteArray& name) {
     std::replace_if(
         text.begin(), text.end(), [](QChar c) { return c < ' ' || c > '~'; }, QChar('?'));
     return text;
+}
+
+// Of a file that is too large to be kept: read piece by piece. What it is comes first, then that it cannot be sent.
+bool isSigned(QFile& file) {
+    constexpr qint64 Piece = 1024 * 1024;
+    const Crc32Utils* utils = Crc32Utils::getInstance();
+    if (!utils || !file.seek(file.size() - FpgaTrailer::Size))
+        return false;
+    const std::optional<FpgaTrailer> trailer = readFpgaTrailer(file.read(FpgaTrailer::Size));
+    if (!trailer || trailer->design != FpgaDesign || !file.seek(0))
+        return false;
+    quint32 crc = utils->crc32_init();
+    for (qint64 left = file.size() - FpgaTrailer::CrcSize; left > 0;) {
+        const QByteArray bytes = file.read(std::min(Piece, left));
+        if (bytes.isEmpty() || QThread::currentThread()->isInterruptionRequested())
+            return false;
+        crc = utils->calculate_crc32(crc, bytes.constData(), bytes.size());
+        left -= bytes.size();
+    }
+    return utils->crc32_signoff(crc) == trailer->crc;
 }
 
 } // namespace
@@ -64,9 +85,12 @@ bool loadFpgaImage(const QString& path, QByteArray& image, QString& error) {
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return false;
     if (file.size() > FpgaWire::LargestImage + FpgaTrailer::Size) {
-        qCWarning(lcFpgaImage).noquote() << "[FPGA] Image of" << file.size()
-                                         << "bytes has more blocks than can be sent.";
-        error = UpdateTexts::fpgaFailed();
+        error = UpdateTexts::imageRefused();
+        if (isSigned(file)) {
+            qCWarning(lcFpgaImage).noquote()
+                << "[FPGA] Image of" << file.size() << "bytes has more blocks than can be sent.";
+            error = UpdateTexts::fpgaFailed();
+        }
         return false;
     }
     const qint64 size = file.size();

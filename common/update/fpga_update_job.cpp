@@ -55,7 +55,7 @@ FpgaUpdateJob::Outcome FpgaUpdateJob::work(const QString& imagePath) {
         this);
     const bool ok = updater.runBlocking(m_settings.ackTimeoutMs, m_settings.ackPollMs, m_settings.burnPollMs,
                                         m_settings.burnSilenceMs, m_settings.burnTotalMs);
-    return {ok, ok ? UpdateTexts::fpgaDone() : UpdateTexts::fpgaFailed()};
+    return {ok, ok ? UpdateTexts::fpgaDone() : UpdateTexts::fpgaFailed(updater.silentBoards())};
 }
 
 // An image has up to 65534 blocks; the screen needs a hundred of these reports.

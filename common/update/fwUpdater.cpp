@@ -143,6 +143,7 @@ bool FpgaUpdater::waitForAllAcks(quint16 block, int timeoutMs, int pollMs) {
 }
 
 bool FpgaUpdater::doBurnVerify(int burnPollMs, int burnSilenceMs, int burnTotalMs) {
+    m_burning = true;
     for (TargetState& state : m_targets) {
         state.burnDone = false;
         state.burnPercent = 0;
@@ -186,6 +187,15 @@ void FpgaUpdater::takeStatus(const Datagram& datagram) {
     } else if (m_imageSize > 0) {
         state->burnPercent = static_cast<int>(std::min(reply->bytesDone * 100.0 / m_imageSize, 100.0));
     }
+}
+
+QStringList FpgaUpdater::silentBoards() const {
+    QStringList silent;
+    for (const TargetState& state : m_targets) {
+        if (!(m_burning ? state.burnDone : state.acked))
+            silent << state.address.toString();
+    }
+    return silent;
 }
 
 FpgaUpdater::TargetState* FpgaUpdater::target(const QHostAddress& address) {

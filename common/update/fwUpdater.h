@@ -4,6 +4,7 @@
 
 #include <QHostAddress>
 #include <QObject>
+#include <QStringList>
 #include <QVector>
 #include <array>
 
@@ -38,6 +39,9 @@ public:
     void setTargets(const QHostAddress* addresses, int count, quint16 port);
     void setProgressCallback(ProgressCallback callback, void* context);
     const QVector<TargetState>& targets() const { return m_targets; }
+
+    /// After a failure: the boards that had not answered what was awaited last.
+    QStringList silentBoards() const;
 
     /// Both phases. False: no target, no image, more than 65534 blocks (nothing is sent), a board that does not answer
     /// INIT or EOF in three attempts of ackTimeoutMs, silence of all boards for more than burnSilenceMs while they
@@ -86,6 +90,7 @@ private:
     const unsigned char* m_image = nullptr;
     quint32 m_imageSize = 0;
     QVector<TargetState> m_targets;
+    bool m_burning = false;
     ProgressCallback m_callback = nullptr;
     void* m_context = nullptr;
 };

@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 
 // No medium of ours comes near these: they end the walk through one that was made to keep the panel busy.
 constexpr int Deepest = 32;
-constexpr int MostManifests = 1000;
 
 [[noreturn]] void fail(const std::string& why) {
     throw std::runtime_error("Error reading fw files " + why);
@@ -24,6 +23,13 @@ constexpr int MostManifests = 1000;
 
 QString nameOf(const fs::directory_entry& entry) {
     return QFile::decodeName(entry.path().filename().c_str());
+}
+
+// Empty for a path that cannot be told as a text and opened by it again.
+QString pathOf(const fs::directory_entry& entry) {
+    const QByteArray bytes(entry.path().c_str());
+    const QString path = QFile::decodeName(bytes);
+    return QFile::encodeName(path) == bytes ? path : QString();
 }
 
 } // namespace
@@ -45,11 +51,16 @@ QStringList findManifests(const QString& root) {
             at.disable_recursion_pending();
         // In any spelling of case: FAT media show short names in one case only.
         std::error_code gone;
-        if (name.compare(QLatin1String("Manifest"), Qt::CaseInsensitive) == 0 && at->is_regular_file(gone))
-            found << QFile::decodeName(at->path().c_str());
+        if (name.compare(QLatin1String("Manifest"), Qt::CaseInsensitive) == 0 && at->is_regular_file(gone)) {
+            const QString path = pathOf(*at);
+            if (!path.isEmpty())
+                found << path;
+            else
+                VELDA_LOG("update", QtInfoMsg, "a manifest below %s lies in a folder whose name is no text", root);
+        }
         if (QThread::currentThread()->isInterruptionRequested())
             break;
-        if (found.size() >= MostManifests) {
+        if (found.size() > MostManifests) {
             VELDA_LOG("update", QtInfoMsg, "%s holds more than %d manifests, the others are left out", root,
                       MostManifests);
             break;
@@ -65,7 +76,8 @@ std::unique_ptr<fwData> readPackages(const QStringList& manifestPaths) {
     std::unique_ptr<fwData> packages;
     try {
         packages = std::make_unique<fwData>();
-        for (const QString& path : manifestPaths) {
+        packages->setCut(manifestPaths.size() > MostManifests);
+        for (const QString& path : manifestPaths.mid(0, MostManifests)) {
             if (QThread::currentThread()->isInterruptionRequested())
                 throw std::runtime_error("interrupted");
             packages->init_cmd_config({path});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// What the user reads when an update ends.
 namespace UpdateTexts {
@@ -18,8 +19,10 @@ inline QString fpgaDone() {
     return QStringLiteral("FPGA update completed.\nPlease power OFF/ON the device.");
 }
 
-inline QString fpgaFailed() {
-    return QStringLiteral("FPGA update failed (timeout/communication error).");
+/// silent: the boards that did not answer to the end.
+inline QString fpgaFailed(const QStringList& silent = {}) {
+    const QString failed = QStringLiteral("FPGA update failed (timeout/communication error).");
+    return silent.isEmpty() ? failed : failed + QStringLiteral("\nNo answer from ") + silent.join(QStringLiteral(", "));
 }
 
 } // namespace UpdateTexts

@@ -33,6 +33,9 @@ signals:
 
     /// What the list says in place of rows.
     void noteChanged(const QString& note);
+
+    /// What became of the last installation, on one line.
+    void outcomeChanged(const QString& outcome);
 };
 
 } // namespace Kavor::HandheldGui

@@ -1,7 +1,10 @@
 #include "portable/update/listfirmware.h"
 
+#include "portable/host/screentexts.h"
 #include "portable/widgets/actiongate.h"
+#include "portable/widgets/breakable.h"
 #include "portable/widgets/listpage.h"
+#include "portable/widgets/styles/tokens.h"
 
 #include <QHeaderView>
 #include <QTimer>
@@ -13,8 +16,18 @@ namespace {
 
 enum Column { Number, Version, Device, Path, ColumnCount };
 constexpr std::array<int, Path> ColumnWidths{96, 240, 176};
-constexpr int MostCharacters = 120; ///< of a cell: a manifest may hold a text of any length
-constexpr int QuietSeconds = 3;     ///< a look shorter than this is not counted
+constexpr int MostCharacters = 255; ///< of a cell: a manifest may hold a text of any length
+constexpr int LongestWord = 1;      ///< a text that is too wide may be broken behind every character
+constexpr int CellPadding = 28;
+constexpr int QuietSeconds = 3; ///< a look shorter than this is not counted
+
+/// On one line, which the cell breaks into as many as it needs: packages may differ in their last letter.
+QString whole(const QString& text) {
+    QString line = onOneLine(text.left(10 * MostCharacters)).simplified();
+    if (text.size() > 10 * MostCharacters || line.size() > MostCharacters)
+        line = line.left(MostCharacters / 2) + QChar(0x2026) + onOneLine(text.right(MostCharacters / 2));
+    return line;
+}
 
 } // namespace
 
@@ -75,15 +88,27 @@ void fwList::fill() {
     setRowCount(0);
     if (!m_packages)
         return;
+    const QFontMetrics metrics = fontMetrics();
     for (const auto& package : m_packages->manifests()) {
         const int row = rowCount();
+        int height = Style::TableRowHeight;
         insertRow(row);
         const std::array<QString, ColumnCount> texts{QString::number(row + 1), package->version,
                                                      QStringLiteral("usb/SD"), package->package};
         for (int column = 0; column < ColumnCount; ++column) {
-            const QString text = texts[static_cast<std::size_t>(column)].left(MostCharacters).simplified();
-            setItem(row, column, new QTableWidgetItem(text));
+            const QString& text = texts[static_cast<std::size_t>(column)];
+            const QString line = whole(text);
+            const int room = columnWidth(column) - CellPadding;
+            const QString cell = metrics.horizontalAdvance(line) <= room ? line : breakable(line, LongestWord);
+            height = qMax(height, CellPadding + metrics.boundingRect(0, 0, room, 0, Qt::TextWordWrap, cell).height());
+            setItem(row, column, new QTableWidgetItem(cell));
         }
+        setRowHeight(row, height);
+    }
+    if (m_packages->isCut()) {
+        const int row = rowCount();
+        insertRow(row);
+        setItem(row, Path, new QTableWidgetItem(QStringLiteral("There are more: only %1 are shown").arg(row)));
     }
     scrollToTop();
     if (rowCount() > 0)

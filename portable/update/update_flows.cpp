@@ -4,6 +4,7 @@
 #include "common/update/package_drop.h"
 #include "platform/devicepaths.h"
 #include "platform/logger.h"
+#include "portable/host/screentexts.h"
 #include "portable/update/update_boxes.h"
 #include "portable/update/update_dialog.h"
 
@@ -32,10 +33,10 @@ bool packageIsThere(const MANIFEST_DATA* manifest, const UpdateBoxes& boxes) {
 
 } // namespace
 
-void doFWUpdate(MANIFEST_DATA* manifest, QWidget* parent, const UpdateSettings& settings) {
+QString doFWUpdate(MANIFEST_DATA* manifest, QWidget* parent, const UpdateSettings& settings) {
     const UpdateBoxes boxes(parent, QStringLiteral("FW Update"), settings.patienceMs);
     if (!packageIsThere(manifest, boxes))
-        return;
+        return {};
     int code = 0;
     UpdateDialog dialog(parent, QStringLiteral("installProgress"),
                         QStringLiteral("Wait until upgrade process finished"));
@@ -47,20 +48,35 @@ void doFWUpdate(MANIFEST_DATA* manifest, QWidget* parent, const UpdateSettings& 
     installer.start();
     dialog.run();
     installer.wait();
-    if (code != 0)
+    if (code != 0) {
         boxes.failure(QStringLiteral("Upgrade failed. Error code: %1").arg(code));
+        return {};
+    }
+    const QString version = shortened(manifest->version);
+    if (installer.failedSteps() == 0)
+        return QStringLiteral("Firmware %1 installed").arg(version);
+    return QStringLiteral("Firmware %1: %2 of %3 steps failed: %4")
+        .arg(version)
+        .arg(installer.failedSteps())
+        .arg(manifest->components.size())
+        .arg(shortened(installer.firstFailure()));
 }
 
-void doFpgaUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handler, const UpdateSettings& settings) {
+QString doFpgaUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handler, const UpdateSettings& settings) {
     const UpdateBoxes boxes(parent, QStringLiteral("FPGA Update"), settings.patienceMs);
     if (!manifest) {
         boxes.failure(QStringLiteral("Upgrade failed to start: no manifest."));
-        return;
+        return {};
+    }
+    const int boards = static_cast<int>(handler->publishedChannels());
+    if (boards == 0) {
+        boxes.failure(QStringLiteral("The number of FPGA boards is not known: the RF module publishes nothing."));
+        return {};
     }
     bool done = false;
     QString message;
     FpgaProgressDialog dialog(parent);
-    FpgaUpdateJob job(settings.fpga(static_cast<int>(handler->channelCount())));
+    FpgaUpdateJob job(settings.fpga(boards));
     QObject::connect(&job, &FpgaUpdateJob::progress, &dialog, [&dialog](int phase, int percent) {
         const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
         dialog.setInfoText(display.text);
@@ -81,12 +97,13 @@ void doFpgaUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handle
         boxes.information(message);
     else
         boxes.failure(message);
+    return done ? QStringLiteral("FPGA %1 installed").arg(shortened(manifest->version)) : QString();
 }
 
-void doNMXUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handler, const UpdateSettings& settings) {
+QString doNMXUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handler, const UpdateSettings& settings) {
     const UpdateBoxes boxes(parent, QStringLiteral("NMX Update"), settings.patienceMs);
     if (!packageIsThere(manifest, boxes))
-        return;
+        return {};
     const QString package = manifest->package_path;
     const QString folder = DevicePaths::moduleDropFolder();
     const QString target = folder + QFileInfo(package).fileName();
@@ -99,9 +116,11 @@ void doNMXUpdate(MANIFEST_DATA* manifest, QWidget* parent, EventHandler* handler
         boxes.failure(QStringLiteral("Failed to copy %1 to %2").arg(package, target));
     } else {
         VELDA_LOG("update", QtInfoMsg, "Copied NMX upgrade package from %s to %s", package, target);
-        if (handler->sendGuiSoftUpdate() != 0)
-            boxes.failure(QStringLiteral("Failed to start NMX upgrade for %1").arg(target));
+        if (handler->sendGuiSoftUpdate() == 0)
+            return QStringLiteral("NMX module %1 handed over").arg(shortened(manifest->version));
+        boxes.failure(QStringLiteral("Failed to start NMX upgrade for %1").arg(target));
     }
+    return {};
 }
 
 } // namespace Kavor::HandheldGui

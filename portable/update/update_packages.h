@@ -14,6 +14,9 @@ class UpdatePackages : public UpdateEntry {
 public:
     explicit UpdatePackages(const UpdateSettings& settings = {});
 
+    /// Tells of an installation that was cut off by what ended the panel, or the instrument, before. At start.
+    void tellUnfinished(PanelHost& host) const;
+
     QTableWidget* makeList(QWidget* parent, PanelHost& host) override;
     void refresh() override;
     void install(MANIFEST_DATA& package, PanelHost& host) override;

@@ -20,6 +20,7 @@ constexpr int HeaderHeight = 56;
 constexpr int TableGroupWidth = 956;
 constexpr int TableMargin = 16;
 constexpr int GroupGap = 12;
+constexpr int StatusX = 280; ///< behind the title
 
 } // namespace
 
@@ -60,7 +61,13 @@ ListPage::ListPage(QWidget* page, const QString& title, const QString& note, con
     : QObject(page),
       m_page(page),
       m_group(new PageGroup(page, title, QRect(Style::PageMargin, 0, TableGroupWidth, Style::PageHeight - 8))),
-      m_note(new QLabel(note, m_group)) {
+      m_note(new QLabel(note, m_group)),
+      m_status(new QLabel(m_group)) {
+    m_status->setGeometry(StatusX, 0, m_group->width() - TableMargin - StatusX, TableTop);
+    m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_status->setTextFormat(Qt::PlainText);
+    m_status->setObjectName(QStringLiteral("listStatus"));
+    m_status->setStyleSheet(WIDGET_LBL_STYLE);
     m_note->setGeometry(TableMargin, TableTop + HeaderHeight, m_group->width() - 2 * TableMargin,
                         TableHeight - HeaderHeight);
     m_note->setAlignment(Qt::AlignCenter);
@@ -89,6 +96,10 @@ void ListPage::setTable(QTableWidget* table) {
 
 void ListPage::setNote(const QString& note) {
     m_note->setText(note);
+}
+
+void ListPage::setStatus(const QString& status) {
+    m_status->setText(m_status->fontMetrics().elidedText(status, Qt::ElideMiddle, m_status->width()));
 }
 
 void ListPage::showNote() {

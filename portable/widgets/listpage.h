@@ -26,6 +26,9 @@ public:
     /// What the table says while it is empty.
     void setNote(const QString& note);
 
+    /// A line beside the title; none when empty.
+    void setStatus(const QString& status);
+
     void show();
     void hide();
 
@@ -38,6 +41,7 @@ private:
     QWidget* m_page;
     QWidget* m_group;
     QLabel* m_note;
+    QLabel* m_status;
     QTableWidget* m_table = nullptr;
 };
 

@@ -1,5 +1,6 @@
 #include "rig/panelfixture.h"
 #include "tests/support/testbase.h"
+#include "tests/support/tool_run.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -22,6 +23,18 @@ protected:
     }
 
 private slots:
+    /// What is asked on the command line is answered, without a display; what nobody knows is refused.
+    void commandLine() {
+        qputenv("QT_QPA_PLATFORM", "none such");
+        const ToolRun help = runTool("portable_gui", {"--help"});
+        const ToolRun version = runTool("portable_gui", {"--version"});
+        const ToolRun unknown = runTool("portable_gui", {"--platform", "offscreen", "--nonsense"});
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QVERIFY(help.code == 0 && help.output.contains("--version"));
+        QCOMPARE(version.output, QString("portable_gui " VELDA_VERSION "\n"));
+        QVERIFY(unknown.code == 2 && unknown.error.contains("nonsense"));
+    }
+
     void versions() {
         m_panel->module().modify(
             0, [](ChannelRecord& r) { qstrncpy(r.firmwareVersion, "9.8.7/6.54", sizeof r.firmwareVersion); });

@@ -62,8 +62,8 @@ private slots:
         addRow("PM rate", "PM", "pmFrequency", "3", "keyUnit1", ":PM:INT:FREQ 3000.000000", "3.000000", "KHz", none);
         addRow("PM deviation", "PM", "pmDeviation", "1.5", "keyEnter", ":PM:DEV 1.50", "1.5", none, none);
         addRow("pulse width", "Pulse", "pulseWidth", "1.5", "keyUnit1", ":PULS:WIDT 0.000001500", "1.500", "µs", none);
-        addRow("out of range by digits that do not show", "Pulse", "pulseWidth", "0.0499", "keyUnit1", none, "49.9",
-               "ns", "Valid Pulse width  range: 50 ns to 10 s");
+        addRow("out of range by digits that do not show", "Pulse", "pulseRate", "5.0000000001", "keyUnit0", none,
+               "5.0000000001", "MHz", "Valid Pulse rate  range: 0.1 Hz to 5 MHz");
         addRow("pulse rate", "Pulse", "pulseRate", "10", "keyUnit1", ":PULS:FREQ 10000.000000000", "10.000000", "KHz",
                none);
     }

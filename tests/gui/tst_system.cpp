@@ -310,18 +310,6 @@ private slots:
         }
     }
 
-    void storeWithoutAName() {
-        QVERIFY(panel().press("sysStore"));
-        panel().dialogs().expect(DialogKind::Keyboard, QString(), [](QDialog& dialog) {
-            QVERIFY(!pressButton(dialog, "keyDot") && !pressButton(dialog, "keySign"));
-            QVERIFY(pressButton(dialog, "key3"));
-            dialog.reject();
-        });
-        QVERIFY(choose(cfgList::NewFile));
-        QVERIFY(isShown("pageConfigurations"));
-        QCOMPARE(panel().sent(), QStringList());
-    }
-
     /// A recall and a preset bring every value on every screen into line with what the module then holds.
     void recallRedrawsEverything() {
         // An editor that is new belongs in the table; the network and the list's own dwell are of no configuration.

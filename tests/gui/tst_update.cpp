@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QSemaphore>
 #include <QTimer>
+#include <sys/mman.h>
 
 using namespace Kavor::HandheldGui;
 
@@ -222,7 +223,10 @@ private slots:
         });
         QVERIFY(choose(0));
         QVERIFY(stayed);
-        QCOMPARE(dialogs().asked().size(), 2); // success is not told
+        QCOMPARE(dialogs().asked().size(), 2);
+        QCOMPARE(panel().toast(), QString("Firmware 2.1 installed"));
+        QCOMPARE(panel().widget<QWidget>("pagePackages")->findChild<QLabel*>("listStatus")->text(),
+                 QString("Firmware 2.1 installed"));
         QCOMPARE(stick().sudoed(), (QStringList{"cp %D/home/tmpfw/patch/app %D/installed", "reboot"}));
         QCOMPARE(stick().contentOf("installed"), QByteArray("the application"));
         QVERIFY(mainPageIsShown());
@@ -269,7 +273,9 @@ private slots:
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QString>("message");
         addRow("archive that is none", "archive", "Upgrade failed. Error code: -4");
-        addRow("a board that is silent", "board", "FPGA update failed (timeout/communication error).");
+        addRow("a board that is silent", "board",
+               "FPGA update failed (timeout/communication error).\nNo answer from " +
+                   DevicePaths::fpgaAddresses().at(3));
         addRow("a spoilt image", "image", NoImage);
     }
     void fails() {
@@ -301,6 +307,86 @@ private slots:
         QCOMPARE(m_rig->boards[0]->counts().data, 0);
         QVERIFY(fault == "board" || nothingWasDone());
         QVERIFY(mainPageIsShown());
+    }
+
+    void notReady_data() {
+        QTest::addColumn<int>("charge");
+        QTest::addColumn<int>("current");
+        QTest::addColumn<bool>("radiates");
+        QTest::addColumn<bool>("goesOn");
+        addRow("low battery", 10, -1, true, false);
+        addRow("low, but charging", 3, 1, false, true);
+        addRow("enough", 11, -1, false, true);
+        addRow("RF stays on", 50, -1, true, false);
+        addRow("RF is switched off", 50, -1, true, true);
+    }
+    /// No update with RF on or on a battery that may not live to its end; the user is told what to do.
+    void notReady() {
+        QFETCH(int, charge);
+        QFETCH(int, current);
+        QFETCH(bool, radiates);
+        QFETCH(bool, goesOn);
+        panel().module().modify(0, [&](ChannelRecord& r) {
+            r.batteryCharge = charge;
+            r.batteryCurrent = static_cast<std::int16_t>(current);
+            r.lowBatteryThreshold = 0;
+            r.rfOutput = radiates;
+        });
+        stick().addModule("m", "5.0", "module software");
+        openList(1);
+        panel().sent();
+        answer(ModuleQuestion);
+        if (charge <= 10 && current < 0)
+            expectFailure("The battery is at 10 %: connect the charger before an update.");
+        else if (radiates)
+            answer("RF output is on", goesOn);
+        QVERIFY(choose(0));
+        QCOMPARE(QDir(stick().at(Drop)).exists(), goesOn);
+        QCOMPARE(panel().record().rfOutput, radiates && !goesOn ? 1U : 0U);
+        QCOMPARE(panel().sent().contains(":GUI:UPD:SOFT "), goesOn);
+        QCOMPARE(panel().toast(), goesOn ? QString("NMX module 5.0 handed over") : QString());
+    }
+
+    /// Without records nobody knows how many boards there are.
+    void noRegion() {
+        stick().addFpga("f", "1.4", m_image);
+        openList(1);
+        allowMessages("ldshmem|region is gone");
+        QCOMPARE(shm_unlink(panel().module().regionName().c_str()), 0);
+        answer(FpgaQuestion);
+        expectFailure("The number of FPGA boards is not known");
+        QVERIFY(choose(0));
+        QVERIFY(nothingWasDone());
+    }
+
+    void cutOffInstallationIsTold() {
+        m_updates->tellUnfinished(panel().window());
+        stick().put("home/kavor/upgrade/unfinished", "FW 2.1");
+        expectFailure("The installation of FW 2.1 was cut off. Please install it again.");
+        m_updates->tellUnfinished(panel().window());
+        QTRY_COMPARE(dialogs().asked().size(), 1);
+    }
+
+    /// Two packages that differ in their last letters look different.
+    void longNamesAreShownWhole() {
+        const QString name = QString("handheld-signal-generator-release-candidate-").repeated(2);
+        for (const char* end : {"a", "b"}) {
+            const QString text = name + end;
+            stick().put(QString("media/tester/%1/Manifest").arg(end),
+                        QString(R"({"name":"FW","version":"%1","package":"%1"})").arg(text).toUtf8());
+        }
+        openList(2);
+        for (const int column : {1, 3}) {
+            QImage rows[2];
+            for (const int row : {0, 1}) {
+                QCOMPARE(list().item(row, column)->text().remove(QChar(0x200B)), name + (row == 0 ? "a" : "b"));
+                QVERIFY(list().rowHeight(row) > 200); // as many lines as it takes
+                list().clearSelection();
+                rows[row] = list().viewport()->grab(list().visualItemRect(list().item(row, column))).toImage();
+            }
+            QVERIFY(rows[0] != rows[1]);
+        }
+        m_looks << LookRules::violations(panel().window());
     }
 
     void moduleSoftwareIsHandedOver() {

@@ -1,7 +1,7 @@
 #include "common/update/fpga_image.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
-#include "tests/tools/tool_run.h"
+#include "tests/support/tool_run.h"
 
 class TestFpgaSign : public TestBase {
     Q_OBJECT

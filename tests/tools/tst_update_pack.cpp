@@ -3,7 +3,7 @@
 #include "tests/common/update/tar_file.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
-#include "tests/tools/tool_run.h"
+#include "tests/support/tool_run.h"
 
 #include <QSignalSpy>
 

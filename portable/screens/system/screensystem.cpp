@@ -173,6 +173,7 @@ void systemScreen::buildSubPages() {
     m_packagePage->setTable(update->makeList(m_packagePage->group(), host()));
     connect(update, &UpdateEntry::chosen, this, &systemScreen::onMsgLoadFWList);
     connect(update, &UpdateEntry::noteChanged, m_packagePage, &ListPage::setNote);
+    connect(update, &UpdateEntry::outcomeChanged, m_packagePage, &ListPage::setStatus);
     connect(m_packagePage, &ListPage::back, this, [this] { showSubPage(Main); });
 }
 

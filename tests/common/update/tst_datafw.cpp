@@ -3,7 +3,9 @@
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
+#include <cstdio>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -44,10 +46,18 @@ private slots:
         put(QString("d/").repeated(40) + "Manifest");
         QVERIFY(QFile::link(m_dir->path(), m_dir->at("a/round")) && QFile::link("/", m_dir->at("a/out")));
         QVERIFY(QDir().mkpath(m_dir->at("b/Manifest"))); // a folder of that name
+        const QByteArray noText = QFile::encodeName(m_dir->at("n")) + "\xff\xfe";
+        QCOMPARE(mkdir(noText.constData(), 0700), 0);
+        QCOMPARE(std::rename(QFile::encodeName(m_dir->at("aManifest")).constData(), (noText + "/Manifest").constData()),
+                 0);
         QCOMPARE(findManifests(m_dir->path()), expected);
+        QVERIFY(!packagesBelow(m_dir->path())->isCut());
+        QVERIFY(unlink((noText + "/Manifest").constData()) == 0 && rmdir(noText.constData()) == 0);
         for (int i = 0; i < 1010; ++i)
             put(QString("many/%1/Manifest").arg(i));
-        QCOMPARE(findManifests(m_dir->path()).size(), 1000);
+        QCOMPARE(findManifests(m_dir->path()).size(), MostManifests + 1);
+        const auto packages = packagesBelow(m_dir->path());
+        QVERIFY(packages->isCut() && packages->manifests().size() == MostManifests);
     }
 
 protected:

@@ -1,4 +1,5 @@
 #include "common/update/fpga_image.h"
+#include "common/update/update_texts.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 
@@ -66,10 +67,16 @@ private slots:
             QVERIFY(!loadFpgaImage(file, image, error));
             QCOMPARE(error, "Cannot open FPGA image:\n" + file);
         }
-        const QString large = folder.put("large", signedFile("abc"));
-        QVERIFY(QFile::resize(large, 65534LL * 1024 + 35)); // sparse
+        // One byte more than can be sent: what is none is refused as such.
+        const QString large = folder.put("large", signedFile(QByteArray(65534 * 1024 + 1, '\0')));
         expectMessage("more blocks");
         QVERIFY(!loadFpgaImage(large, image, error));
+        QCOMPARE(error, UpdateTexts::fpgaFailed());
+        for (const qint64 size : {65534LL * 1024 + 36, 70LL * 1024 * 1024}) { // sparse
+            QVERIFY(QFile::resize(large, size));
+            QVERIFY(!loadFpgaImage(large, image, error));
+            QCOMPARE(error, UpdateTexts::imageRefused());
+        }
         QCOMPARE(image, QByteArray("untouched"));
     }
 };
