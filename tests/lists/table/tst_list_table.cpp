@@ -65,17 +65,6 @@ class ListTableTest : public TestBase {
     Q_OBJECT
 
 private slots:
-    void showsTheList() {
-        Shown<PatternSteps> pattern(3);
-        QVERIFY(pattern.agrees());
-        Shown<FrequencySteps> list(7);
-        QVERIFY(list.agrees());
-        QStringList titles;
-        for (int i = 0; i < list.table.columnCount(); ++i)
-            titles << list.table.model()->headerData(i, Qt::Horizontal).toString();
-        QCOMPARE(titles, QStringList({"Step", "Frequency", "Power", "Dwell Time", "Adv."}));
-    }
-
     void changes() {
         Shown<FrequencySteps> list(3);
         QSignalSpy changed(&list.table, &ListTable::listChanged);
@@ -126,43 +115,6 @@ private slots:
         QSignalSpy escapes(&list.table, &ListTable::escapeRequested);
         QTest::keyClick(&list.table, Qt::Key_Escape);
         QCOMPARE(escapes.count(), 1);
-    }
-
-    void fileRows_data() {
-        QTest::addColumn<ListFileMode>("mode");
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("shown");
-        const QStringList two{"<b>b<b>.json", "a.json"};
-        addRow("load", ListFileMode::Load, two, "# SELECT FILE TO LOAD;1 <b>b<b>.json;2 a.json");
-        addRow("save", ListFileMode::Save, two,
-               "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file;1 <b>b<b>.json;2 a.json");
-    }
-    void fileRows() {
-        QFETCH(ListFileMode, mode);
-        QFETCH(QStringList, files);
-        const bool isNew = mode == ListFileMode::Save;
-        QTemporaryDir folder;
-        ListsOps ops(folder.path());
-        QString error;
-        QVERIFY(ops.ensureChannelDirectory(2, error));
-        for (const QString& name : files)
-            QVERIFY(QFile(ops.channelDirectory(2) + '/' + name).open(QIODevice::WriteOnly));
-        ListFiles browser;
-        browser.setListsOps(&ops);
-        browser.setChannel(2);
-        browser.setMode(mode);
-        QVERIFY(browser.refresh(error));
-        QStringList shown(browser.horizontalHeaderItem(0)->text() + ' ' + browser.horizontalHeaderItem(1)->text());
-        for (int row = 0; row < browser.rowCount(); ++row)
-            shown << browser.item(row, 0)->text() + ' ' + browser.item(row, 1)->text();
-        QTEST(shown.join(';'), "shown");
-        QSignalSpy chosen(&browser, &ListFiles::fileSelected);
-        QSignalSpy escapes(&browser, &ListFiles::escapeRequested);
-        QTest::keyClick(&browser, Qt::Key_Return);
-        QTest::keyClick(&browser, Qt::Key_Escape);
-        QCOMPARE(escapes.count(), 1);
-        QCOMPARE(chosen.count(), 1);
-        QCOMPARE(chosen.first(), QVariantList({QVariant::fromValue(mode), isNew ? "" : files.first(), isNew}));
     }
 };
 

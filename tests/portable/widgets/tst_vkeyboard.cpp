@@ -116,42 +116,6 @@ private slots:
         QTEST(board.entry()->selectedText(), "selected");
     }
 
-    // A cursor before the zero cannot be reached by keys that select.
-    void noSecondLeadingZero() {
-        const Board board("0.5");
-        board.press("Right");
-        board.entry()->setCursorPosition(0);
-        board.press("0");
-        QCOMPARE(board.entry()->text(), QString("0.5"));
-    }
-
-    void ends_data() {
-        // clang-format off
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("unit");
-        addRow("enter", "7 Enter", int(QDialog::Accepted), "7", "MHz");
-        addRow("unit", "7 Unit1", int(QDialog::Accepted), "7", "KHz");
-        addRow("blank unit", "7 Unit2", int(QDialog::Accepted), "7", "MHz");
-        addRow("esc", "7 Esc", int(QDialog::Rejected), "before", "MHz");
-        // clang-format on
-    }
-
-    void ends() {
-        QFETCH(QString, keys);
-        QFETCH(int, result);
-        Board board("1.5", Mode::Number, {"MHz", "KHz", ""});
-        QLineEdit target("before");
-        board.dialog->setLineEdit(&target);
-        board.press(keys);
-        QCOMPARE(board.dialog->result(), result);
-        QCOMPARE(board.dialog->isCancelled(), result == QDialog::Rejected);
-        QVERIFY(board.dialog->isHidden());
-        QTEST(target.text(), "target");
-        QTEST(board.dialog->chosenUnit(), "unit");
-    }
-
     void addressWaitsForItsParts() {
         const Board board("", Mode::Address);
         board.press("1 Dot 2 Dot 3 Dot");
@@ -160,29 +124,6 @@ private slots:
         QVERIFY(board.dialog->isVisible());
         board.press("4");
         QVERIFY(board.key("Enter")->isEnabled());
-    }
-
-    void physicalKeysWorkTheKeysOnTheScreen() {
-        const Board board("7");
-        QTest::keyClicks(board.entry(), "-1.25e3");
-        QTest::keyClick(board.entry(), Qt::Key_Backspace);
-        QTest::keyClick(board.entry(), Qt::Key_Left);
-        QCOMPARE(board.entry()->text(), QString("-1.25"));
-        QCOMPARE(board.entry()->selectedText(), QString("2"));
-        QTest::keyClick(board.entry(), Qt::Key_Escape);
-        QVERIFY(board.dialog->isCancelled());
-    }
-
-    void pressThatSlidesOffDoesNothing() {
-        const Board board("");
-        VKButton* key = board.key("5");
-        const QPoint outside(-20, key->rect().center().y());
-        down(key, true, key->rect().center());
-        QVERIFY(key->isPressedLook());
-        QTest::touchEvent(key, device()).move(1, outside, key);
-        QVERIFY(!key->isPressedLook());
-        up(key, true, outside);
-        QCOMPARE(board.entry()->text(), QString());
     }
 
     // t, T touch down, up; m, M mouse.
