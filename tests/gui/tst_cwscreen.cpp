@@ -7,7 +7,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 
@@ -166,20 +165,6 @@ private slots:
         QTRY_VERIFY(!panel().widget<QCheckBox>("enableFM")->isChecked());
         QVERIFY(panel().settle());
         QCOMPARE(panel().sent(), QStringList{":MODulation:ENABle:MASK 1"});
-    }
-
-    void modulationRuns() {
-        QVERIFY(panel().press("rfOn"));
-        QVERIFY(panel().press("enableAM"));
-        QCOMPARE(sentAfter("modOn"), QStringList{":AM:STAT ON"});
-        QCOMPARE(panel().text("statusModulation"), QString("Mode: AM"));
-        QVERIFY(panel().hasStyle("modOn", PRESSED_MOD_BTN_STYLE) &&
-                panel().hasStyle("modulateOn", PRESSED_MOD_BTN_STYLE));
-        QVERIFY(!panel().widget<QCheckBox>("enableAM")->isEnabled());
-        QCOMPARE(sentAfter("modulateOff"), QStringList{":AM:STAT OFF"});
-        QCOMPARE(panel().text("statusModulation"), QString("Mode: CW"));
-        QVERIFY(panel().hasStyle("modOff", PRESSED_MOD_BTN_STYLE));
-        QVERIFY(panel().widget<QCheckBox>("enableAM")->isEnabled());
     }
 
     void pulseStartsWithWhatTheScreenShows() {

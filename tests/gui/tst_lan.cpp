@@ -10,7 +10,6 @@
 #include <QSemaphore>
 #include <QTcpServer>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 

@@ -3,7 +3,6 @@
 #include "tests/gui/paneltest.h"
 
 #include <QApplication>
-#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 

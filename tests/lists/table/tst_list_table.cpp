@@ -1,13 +1,9 @@
-#include "lists/lists_ops.h"
-#include "lists/table/list_files.h"
 #include "lists/table/list_table.h"
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -60,7 +56,7 @@ public:
 
 } // namespace
 
-/// The table over a list model, and the file browser over a folder.
+/// The table over a list model.
 class ListTableTest : public TestBase {
     Q_OBJECT
 
@@ -92,29 +88,6 @@ private slots:
         QCOMPARE(changed.count(), 1);
         QVERIFY(list.agrees());
         QCOMPARE(list.current(), QPoint(1, 0));
-    }
-
-    void keysAndTouch() {
-        Shown<FrequencySteps> list(3);
-        QSignalSpy requests(&list.table, &ListTable::editRequested);
-        const std::pair<int, int> columns[] = {{0, 0}, {1, 1}, {3, 0}, {4, 1}}; // and whether they can be edited
-        for (const auto& [column, editable] : columns) {
-            requests.clear();
-            list.table.setCurrentCell(1, column);
-            QTest::keyClick(&list.table, Qt::Key_Return);
-            QTest::keyClick(&list.table, Qt::Key_Enter);
-            const QRect cell = list.table.visualRect(list.table.model()->index(2, column));
-            QTest::mouseClick(list.table.viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
-            QCOMPARE(list.current(), QPoint(column, 2));
-            QCOMPARE(requests.count(), 3 * editable);
-            for (int i = 0; i < requests.count(); ++i) {
-                const auto request = requests.at(i).first().value<ListEditRequest>();
-                QCOMPARE(QPoint(request.column, request.row), QPoint(column, i < 2 ? 1 : 2));
-            }
-        }
-        QSignalSpy escapes(&list.table, &ListTable::escapeRequested);
-        QTest::keyClick(&list.table, Qt::Key_Escape);
-        QCOMPARE(escapes.count(), 1);
     }
 };
 

@@ -9,9 +9,7 @@
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QTouchDevice>
 #include <functional>
-#include <memory>
 
 using namespace Kavor::HandheldGui;
 
