@@ -124,6 +124,7 @@ void MainWindow::connectControls() {
 
     connect(m_handler, &EventHandler::linkChanged, this, &MainWindow::showLink);
     connect(m_handler, &EventHandler::answeringChanged, this, &MainWindow::showLink);
+    connect(m_handler, &EventHandler::moduleConnectedChanged, this, &MainWindow::showLink);
     connect(m_handler, &EventHandler::waitingChanged, &gate, &ActionGate::setWaiting);
     connect(m_handler, &EventHandler::timedOut, &gate, &ActionGate::noteTimeout);
     connect(&gate, &ActionGate::settled, this, &MainWindow::refreshFromModule);
@@ -376,9 +377,10 @@ void MainWindow::reportWhenFree(const QString& text) {
 }
 
 void MainWindow::showLink() {
-    m_functions->setMark(!m_handler->isLinkUp()      ? QStringLiteral("No link")
-                         : !m_handler->isAnswering() ? QStringLiteral("No answer")
-                                                     : QString());
+    m_functions->setMark(!m_handler->isLinkUp()            ? QStringLiteral("No link")
+                         : !m_handler->isModuleConnected() ? QStringLiteral("No module")
+                         : !m_handler->isAnswering()       ? QStringLiteral("No answer")
+                                                           : QString());
 }
 
 bool MainWindow::event(QEvent* event) {

@@ -61,12 +61,9 @@ class GateTest : public PanelTest {
 
 private slots:
     void scenarios_data() {
-        QTest::addColumn<unsigned>("mask");
-        QTest::addColumn<QString>("before"); // pressed before the module becomes slow
-        QTest::addColumn<int>("late");
-        QTest::addColumn<QString>("taps");
-        QTest::addColumn<QString>("sent");
-        QTest::addColumn<QString>("running");
+        // "before" is pressed before the module becomes slow
+        addColumns<unsigned, QString, int>("mask", "before", "late");
+        addColumns<QString, QString, QString>("taps", "sent", "running");
         const QString fmAndSweep = ":FM:STAT ON|:OUTP OFF|:FM:STAT OFF";
         for (const int late : {0, 20, 150}) {
             const QByteArray ms = QByteArray::number(late) + " ms, ";
@@ -83,6 +80,7 @@ private slots:
                 row("Off takes a held On back", 2U, "", "rfOn rfOff@5 rfOn@10 rfOff@15", ":OUTP ON|:OUTP OFF", "");
             }
             row("On after Off", 2U, "rfOn modOn", "modOff modOn@5", ":FM:STAT OFF|:FM:STAT ON", "RF FM");
+            row("RF on again", 1U, "rfOn modOn", "rfOff rfOn@5", ":OUTP OFF|:AM:STAT OFF|:OUTP ON", "RF");
             row("On, Off, On", 2U, "rfOn", "modOn modOff@5 modOn@10", ":FM:STAT ON|:FM:STAT OFF|:FM:STAT ON", "RF FM");
             row("a box touched while a start is under way", 8U, "rfOn", "modOn frswEnable@5", ":FRSW ON", "RF FRSW");
         }
@@ -132,6 +130,9 @@ private slots:
         QCOMPARE(panel().sent().join('|'), QString(":TRIG:SOUR BUS|:OUTP OFF"));
         QCOMPARE(panel().text("linkLost"), QString("No answer"));
         QVERIFY(panel().widget<QWidget>("linkLost")->isVisible());
+        panel().module().stop(); // nobody there is no answer either
+        QVERIFY(tap("sourceBus") && !panel().handler().isAnswering());
+        QVERIFY(panel().module().start());
         panel().module().clearFaults();
         QVERIFY(tap("sourceBus"));
         QVERIFY(!panel().widget<QWidget>("linkLost")->isVisible());
@@ -162,7 +163,9 @@ private slots:
         startWith(150);
         QVERIFY(tap("tabFM") && tap("enableFM") && tap("rfOn"));
         fail(Sim::Fault::Silent, ":FM:STAT ON");
-        QVERIFY(tap("modOn"));
+        bool locked = false;
+        QTimer::singleShot(50, this, [&] { locked = !panel().widget<QWidget>("enableFM")->isEnabled(); });
+        QVERIFY(tap("modOn") && locked);
         panel().module().clearFaults();
         panel().sent();
         QVERIFY(tap("modOff"));
@@ -199,8 +202,15 @@ private slots:
     }
 
     void boxOnAndOffMeanwhile() {
+        const QObject watch;
+        QVector<bool> shown; // while each command waits: as the finger has left it
+        connect(&panel().handler(), &EventHandler::waitingChanged, &watch, [&](bool waiting) {
+            if (waiting)
+                shown << panel().widget<QCheckBox>("enableAM")->isChecked();
+        });
         fail(Sim::Fault::Late, QByteArray(), 100);
         QVERIFY(tap("enableAM enableAM@20"));
+        QCOMPARE(shown, (QVector<bool>{true, false}));
         QCOMPARE(panel().sent().join('|'), QString(":MODulation:ENABle:MASK 1|:MODulation:ENABle:MASK 0"));
         QCOMPARE(panel().toast(), QString());
         QVERIFY(boxAgrees("enableAM", 1));
@@ -235,6 +245,9 @@ private slots:
     }
 
     void recordChangesUnderAnOpenList() {
+        PanelFixture::Setup setup;
+        setup.refreshMs = 3600000; // the closing of the list alone brings it
+        start(setup);
         auto* unit = panel().widget<ComboBox>("cwFrequencyUnit");
         unit->showPopup();
         panel().module().modify(0, [](ChannelRecord& r) { r.frequency.value = 5e6; });
@@ -242,13 +255,13 @@ private slots:
         QCOMPARE(panel().text("cwFrequencyUnit"), QString("GHz")); // not under the finger
         unit->hidePopup();
         QTRY_COMPARE(panel().text("cwFrequency") + panel().text("cwFrequencyUnit"), QString("5.000000000MHz"));
+        QCOMPARE(panel().text("statusFrequency"), QString("  Frequency: 5.000000000 MHz"));
         QCOMPARE(panel().sent(), QStringList());
     }
 
     /// Held actions are for controls that can still be touched when their turn comes.
     void heldActionsOfLostControls_data() {
-        QTest::addColumn<QString>("taps");
-        QTest::addColumn<int>("sent");
+        addColumns<QString, int>("taps", "sent");
         addRow("its page is left", "sourceExternal sourceInternal@20 funcSweep@40", 1);
         addRow("nothing happens to it", "sourceExternal sourceInternal@20", 2);
         addRow("no more than eight",

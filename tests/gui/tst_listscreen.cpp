@@ -346,6 +346,9 @@ private slots:
         const QString name = QString(26, 'a') + ".json";
         QCOMPARE(QDir(folder()).entryList(QDir::Files), QStringList(name));
         QCOMPARE(recordText(panel().handler().snapshot().listName), name.toStdString());
+        answer("Create new list", QMessageBox::Yes);
+        QVERIFY(panel().press("listNew"));
+        QCOMPARE(panel().text("listName"), QString());
     }
 
     /// A file from elsewhere may be named anything; the record takes whole characters up to 31 bytes.

@@ -24,13 +24,14 @@ class MainWindowTest : public PanelTest {
         }
         return pages;
     }
+
     void battery(int percent, int current, int threshold) {
         panel().module().modify(0, [=](ChannelRecord& r) {
             r.batteryCurrent = static_cast<std::int16_t>(current);
+            r.batteryCharge = percent;
             r.lowBatteryThreshold = static_cast<std::uint16_t>(threshold);
         });
         window().refreshFromModule();
-        window().set_battery_level(static_cast<unsigned short>(percent));
         QCoreApplication::processEvents(); // a warning comes from the event loop
     }
 
@@ -43,10 +44,7 @@ protected:
 
 private slots:
     void batteryStates_data() {
-        QTest::addColumn<int>("percent");
-        QTest::addColumn<int>("current");
-        QTest::addColumn<QString>("icon");
-        QTest::addColumn<bool>("charging");
+        addColumns<int, int, QString, bool>("percent", "current", "icon", "charging");
         addRow("80", 80, -10, ":/Battery4.png", false);
         addRow("11", 11, -10, ":/Battery1.png", false);
         addRow("charging, 10", 10, 10, ":/Battery0.png", true);
@@ -62,32 +60,47 @@ private slots:
     }
 
     void lowBatteryWarning() {
-        const auto expectWarning = [this] {
-            panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
-        };
-        expectWarning();
-        battery(10, -10, 15);
+        // Percent, current, and the warnings so far: one for each rise over 10, each charging and each fall to 15.
+        for (const auto& [percent, current, warnings] : {std::tuple(10, -10, 1),
+                                                         {9, -10, 1},
+                                                         {11, -10, 1},
+                                                         {10, -10, 2},
+                                                         {11, -10, 2},
+                                                         {12, -10, 3},
+                                                         {12, 10, 3},
+                                                         {12, -10, 4},
+                                                         {16, -10, 4},
+                                                         {15, -10, 5},
+                                                         {8, -10, 5}}) {
+            if (warnings > panel().dialogs().asked().size())
+                panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
+            battery(percent, current, 15);
+            QCOMPARE(panel().dialogs().asked().size(), warnings);
+        }
         QCOMPARE(picture("batteryIcon"), QString(":/lowBat.gif"));
-        battery(9, -10, 15);
-        battery(11, -10, 15);
-        expectWarning(); // 11 has armed it again
-        battery(10, -10, 15);
-        battery(50, 10, 15);
-        expectWarning(); // one for the next discharge, whatever the threshold
-        for (int percent = 16; percent >= 8; --percent)
-            battery(percent, -10, 15);
+    }
+
+    /// What another client has started since the last look is switched off as well.
+    void offLooksFirst() {
+        for (const QString off : {"modOff", "rfOff"}) {
+            panel().module().modify(0, [](ChannelRecord& r) { r.rfOutput = 1; });
+            window().refreshFromModule();
+            panel().module().modify(0, [](ChannelRecord& r) { r.fmState = 1; });
+            QVERIFY(sentAfter(off).contains(":FM:STAT OFF"));
+        }
     }
 
     /// A warning that finds another box open comes after it, and there are never two.
     void boxesOneAfterTheOther() {
         panel().dialogs().expect(DialogKind::Critical, "first", [this](QDialog& dialog) {
             window().reportError("second"); // dropped
-            battery(5, -10, 15);            // kept
+            battery(5, -10, 15);            // looked at when the box has gone
             dialog.accept();
         });
         panel().dialogs().expectButton(DialogKind::Critical, "Warning: Low Battery!!", QMessageBox::Ok);
         window().reportError("first");
         window().reportError("");
+        QTRY_COMPARE(panel().dialogs().asked().size(), 2);
     }
 
     void aBoxRaisedBeforeTheWindowIsShownWaits() {
@@ -96,17 +109,6 @@ private slots:
         panel().dialogs().expectButton(DialogKind::Critical, "kept", QMessageBox::Ok);
         window().show();
         QTRY_COMPARE(panel().dialogs().asked(), QStringList{"critical: kept"});
-    }
-
-    void manualTrigger() {
-        window().SetManualBnEnable(true);
-        panel().sent();
-        QTest::mousePress(panel().widget<QWidget>("trigger"), Qt::LeftButton);
-        QVERIFY(panel().hasStyle("trigger", PRESSED_MOD_BTN_STYLE));
-        QTest::mouseRelease(panel().widget<QWidget>("trigger"), Qt::LeftButton);
-        QCOMPARE(panel().sent(), QStringList{"*TRG "});
-        window().SetManualBnEnable(false);
-        QVERIFY(!panel().press("trigger"));
     }
 
     /// What runs at start shows as running, and what is enabled is started.
@@ -151,6 +153,8 @@ private slots:
         QTRY_VERIFY(panel().handler().isLinkUp());
         QTRY_VERIFY_WITH_TIMEOUT(!shown("linkLost"), 1000);
         QCOMPARE(panel().sent(), QStringList());
+        QVERIFY(panel().enter("cwPower", "2")); // the very next entry works
+        QCOMPARE(panel().record().power.value, 2.0);
     }
 
     void splashEndsAfterOnePass() {
@@ -162,6 +166,18 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(gone.count(), 1, 20000);
             QCOMPARE(ended.count(), 1);
         }
+    }
+
+    void about() {
+        panel().module().modify(
+            0, [](ChannelRecord& r) { qstrncpy(r.firmwareVersion, "9.8.7/6.54", sizeof r.firmwareVersion); });
+        QVERIFY(panel().press("funcAbout"));
+        window().refreshFromModule();
+        const QStringList names{"aboutModule", "aboutModel", "aboutPanel", "aboutQt"};
+        const QStringList shown{"9.8.7/6.54", "KV-6000", VELDA_VERSION, qVersion()};
+        for (int i = 0; i < names.size(); ++i)
+            QCOMPARE(panel().text(names[i]), shown[i]);
+        QVERIFY(QRegularExpression("\\d{4}, \\w+$").match(panel().text("aboutBuild")).hasMatch());
     }
 
     void toast() {

@@ -70,15 +70,18 @@ class UpdateTest : public PanelTest {
         QTest::mouseClick(list().viewport(), Qt::LeftButton, Qt::NoModifier, list().visualItemRect(item).center());
         return true;
     }
+
     void expectBox(DialogKind kind, const QString& text, QMessageBox::StandardButton button) {
         dialogs().expect(kind, text, [this, button](QDialog& dialog) {
             m_looks << LookRules::violations(dialog);
             QTest::mouseClick(qobject_cast<QMessageBox*>(&dialog)->button(button), Qt::LeftButton);
         });
     }
+
     void answer(const QString& question, bool yes = true) {
         expectBox(DialogKind::Question, question, yes ? QMessageBox::Yes : QMessageBox::No);
     }
+
     void expectFailure(const QString& text) { expectBox(DialogKind::Critical, text, QMessageBox::Ok); }
     void expectProgress(const QString& text, const ScriptedDialogs::Answer& look = {}) {
         dialogs().expect(DialogKind::Progress, text, [this, look](QDialog& dialog) {
@@ -87,6 +90,7 @@ class UpdateTest : public PanelTest {
                 look(dialog);
         });
     }
+
     /// One of each kind; the list shows them in the order of their folders.
     void fillStick() {
         stick().addFpga("1-fpga", "1.4", m_image);
@@ -99,6 +103,7 @@ class UpdateTest : public PanelTest {
             untouched = untouched && board->counts().inits == 0;
         return untouched;
     }
+
     /// A slow stick: each look waits for the test.
     PackageLook slowLook() {
         return [this](const QString& root) {
@@ -111,6 +116,7 @@ class UpdateTest : public PanelTest {
             return readPackages(found);
         };
     }
+
     void startPanel(unsigned channels, const PackageLook& look = packagesBelow) {
         UpdateSettings settings;
         settings.look = look;
@@ -150,6 +156,7 @@ protected:
         m_walked.acquire(m_walked.available());
         startPanel(4);
     }
+
     void tearDown() override {
         PanelTest::tearDown();
         qunsetenv("VELDA_FPGA_ADDRESSES");
@@ -400,31 +407,6 @@ private slots:
         QCOMPARE(QDir(stick().at(Drop)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"m.bin"});
         QCOMPARE(panel().sent(), QStringList{":GUI:UPD:SOFT "});
         QVERIFY(mainPageIsShown());
-    }
-
-    void moduleHandOverFails_data() {
-        QTest::addColumn<QString>("obstacle"); // a file in the way
-        QTest::addColumn<bool>("refused");
-        QTest::addColumn<QString>("message");
-        addRow("no folder", "home/kavor/upgrade", false, "Failed to create upgrade folder:\n%D/" + Drop);
-        addRow("no copy", Drop + "m.bin/x", false, "Failed to copy %D/media/tester/m/m.bin to %D/" + Drop + "m.bin");
-        addRow("refused", "home/x", true, "Failed to start NMX upgrade for %D/" + Drop + "m.bin");
-    }
-    void moduleHandOverFails() {
-        QFETCH(QString, obstacle);
-        QFETCH(bool, refused);
-        QFETCH(QString, message);
-        stick().addModule("m", "5.0", "module software");
-        stick().put(obstacle, "in the way");
-        if (refused)
-            fail(Sim::Fault::Refuse, ":GUI:UPD:SOFT");
-        allowMessages("\\[SCPI\\] write failed");
-        openList(1);
-        panel().sent();
-        answer(ModuleQuestion);
-        expectFailure(message.replace("%D", stick().at(QString())));
-        QVERIFY(choose(0));
-        QCOMPARE(panel().sent().size(), refused ? 1 : 0);
     }
 
     void notInstalled_data() {

@@ -1,25 +1,20 @@
 #include "platform/log_format.h"
 #include "platform/logger.h"
+#include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <csignal>
 #include <limits>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
-#include <vector>
 
 class TestLogger : public TestBase {
     Q_OBJECT
 
 private slots:
     void format_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
+        addColumns<QString, QString>("text", "expected");
         const auto row = [](const char* format, const QVector<QVariant>& values, const QString& expected) {
             addRow(format, Logger::fillFormat(format, values), expected);
         };
@@ -53,25 +48,6 @@ private slots:
         QVERIFY2(line.match(log()).hasMatch(), qPrintable(log()));
     }
 
-    void linesOfManyThreadsStayWhole() {
-        {
-            Logger::LogManager manager;
-            QVERIFY(manager.init(m_folder->path(), "panel"));
-            std::vector<std::thread> threads;
-            for (int thread = 0; thread < 4; ++thread) {
-                threads.emplace_back([thread] {
-                    for (int i = 0; i < 200; ++i)
-                        VELDA_LOG("t", QtDebugMsg, "thread %d line %d end", thread, i);
-                });
-            }
-            for (std::thread& thread : threads)
-                thread.join();
-        }
-        const QStringList lines = log().split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 4 * 200);
-        QCOMPARE(lines.filter(QRegularExpression("\\| thread \\d line \\d+ end$")).size(), 4 * 200);
-    }
-
     void fullFilesRotate() {
         {
             Logger::LogManager manager;
@@ -88,8 +64,7 @@ private slots:
     }
 
     void unwritableFolderFallsBack() {
-        QFile blocker(path("file"));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        m_folder->put("file", {});
         for (const char* state : {"state", "file/state"}) { // the latter cannot be written either
             qputenv("XDG_STATE_HOME", path(state).toUtf8());
             expectMessage("^the log goes to ");
@@ -118,16 +93,13 @@ private slots:
     }
 
 private:
-    QString path(const QString& name) const { return m_folder->filePath(name); }
-    QString log() const {
-        QFile file(path("panel.log"));
-        return file.open(QIODevice::ReadOnly) ? QString(file.readAll()) : QString();
-    }
+    QString path(const QString& name) const { return m_folder->at(name); }
+    QString log() const { return m_folder->contentOf("panel.log"); }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<TestFolder> m_folder;
 
 protected:
-    void setUp() override { m_folder = std::make_unique<QTemporaryDir>(); }
+    void setUp() override { m_folder = std::make_unique<TestFolder>(); }
 };
 
 VELDA_TEST_MAIN(QCoreApplication, TestLogger)

@@ -1,5 +1,6 @@
 #include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
+#include "tests/support/tool_run.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -9,6 +10,18 @@ class TestProgram : public TestBase {
     Q_OBJECT
 
 private slots:
+    /// What is asked on the command line is answered, without a display; what nobody knows is refused.
+    void commandLine() {
+        qputenv("QT_QPA_PLATFORM", "none such");
+        const ToolRun help = runTool("portable_gui", {"--help"});
+        const ToolRun version = runTool("portable_gui", {"--version"});
+        const ToolRun unknown = runTool("portable_gui", {"--platform", "offscreen", "--nonsense"});
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QVERIFY(help.code == 0 && help.output.contains("--version"));
+        QCOMPARE(version.output, QString("portable_gui " VELDA_VERSION "\n"));
+        QVERIFY(unknown.code == 2 && unknown.error.contains("nonsense"));
+    }
+
     void saysThatThereIsNoModule() {
         const TestFolder folder;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -9,35 +9,10 @@ class TestSimCommands : public TestBase {
     Q_OBJECT
 
 private slots:
-    /// Commands and what the query of the same name says then.
-    void taken_data() {
-        QTest::addColumn<QString>("shown");
-        addRow(":FREQ 1234567890.123", "1234567890.123");
-        addRow(":Freq 6e9", "6e+09");
-        addRow(":modulation:enable:mask 10", "10");
-        addRow(":TRIG:COUN 17", "17");
-        addRow(":TRIG:INP:IMP 10K", "10000");
-        addRow(":TRIG:SOUR tim", "TIMer");
-        addRow(":FRSW ON", "1");
-        addRow(":SYST:COMM:LAN:IPAD \"10.0.0.7\"", "10.0.0.7");
-    }
-
-    void taken() {
-        const QByteArray command = QTest::currentDataTag();
-        const QByteArray query = command.left(command.indexOf(' ')) + '?';
-        const Bench bench;
-        QFETCH(QString, shown);
-        QVERIFY(QString(bench.ask(query)) != shown);
-        QCOMPARE(bench.ask(command), QByteArray("+OK"));
-        QCOMPARE(QString(bench.ask(query)), shown);
-        QCOMPARE(bench.simulator.received(), (QByteArrayList{query, command, query}));
-    }
-
     /// What changes no record: queries, steps, and what the module does not take, with the beginning of the answer.
     void answers_data() {
         // clang-format off
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("answer");
+        addColumns<QByteArray, QByteArray>("request", "answer");
         const auto row = [](const QByteArray& request, const char* answer) {
             addRow(request.constData(), request, QByteArray(answer));
         };
@@ -78,37 +53,6 @@ private slots:
         QVERIFY(!answer.startsWith("-ERR") || given.size() > 14); // it says why
         QCOMPARE(memcmp(&before, &bench.region->at(0), sizeof before), 0);
         QVERIFY(!answer.startsWith("-ERR") || bench.simulator.data().lists.at(0).isEmpty());
-    }
-
-    /// Settings are the selected channel's, the network is that of all; what is not connected takes nothing.
-    void channels() {
-        Sim::Options options = optionsOf(3);
-        options.disconnectedChannels = 2;
-        const Bench bench(options);
-        QCOMPARE(bench.region->size(), 3 * ChannelRecordSize);
-        for (const char* command : {":INST:SEL 2", ":FREQ 2e9", ":SYST:COMM:LAN:GAT \"10.1.1.1\"", ":INST:SEL 1"})
-            QCOMPARE(bench.ask(command), QByteArray("+OK"));
-        QCOMPARE(bench.region->at(0).frequency.value, 1e9);
-        QCOMPARE(bench.region->at(2).frequency.value, 2e9);
-        QCOMPARE(QByteArray(bench.region->at(0).gateway), QByteArray("10.1.1.1"));
-        QCOMPARE(bench.region->at(1).connected, 0);
-        QVERIFY(bench.ask(":FREQ 2e9").startsWith("-ERR -241,"));
-        QVERIFY(bench.ask(":SYST:ERR?").startsWith("-241,"));
-        QCOMPARE(bench.ask(":SYSTem:ERRor?"), QByteArray("0,No error"));
-    }
-
-    void configurations() {
-        const Bench bench;
-        for (const char* mode : {"AUTO", "MANUAL"}) {
-            for (const QByteArray& command :
-                 QByteArrayList{":FREQ 2e9", ":OUTP ON", Scpi::PowerOnRestore + QByteArray(mode), ":SYST:SET:STOR 12",
-                                ":SYST:SET:REC 0", ":SYST:SET:REC 12"})
-                QCOMPARE(bench.ask(command), QByteArray("+OK"));
-            QCOMPARE(bench.region->at(0).frequency.value, 2e9);
-            QCOMPARE(bench.region->at(0).rfOutput, mode == QByteArray("AUTO") ? 1U : 0U);
-        }
-        QCOMPARE(bench.ask(":SYST:SET:CLE 12"), QByteArray("+OK"));
-        QVERIFY(bench.ask(":SYST:SET:REC 12").startsWith("-ERR -256,"));
     }
 
     /// The bytes of the manual, read back as words.

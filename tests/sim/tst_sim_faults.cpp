@@ -3,7 +3,6 @@
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
-#include <thread>
 
 static const QByteArray Ok("+OK");
 
@@ -12,11 +11,9 @@ class TestSimFaults : public TestBase {
 
 private slots:
     void answerAndRecord_data() {
-        QTest::addColumn<QByteArray>("fault");
-        QTest::addColumn<QByteArray>("answer"); // every byte that comes for ":FREQ 2e9"
-        QTest::addColumn<int>("slow");          // milliseconds
-        QTest::addColumn<double>("frequency");  // what the region shows then
-        QTest::addColumn<double>("later");      // what it shows after another command
+        // every byte that comes for ":FREQ 2e9", after how many milliseconds; what the region shows then, and later
+        addColumns<QByteArray, QByteArray, int>("fault", "answer", "slow");
+        addColumns<double, double>("frequency", "later");
         const auto row = [](const char* fault, const char* answer, double frequency, double later, int slow = 0) {
             addRow(fault, QByteArray(fault), QByteArray(answer), slow, frequency, later);
         };
@@ -50,53 +47,6 @@ private slots:
         QCOMPARE(b.ask(":POW 3"), Ok);
         QTEST(b.region->at(0).frequency.value, "later");
         QCOMPARE(b.simulator.received(), QByteArrayList({":FREQ 2e9", ":POW?", ":POW 3"}));
-    }
-
-    void replacedRegion() {
-        Bench b;
-        QVERIFY(b.simulator.replaceRegion(4));
-        QCOMPARE(b.ask(":FREQ 3e9"), Ok);
-        const MappedRegion larger(b.simulator.regionName());
-        QCOMPARE(larger.size(), 4 * ChannelRecordSize);
-        QCOMPARE(larger.at(0).frequency.value, 3e9);
-        QCOMPARE(b.region->at(0).frequency.value, 1e9);
-        QCOMPARE(b.ask(":INST:SEL 3"), Ok);
-        QVERIFY(b.simulator.replaceRegion(2));
-        QCOMPARE(b.ask(":INST:SEL?"), QByteArray("1")); // the last one that is left
-    }
-
-    void changesFromManyThreads() {
-        Bench b;
-        std::thread modifier([&b] {
-            for (int i = 0; i < 200; ++i)
-                b.simulator.modify(0, [](ChannelRecord& record) { record.temperature += 1; });
-        });
-        std::thread controller([&b] {
-            for (int i = 0; i < 20; ++i) {
-                b.simulator.stop();
-                const int listed = b.simulator.received().size();
-                if (!b.simulator.start() || b.simulator.count(":TRIG:COUN") < listed)
-                    qCritical("the port did not come back, or the log is wrong");
-            }
-        });
-        for (int i = 1; i <= 200; ++i) {
-            if (b.ask(":TRIG:COUN " + QByteArray::number(i)).isEmpty())
-                b.client->connectTo(b.simulator.port());
-        }
-        modifier.join();
-        controller.join();
-        QCOMPARE(b.region->at(0).temperature, 238.5);
-    }
-
-    void batteryFollowsItsCurve() {
-        QString error;
-        Sim::Options options = optionsOf(2);
-        options.battery = *Sim::BatteryCurve::parse("0:20:-400,0.4:0:-100", error);
-        QCOMPARE(options.battery.at(0.2).current, -250.0);
-        const Bench b(options);
-        QCOMPARE(b.region->at(1).batteryCharge, 20);
-        QTRY_COMPARE(b.region->at(1).batteryCharge, 0);
-        QTRY_COMPARE(b.region->at(1).batteryCurrent, qint16(-100));
     }
 };
 

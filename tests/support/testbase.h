@@ -19,6 +19,12 @@ protected:
     /// Allows any number of matching messages, none included, where their count depends on timing.
     void allowMessages(const QString& pattern);
 
+    /// Columns of the running function's table.
+    template <typename... Types, typename... Names>
+    static void addColumns(Names... names) {
+        (QTest::addColumn<Types>(names), ...);
+    }
+
     /// A row of the running function's table; the values stand in the order of its columns, texts as QString.
     template <typename... Values>
     static void addRow(const char* tag, const Values&... values) {

@@ -24,37 +24,6 @@ class TestUnits : public TestBase {
     Q_OBJECT
 
 private slots:
-    void unitProperties_data() {
-        QTest::addColumn<UnitQuantity>("quantity");
-        QTest::addColumn<QString>("unit");
-        QTest::addColumn<QList<int>>("expected"); // exponent, precision, display precision, least order
-        const auto row = [](UnitQuantity quantity, const QString& unit, const QList<int>& expected) {
-            QTest::addRow("%d %s", int(quantity), unit.toUtf8().constData()) << quantity << unit << expected;
-        };
-        row(UnitQuantity::Frequency, "GHz", {9, 12, 9, -12});
-        row(UnitQuantity::Frequency, "kHz", {0, 3, 0, -3});
-        row(UnitQuantity::Frequency, "Hz", {0, 3, 0, -3});
-        row(UnitQuantity::Time, "s", {9, 9, 9, -9});
-        row(UnitQuantity::Time, MicroSecond, {3, 3, 3, -3});
-        row(UnitQuantity::Time, GreekMicroSecond, {0, 0, 0, 0});
-        row(UnitQuantity::Power, "mV", {0, 2, 2, -2});
-    }
-
-    void unitProperties() {
-        QFETCH(UnitQuantity, quantity);
-        QFETCH(QString, unit);
-        QFETCH(QList<int>, expected);
-        const QList<int> actual{unitExponent(quantity, unit), unitPrecision(quantity, unit),
-                                unitDisplayPrecision(quantity, unit), unitMinOrder(quantity, unit)};
-        QCOMPARE(actual, expected);
-    }
-
-    void unitNamesFollowTheirTables() {
-        QCOMPARE(unitNames(UnitQuantity::Frequency).join(' '), QString("GHz MHz KHz Hz"));
-        QCOMPARE(unitNames(UnitQuantity::Time), (QStringList{"ns", MicroSecond, "ms", "s"}));
-        QCOMPARE(unitNames(UnitQuantity::Power), (QStringList{"dBm", DecibelMicroVolt, MicroVolt, "mV"}));
-    }
-
     void conversion_data() {
         QTest::addColumn<UnitQuantity>("quantity");
         QTest::addColumn<double>("value");

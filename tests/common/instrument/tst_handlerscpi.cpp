@@ -30,25 +30,14 @@ class TestHandlerScpi : public TestBase {
 private slots:
     void setters_data() {
         // clang-format off
-        QTest::addColumn<Call>("call");
-        QTest::addColumn<Change>("taken");
-        SETTER(":FREQ 1000000000.000", set_frequency(1e9), r.frequency.value = 1e9);
-        SETTER(":POW -10.2500", set_power(-10.25), r.power.value = -10.25);
-        SETTER(":TRIG:COUN 12", set_trig_count(12), r.triggerCount.value = 12);
-        SETTER(":TRIG:TIM:TIME 0.0010000000", set_trig_timer_time(1e6), r.triggerTimer.value = 1e-3);
-        SETTER(":TRIG:DEL 0.0000015000", set_trig_delay(1500), r.triggerDelay.value = 1.5e-6);
+        addColumns<Call, Change>("call", "taken");
         SETTER(":TRIG:INP:IMP 10K", set_trig_impedance(10000), r.triggerImpedance = 10000);
-        SETTER(":FRSW:STOP 2000000", set_frsw_stop(2e6), r.frswStop.value = 2e6);
         SETTER(":FRSW:STEP 4294967295", set_frsw_steps(4294967295U), r.frswSteps.value = 4294967295U);
         SETTER(":PRSW:STOP 0.50", set_prsw_stop(0.5), r.prswStop.value = 0.5);
         SETTER(":PRSW:STAR 0.00", set_prsw_start(-0.001), r.prswStart.value = -0.001);
-        SETTER(":PRSW:STEP 11", set_prsw_steps(11), r.prswSteps.value = 11);
 
-        SETTER(":PM:STAT OFF", setStatePM(OnOff::off), r.pmState = 0);
         SETTER(":PULS:STAT ON", setStatePulseM(OnOff::on), r.pulseState = 1);
-        SETTER(":PATT:STAT ON", setStatePatternM(OnOff::on), r.patternState = 1);
         SETTER(":PRSW:STAT ON", setStatePRSW(OnOff::on), r.prswState = 1);
-        SETTER(":LIST:STAT ON", setStateList(OnOff::on), r.listState = 1);
 
         SETTER(":PM:SOUR EXTernal", setModSrcPM(ModSrcMode::external), setText(r.pmSource, "EXTernal"));
         SETTER(":PULS:SOUR EXTernal", setModSrcPulseM(ModSrcMode::external), setText(r.pulseSource, "EXTernal"));
@@ -74,9 +63,7 @@ private slots:
 
     void readBackStrictness_data() {
         // clang-format off
-        QTest::addColumn<int>("result");
-        QTest::addColumn<Call>("call");
-        QTest::addColumn<Change>("held");
+        addColumns<int, Call, Change>("result", "call", "held");
         QTest::newRow("frequency within 1 mHz")          <<  0 << CALL(set_frequency(1000.0))  << HELD(r.frequency.value = 1000.0009);
         QTest::newRow("frequency off by 1 mHz")          << -1 << CALL(set_frequency(1000.0))  << HELD(r.frequency.value = 1000.0011);
         QTest::newRow("power off by 0.02 dB")            << -1 << CALL(set_power(10.0))        << HELD(r.power.value = 10.02);

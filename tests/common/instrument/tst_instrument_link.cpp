@@ -206,34 +206,6 @@ private slots:
         QVERIFY2(took.elapsed() >= 349, qPrintable(QString::number(took.elapsed())));
     }
 
-    void nestedWaits() {
-        HandlerFixture f;
-        f.service.answerWith({});
-        f.start();
-        std::array<std::string, 5> replies;
-        std::function<void(std::size_t)> sendAt = [&](std::size_t depth) {
-            QTimer::singleShot(0, f.handler.get(), [&, depth] {
-                QCOMPARE(f.handler->isWaiting(), true);
-                if (depth + 1 < replies.size()) {
-                    sendAt(depth + 1);
-                } else { // all wait: let the service speak, to the first now and to the others as they come
-                    f.service.answer = [](const QByteArray& line) {
-                        return "re " + line + "\r\n";
-                    };
-                    if (!f.service.lines.isEmpty())
-                        f.service.send("re 0?\r\n");
-                }
-                replies[depth] = ask(f, qPrintable(QString("%1?").arg(depth)));
-            });
-        };
-        sendAt(1);
-        replies[0] = ask(f, "0?");
-        QVERIFY(!f.handler->isWaiting());
-        QCOMPARE(replies, (std::array<std::string, 5>{"re 0?", "re 1?", "re 2?", "re 3?", Failed}));
-        QCOMPARE(f.service.lines, (QList<QByteArray>{"0?", "1?", "2?", "3?"}));
-        QCOMPARE(ask(f, "5?"), std::string("re 5?"));
-    }
-
     // A service whose host does not even refuse: the connection stays in the making.
     void waitEndsWhenNoConnectionComes() {
         const int listener = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
@@ -280,22 +252,6 @@ private slots:
         close(listener);
     }
 
-    void waitOfAQueuedCommandAllowsForThoseAhead() {
-        HandlerFixture f;
-        f.timeoutMs = 200;
-        f.service.answer = [&](const QByteArray& line) {
-            if (line == "B?")
-                QTimer::singleShot(120, &f.service, [&] { f.service.send("b\r\n"); });
-            return QByteArray();
-        };
-        f.start();
-        std::string inner;
-        QTimer::singleShot(0, f.handler.get(), [&] { inner = ask(f, "B?"); });
-        expectMessage("does not answer");
-        QCOMPARE(ask(f, "A?"), Failed);
-        QCOMPARE(inner, std::string("b"));
-    }
-
     void replacedClientEndsTheWait() {
         HandlerFixture f;
         f.service.answerWith({});
@@ -306,19 +262,6 @@ private slots:
         QCOMPARE(f.handler->setTrigger(), -1);
         QCOMPARE(f.handler->setTrigger(), 0);
         QCOMPARE(other.lines, QList<QByteArray>{"*TRG "});
-    }
-
-    void endsWhileWaiting() {
-        HandlerFixture f;
-        f.service.answerWith({});
-        f.start();
-        expectMessage("does not answer");
-        QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
-        QElapsedTimer took;
-        took.start();
-        QCOMPARE(ask(f, "A?"), Failed);
-        QVERIFY(took.elapsed() < f.timeoutMs);
-        f.handler.reset();
     }
 };
 

@@ -21,6 +21,7 @@ struct Steps {
         for (const Point& point : all)
             add(point);
     }
+
     void add(const Point& point) {
         points.push_back(point);
         steps.push_back(&points.back());
@@ -65,12 +66,11 @@ class TestStepUpload : public TestBase {
 private slots:
     void encoded_data() {
         // clang-format off
-        QTest::addColumn<QByteArray>("encoded");
-        QTest::addColumn<QByteArray>("expected");
+        addColumns<QByteArray, QByteArray>("encoded", "expected");
         const auto list = [](const char* name, list_point step, const char* hex) {
             addRow(name, SetListData(&step, step.last, step.advance != "Run").toHex(), QByteArray(hex).replace(' ', ""));
         };
-        list("waits, last", listStep(100, "MHz", 5, 500, "\u00B5s", "Wait", true), "0100 00e876481700 f401 03 f401000000");
+        list("waits, last", listStep(100, "MHz", 5.008, 500, "\u00B5s", "Wait", true), "0100 00e876481700 f401 03 f401000000");
         list("power and ns truncated", listStep(1, "KHz", -0.019, 999, "ns"), "0100 40420f000000 ffff 00 0000000000");
         list("decimal numbers", listStep(4.35, "KHz", 4.35, 1.001, "ms"), "0100 306042000000 b301 00 e903000000");
         list("decimal numbers below 0", listStep(0.001, "Hz", -0.29, 0.000001, "s"), "0100 010000000000 e3ff 00 0100000000");
@@ -119,11 +119,9 @@ private slots:
     }
 
     void conversations_data() {
-        QTest::addColumn<Upload>("upload");
-        QTest::addColumn<bool>("pulseRuns");
-        QTest::addColumn<QByteArray>("refused"); // the beginning of what the module does not take
-        QTest::addColumn<QString>("warning");
-        QTest::addColumn<QByteArrayList>("lines");
+        // "refused" is the beginning of what the module does not take
+        addColumns<Upload, bool, QByteArray>("upload", "pulseRuns", "refused");
+        addColumns<QString, QByteArrayList>("warning", "lines");
         const QByteArray list = StepWire::listMessage(theList.steps).chopped(2);
         const QByteArray pattern = StepWire::patternMessage(thePattern.steps).chopped(2);
         const QByteArrayList off{":PULS:STAT OFF", ":PATT:STAT OFF"};
@@ -161,18 +159,6 @@ private slots:
         fixture.start();
         QCOMPARE(upload(*fixture.handler), refused.isEmpty() ? 0 : -1);
         QTEST(QByteArrayList(fixture.service.lines), "lines");
-    }
-
-    void nothingToSend() {
-        std::vector<list_point*> list;
-        std::vector<pattern_point*> pattern;
-        HandlerFixture fixture;
-        fixture.region.record().pulseState = 1;
-        fixture.start();
-        EventHandler& e = *fixture.handler;
-        QVERIFY(e.sendListDATAX(&list) == -1 && e.sendStepsList(&list) == -1 && e.sendListDATAX(nullptr) == -1);
-        QVERIFY(e.sendPatternListDATAX(&pattern) == -1 && e.sendPatternList(&pattern) == -1);
-        QVERIFY(fixture.service.lines.isEmpty());
     }
 
     // A tap comes in while the module is asked to switch the pulse off, and deletes what is about to be sent.

@@ -222,16 +222,6 @@ private slots:
         QCOMPARE(p.c.endOf(p.write("C 1")), QString("reply "));
         QCOMPARE(p.service.lines, (QList<QByteArray>{"A 1", "C 1"}));
     }
-
-    void endsAll() {
-        Pair p("");
-        const int written = p.write("A 1");
-        const int queued = p.query("B?");
-        QTRY_COMPARE(p.service.lines.size(), 1);
-        p.c.end();
-        QCOMPARE(p.c.endOf(written), QString("error shutdown"));
-        QCOMPARE(p.c.endOf(queued), QString("error shutdown"));
-    }
 };
 
 VELDA_TEST_MAIN(QCoreApplication, TestScpiClient)

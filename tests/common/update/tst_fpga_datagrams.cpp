@@ -15,10 +15,6 @@ QByteArray ack(const QByteArray& block) {
     return QByteArray::fromHex("4b565044" + block + "00000000000000000000000000000000");
 }
 
-QByteArray status(const char* length, const char* state, const char* counter) {
-    return QByteArray::fromHex(QByteArray("4b5650440000") + length + "000000000000" + state + counter + "0000");
-}
-
 } // namespace
 
 /// The updater against a bare socket: the bytes it sends and what it makes of the bytes it gets.
@@ -79,22 +75,6 @@ private slots:
         QVERIFY(m_peer->bind(QHostAddress("127.0.0.9"), 0)); // a stranger
         answerAll({ack("0106")});
         QVERIFY(!m_updater->waitForAllAcks(0x106, 60, 5));
-    }
-
-    void burnStatus() {
-        const QPair<QByteArray, int> table[] = {{status("0000", "0000", "e7030000"), 99}, // truncated, not rounded
-                                                {status("ffff", "0000", "00000000"), 100},
-                                                {status("0000", "ffff", "00000000"), 100},
-                                                {status("fffe", "feff", "00000000"), 0}};
-        const QByteArray image = testImage(1000);
-        for (const auto& [datagram, percent] : table) {
-            setUp();
-            setImage(*m_updater, image);
-            beginWith(1);
-            answerAll({datagram});
-            QCOMPARE(m_updater->doBurnVerify(20, 10000, 80), percent == 100);
-            QCOMPARE(m_updater->targets().first().burnPercent, percent);
-        }
     }
 
 protected:

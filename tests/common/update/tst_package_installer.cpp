@@ -92,8 +92,9 @@ private slots:
         TarFile archive;
         archive.add("patch/d/b", "B").link("patch/insideFolder", "d").link("patch/out", here + "/canary");
         archive.link("patch/up", "../..").link("patch/nowhere", here + "/none").link("patch/second", "out");
+        archive.add("patchwork/x", "X").link("patch/beside", "../patchwork/x");
         usePackage(archive.gzip());
-        for (const QString& name : QStringList{"out", "up/canary", "nowhere", "second"}) {
+        for (const QString& name : QStringList{"out", "up/canary", "nowhere", "second", "beside"}) {
             useComponents({"file|copy|" + name + "|%D/target/x", "file|delete|" + name, "dir|delete|" + name});
             for (const char* what : {"file copy", "file delete", "dir delete"})
                 expectMessage(QString("failed %1 command: sudo .*/%2").arg(what, name));

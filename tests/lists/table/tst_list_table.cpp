@@ -1,13 +1,9 @@
-#include "lists/lists_ops.h"
-#include "lists/table/list_files.h"
 #include "lists/table/list_table.h"
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -60,22 +56,11 @@ public:
 
 } // namespace
 
-/// The table over a list model, and the file browser over a folder.
+/// The table over a list model.
 class ListTableTest : public TestBase {
     Q_OBJECT
 
 private slots:
-    void showsTheList() {
-        Shown<PatternSteps> pattern(3);
-        QVERIFY(pattern.agrees());
-        Shown<FrequencySteps> list(7);
-        QVERIFY(list.agrees());
-        QStringList titles;
-        for (int i = 0; i < list.table.columnCount(); ++i)
-            titles << list.table.model()->headerData(i, Qt::Horizontal).toString();
-        QCOMPARE(titles, QStringList({"Step", "Frequency", "Power", "Dwell Time", "Adv."}));
-    }
-
     void changes() {
         Shown<FrequencySteps> list(3);
         QSignalSpy changed(&list.table, &ListTable::listChanged);
@@ -103,66 +88,6 @@ private slots:
         QCOMPARE(changed.count(), 1);
         QVERIFY(list.agrees());
         QCOMPARE(list.current(), QPoint(1, 0));
-    }
-
-    void keysAndTouch() {
-        Shown<FrequencySteps> list(3);
-        QSignalSpy requests(&list.table, &ListTable::editRequested);
-        const std::pair<int, int> columns[] = {{0, 0}, {1, 1}, {3, 0}, {4, 1}}; // and whether they can be edited
-        for (const auto& [column, editable] : columns) {
-            requests.clear();
-            list.table.setCurrentCell(1, column);
-            QTest::keyClick(&list.table, Qt::Key_Return);
-            QTest::keyClick(&list.table, Qt::Key_Enter);
-            const QRect cell = list.table.visualRect(list.table.model()->index(2, column));
-            QTest::mouseClick(list.table.viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
-            QCOMPARE(list.current(), QPoint(column, 2));
-            QCOMPARE(requests.count(), 3 * editable);
-            for (int i = 0; i < requests.count(); ++i) {
-                const auto request = requests.at(i).first().value<ListEditRequest>();
-                QCOMPARE(QPoint(request.column, request.row), QPoint(column, i < 2 ? 1 : 2));
-            }
-        }
-        QSignalSpy escapes(&list.table, &ListTable::escapeRequested);
-        QTest::keyClick(&list.table, Qt::Key_Escape);
-        QCOMPARE(escapes.count(), 1);
-    }
-
-    void fileRows_data() {
-        QTest::addColumn<ListFileMode>("mode");
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("shown");
-        const QStringList two{"<b>b<b>.json", "a.json"};
-        addRow("load", ListFileMode::Load, two, "# SELECT FILE TO LOAD;1 <b>b<b>.json;2 a.json");
-        addRow("save", ListFileMode::Save, two,
-               "# SELECT NEW FILE OR CHOOSE EXISTING;+ new file;1 <b>b<b>.json;2 a.json");
-    }
-    void fileRows() {
-        QFETCH(ListFileMode, mode);
-        QFETCH(QStringList, files);
-        const bool isNew = mode == ListFileMode::Save;
-        QTemporaryDir folder;
-        ListsOps ops(folder.path());
-        QString error;
-        QVERIFY(ops.ensureChannelDirectory(2, error));
-        for (const QString& name : files)
-            QVERIFY(QFile(ops.channelDirectory(2) + '/' + name).open(QIODevice::WriteOnly));
-        ListFiles browser;
-        browser.setListsOps(&ops);
-        browser.setChannel(2);
-        browser.setMode(mode);
-        QVERIFY(browser.refresh(error));
-        QStringList shown(browser.horizontalHeaderItem(0)->text() + ' ' + browser.horizontalHeaderItem(1)->text());
-        for (int row = 0; row < browser.rowCount(); ++row)
-            shown << browser.item(row, 0)->text() + ' ' + browser.item(row, 1)->text();
-        QTEST(shown.join(';'), "shown");
-        QSignalSpy chosen(&browser, &ListFiles::fileSelected);
-        QSignalSpy escapes(&browser, &ListFiles::escapeRequested);
-        QTest::keyClick(&browser, Qt::Key_Return);
-        QTest::keyClick(&browser, Qt::Key_Escape);
-        QCOMPARE(escapes.count(), 1);
-        QCOMPARE(chosen.count(), 1);
-        QCOMPARE(chosen.first(), QVariantList({QVariant::fromValue(mode), isNew ? "" : files.first(), isNew}));
     }
 };
 

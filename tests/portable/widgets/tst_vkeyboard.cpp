@@ -120,42 +120,6 @@ private slots:
         QTEST(board.entry()->selectedText(), "selected");
     }
 
-    // A cursor before the zero cannot be reached by keys that select.
-    void noSecondLeadingZero() {
-        const Board board("0.5");
-        board.press("Right");
-        board.entry()->setCursorPosition(0);
-        board.press("0");
-        QCOMPARE(board.entry()->text(), QString("0.5"));
-    }
-
-    void ends_data() {
-        // clang-format off
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<QString>("unit");
-        addRow("enter", "7 Enter", int(QDialog::Accepted), "7", "MHz");
-        addRow("unit", "7 Unit1", int(QDialog::Accepted), "7", "KHz");
-        addRow("blank unit", "7 Unit2", int(QDialog::Accepted), "7", "MHz");
-        addRow("esc", "7 Esc", int(QDialog::Rejected), "before", "MHz");
-        // clang-format on
-    }
-
-    void ends() {
-        QFETCH(QString, keys);
-        QFETCH(int, result);
-        Board board("1.5", Mode::Number, {"MHz", "KHz", ""});
-        QLineEdit target("before");
-        board.dialog->setLineEdit(&target);
-        board.press(keys);
-        QCOMPARE(board.dialog->result(), result);
-        QCOMPARE(board.dialog->isCancelled(), result == QDialog::Rejected);
-        QVERIFY(board.dialog->isHidden());
-        QTEST(target.text(), "target");
-        QTEST(board.dialog->chosenUnit(), "unit");
-    }
-
     void enterWaitsForWhatCanBeTaken_data() {
         QTest::addColumn<Mode>("mode");
         QTest::addColumn<QString>("keys");
@@ -186,17 +150,6 @@ private slots:
         board.press("6");
         QVERIFY(board.dialog->grab().toImage() != before);
         QTRY_VERIFY(board.dialog->grab().toImage() == before);
-    }
-
-    void physicalKeysWorkTheKeysOnTheScreen() {
-        const Board board("7");
-        QTest::keyClicks(board.entry(), "-1.25e3");
-        QTest::keyClick(board.entry(), Qt::Key_Backspace);
-        QTest::keyClick(board.entry(), Qt::Key_Left);
-        QCOMPARE(board.entry()->text(), QString("-1.25"));
-        QCOMPARE(board.entry()->selectedText(), QString("5"));
-        QTest::keyClick(board.entry(), Qt::Key_Escape);
-        QVERIFY(board.dialog->isCancelled());
     }
 
     void pressThatSlidesOffDoesNothing() {

@@ -9,9 +9,7 @@
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QTouchDevice>
 #include <functional>
-#include <memory>
 
 using namespace Kavor::HandheldGui;
 
@@ -134,76 +132,6 @@ private slots:
         QVERIFY(!edit->hasFocus());
         QVERIFY(!DialogRunner::anyOpen());
         QVERIFY(!page.window.findChild<VirtKeyboard*>());
-    }
-
-    void powerSaysWhyItWasNotTaken() {
-        Page page;
-        auto* edit = page.add<vkPowerEdit>("-7.50");
-        Typist typist;
-        typist.keys = "0 Unit3";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(page.sink.texts, QStringList("mV and " + MicroVolt + " values must be greater than zero"));
-    }
-
-    void opensByTouchOnce() {
-        Page page;
-        auto* edit = page.add<vkNoUnitsEdit>("1");
-        Typist typist;
-        typist.keys = "2 Enter";
-        QTouchDevice* screen = QTest::createTouchDevice();
-        QTest::touchEvent(edit, screen).press(1, edit->rect().center(), edit);
-        QTest::touchEvent(edit, screen).release(1, edit->rect().center(), edit);
-        QCoreApplication::processEvents();
-        QCOMPARE(typist.runs, 1);
-        QCOMPARE(edit->text(), QString("2"));
-    }
-
-    void secondTouchWhileEditingIsSwallowed() {
-        Page page;
-        auto* edit = page.add<vkNoUnitsEdit>("1");
-        Typist typist;
-        const auto touchAgain = [edit] {
-            QMouseEvent press(QEvent::MouseButtonPress, QPointF(5, 5), Qt::LeftButton, Qt::LeftButton, {});
-            QVERIFY(QCoreApplication::sendEvent(edit, &press));
-            QVERIFY(press.isAccepted());
-        };
-        typist.look = [&](VirtKeyboard&) {
-            touchAgain();
-        };
-        connect(edit, &ValueEdit::valueChanged, this, [&] {
-            QVERIFY(edit->isEditing());
-            touchAgain();
-        });
-        typist.keys = "2 Enter";
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(typist.runs, 1);
-        QTest::mouseClick(edit, Qt::LeftButton);
-        QCOMPARE(typist.runs, 2);
-    }
-
-    // A receiver of valueChanged can take the screen down, and so can anything while the keyboard is open.
-    void editorMayGoWhileItWaits_data() {
-        QTest::addColumn<bool>("whileOpen");
-        addRow("in valueChanged", false);
-        addRow("while the keyboard is open", true);
-    }
-
-    void editorMayGoWhileItWaits() {
-        QFETCH(bool, whileOpen);
-        auto page = std::make_unique<Page>();
-        QPointer<vkNoUnitsEdit> edit = page->add<vkNoUnitsEdit>("1");
-        Typist typist;
-        typist.keys = "2 Enter";
-        if (whileOpen)
-            typist.look = [&](VirtKeyboard&) {
-                delete edit.data();
-            };
-        else
-            connect(edit, &ValueEdit::valueChanged, this, [&] { delete edit.data(); });
-        QMouseEvent press(QEvent::MouseButtonPress, QPointF(5, 5), Qt::LeftButton, Qt::LeftButton, {});
-        QCoreApplication::sendEvent(edit, &press);
-        QVERIFY(!edit);
-        QCOMPARE(typist.runs, 1);
     }
 };
 

@@ -32,11 +32,7 @@ class SweepPlanTest : public TestBase {
 
 private slots:
     void table_data() {
-        QTest::addColumn<int>("field");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("stopEntered");
-        QTest::addColumn<QString>("sizeEntered");
-
+        addColumns<int, double, QString, QString>("field", "value", "stopEntered", "sizeEntered");
         // From 1000 to 2000 in 11 steps (100 apart) of 50 ns each; stop 0 to 5000, times 10 to 100, total to 1000.
         const auto row = [](const char* name, SweepField field, double value, const char* stopEntered,
                             const char* sizeEntered) {
