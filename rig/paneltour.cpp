@@ -24,6 +24,7 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <algorithm>
 #include <tuple>
 
@@ -472,6 +473,22 @@ void headerStops(Guide& g) {
     g.shot("command-failure");
 }
 
+/// A command that takes its time, one that is asked for meanwhile, and a module that has stopped answering.
+void waitStops(Guide& g) {
+    PanelFixture::Setup setup;
+    setup.commandTimeoutMs = 700;
+    g.start(setup);
+    Sim::Fault silent;
+    silent.kind = Sim::Fault::Silent;
+    g.panel().module().addFault(silent);
+    QTimer::singleShot(50, [&g] { g.press("sourceExternal"); });
+    QTimer::singleShot(500, [&g] { g.shot("pending"); });
+    g.press("rfOn");
+    g.panel().window().toast()->hideImmediate();
+    g.shot("no-answer");
+    g.panel().module().clearFaults();
+}
+
 void boxStops(Guide& g) {
     g.start();
     g.dialogShot("box-no-connection", DialogKind::Critical,
@@ -501,5 +518,6 @@ void PanelTour::run() {
     stepListStops(guide, "pattern", {"funcCw", "tabPattern"});
     updateStops(guide);
     headerStops(guide);
+    waitStops(guide);
     boxStops(guide);
 }

@@ -203,7 +203,7 @@ const QString DYN_LABEL_STYLE2 = label(TextGroup, Label);
 const QString DYN_VALUE_STYLE2 = label(TextGroup, Text, true);
 const QString LINK_LOST_STYLE =
     rule(QStringLiteral("QLabel"), QStringLiteral("color: %1; background: %2;").arg(css(OnWrong), css(Wrong)) +
-                                       border(2, Wrong) + font(24, true));
+                                       border(2, Wrong) + font(21, true));
 
 const QString WIDGET_GROUP_STYLE = group(Panel, PanelEdge);
 const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER = group(Ground, Ground);
