@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 
@@ -236,6 +237,18 @@ private slots:
         QVERIFY(panel().press("cwFrequency"));
         QTRY_COMPARE(panel().text("cwFrequency"), QString("2.400000000000"));
         QCOMPARE(panel().sent(), QStringList());
+    }
+
+    /// A second box is ticked while the first one's command waits: the module gets both.
+    void twoEnablesAtOnce() {
+        QVERIFY(panel().press("tabFM"));
+        fail(Sim::Fault::Late, ":MOD", 200);
+        QTimer::singleShot(50, [this] { QVERIFY(panel().press("tabPulse") && panel().press("enablePulse")); });
+        QVERIFY(panel().press("enableFM"));
+        QTRY_COMPARE(panel().record().modulationEnable, 0x22U);
+        QVERIFY(panel().widget<QCheckBox>("enableFM")->isChecked());
+        QVERIFY(panel().widget<QCheckBox>("enablePulse")->isChecked());
+        QCOMPARE(panel().toast(), QString());
     }
 
     /// A modulation that cannot be stopped keeps the boxes locked, so that it stays the one that Off stops.
