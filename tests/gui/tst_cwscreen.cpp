@@ -41,6 +41,9 @@ private slots:
         addRow("power", none, "cwPower", "-7.5", "keyEnter", ":POW -7.5000", "-7.50", none, none);
         addRow("power out of range", none, "cwPower", "90", "keyEnter", none, "-10.00", none,
                "Valid CW Power  range: -60 dBm to 20 dBm");
+        addRow("unit key alone", none, "cwFrequency", "", "keyUnit1", ":FREQ 1000000.000", "1.000000000", "MHz", none);
+        addRow("taken back", none, "cwFrequency", "7", "keyEsc", none, "1.000000000000", "GHz", none);
+        addRow("power in mV", none, "cwPower", "1000", "keyUnit3", ":POW 13.0103", "13.01", none, none);
         addRow("no voltage", none, "cwPower", "0", "keyUnit3", none, "-10.00", none,
                "mV and µV values must be greater than zero");
         addRow("phase", none, "cwPhase", "12.5", "keyEnter", ":PHAS 12.500", "12.500", none, none);
