@@ -4,8 +4,6 @@
 #include "values/normalize.h"
 #include "values/units.h"
 
-#include <array>
-
 namespace {
 
 enum Column { StepColumn, FrequencyColumn, PowerColumn, DwellColumn, AdvanceColumn, ColumnCount };

@@ -60,7 +60,7 @@ int EventHandler::sendSteps(const QByteArray& message, const char* failure, bool
     const int result = veldaScpiTransData(message);
     if (result != 0) {
         VELDA_LOG(Log, QtWarningMsg, "%s", failure);
-        VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.toHex());
+        VELDA_LOG(Log, QtDebugMsg, "Size: %d, bytes: %s", message.size(), message.left(LoggedData).toHex());
     }
     if (pulseRan)
         switchOnAgain(pulseToo);

@@ -26,6 +26,7 @@ class InstrumentLink : public QObject {
 
 public:
     static constexpr int MaxNestedWaits = 4;
+    static constexpr int LoggedData = 64; ///< bytes of an upload that the log shows
 
     ~InstrumentLink() override;
 

@@ -17,7 +17,6 @@ namespace {
 // A block can hold megabytes; a log line needs the beginning of it.
 constexpr std::size_t LoggedReply = 256;
 constexpr std::size_t LoggedCommand = 256;
-constexpr int LoggedData = 64;
 
 } // namespace
 
@@ -121,6 +120,7 @@ void InstrumentLink::noteAnswer(const Answer& answer) {
 
 int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArray data, bool binary) {
     followService();
+    m_lastTimedOut = false;
     if (m_client == nullptr && !m_lackReported) {
         m_lackReported = true;
         qCWarning(lcScpi).noquote() << "[SCPI] not sent, there is no client:"

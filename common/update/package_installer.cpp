@@ -147,6 +147,8 @@ int fwThread::installComponent(const MANIFEST_DATA_COMPONENT& component) {
     }
     if (plan.known && carryOut(plan, component))
         return Done;
+    if (plan.reboots)
+        mark(); // what follows is part of the installation
     failure("fwThread::fwUpgrade %s: %s", plan.failure, plan.subject);
     if (++m_failedSteps == 1)
         m_firstFailure = plan.subject;

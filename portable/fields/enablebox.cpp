@@ -4,7 +4,6 @@
 #include "platform/logger.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
-#include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
 
 #include <QCheckBox>

@@ -4,6 +4,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
+#include "portable/widgets/actiongate.h"
 #include "portable/widgets/combobox.h"
 #include "portable/widgets/entry.h"
 #include "portable/widgets/styles/styles.h"
@@ -263,9 +264,10 @@ void ValueEntry::onListClosed() {
     m_host.refreshFromModule();
 }
 
-/// The unit box belongs to the entry while its keyboard or its own list is open.
+/// The unit box belongs to the entry while its keyboard or its own list is open, or what was chosen in it waits.
 bool ValueEntry::isEditing() const {
-    return m_field.edit->isEditing() || (m_field.unit && m_field.unit->isOpen());
+    const ComboBox* unit = m_field.unit;
+    return m_field.edit->isEditing() || (unit && (unit->isOpen() || ActionGate::panel().isAsked(unit)));
 }
 
 void ValueEntry::clearRefusal() {

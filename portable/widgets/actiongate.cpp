@@ -52,6 +52,10 @@ void ActionGate::ask(QWidget* control, Action action, Kind kind) {
             m_current->offAllAsked = m_current->offAllAsked || kind == Kind::OffAll;
         }
     }
+    if (isOpen() && m_held.empty()) {
+        carryOut(item);
+        return;
+    }
     hold(std::move(item));
     // What waits for the event loop to come round goes first.
     while (isOpen() && !m_held.empty())
@@ -68,8 +72,9 @@ void ActionGate::hold(Item item) {
         const auto same = [&item](const Item& held) {
             return held.control == item.control;
         };
+        // The RF output's Off leaves nothing to stop for the others.
         if (std::none_of(m_held.begin(), offsEnd, same))
-            m_held.insert(offsEnd, std::move(item));
+            m_held.insert(item.kind == Kind::OffAll ? m_held.begin() : offsEnd, std::move(item));
     } else if (m_held.end() - offsEnd < MostHeld) {
         m_held.push_back(std::move(item));
     }
@@ -146,6 +151,10 @@ bool ActionGate::maySwitchOn() const {
     return mayGoOn() && !(m_current && m_current->offAsked);
 }
 
+bool ActionGate::mayStop() const {
+    return mayGoOn() && !isOvertaken();
+}
+
 bool ActionGate::isOvertaken() const {
     return m_current && m_current->offAllAsked;
 }
@@ -212,6 +221,8 @@ ActionGate::DialogTime::DialogTime() : m_outer(std::exchange(panel().m_current, 
 
 ActionGate::DialogTime::~DialogTime() {
     panel().m_current = m_outer;
+    if (m_outer && !panel().m_underWay.empty())
+        panel().m_underWay.back()->age.start(); // the dialog's time was the user's
     panel().showPending();
     panel().goOn();
 }

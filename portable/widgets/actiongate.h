@@ -65,6 +65,8 @@ public:
 
     /// Nothing has timed out since the action began. An Off always goes on.
     bool mayGoOn() const;
+    /// mayGoOn(), and no Off that stops more was asked for since.
+    bool mayStop() const;
     /// mayGoOn(), and no Off was asked for since.
     bool maySwitchOn() const;
     /// The RF output's Off was asked for since the action began. It stops all modulations itself.
@@ -105,7 +107,7 @@ private:
         QPointer<QWidget> control;
         Action action;
         Kind kind;
-        QElapsedTimer age;
+        mutable QElapsedTimer age; ///< of the waiting, dialogs aside
     };
 
     explicit ActionGate(QObject* parent);

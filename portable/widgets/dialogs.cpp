@@ -25,7 +25,7 @@ std::vector<QDialog*> openDialogs; // the topmost last
 /// it is shown. What had the focus gets it back.
 class InWindow : public QObject {
 public:
-    InWindow(QDialog& dialog, DialogKind kind) : m_dialog(&dialog), m_kind(kind) {
+    InWindow(QDialog& dialog, DialogKind kind) : m_dialog(&dialog), m_opened(&dialog), m_kind(kind) {
         m_window = dialog.parentWidget() ? dialog.parentWidget()->window() : nullptr;
         if (!m_window || !m_window->isVisible())
             return;
@@ -36,10 +36,7 @@ public:
         dialog.installEventFilter(this);
     }
 
-    ~InWindow() override {
-        if (m_scrim && m_focused)
-            m_focused->setFocus();
-    }
+    ~InWindow() override { leave(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
@@ -50,10 +47,20 @@ protected:
             QWidget* inside = m_dialog->focusWidget();
             (inside ? inside : m_dialog.data())->setFocus();
         }
+        // Its loop may end later, below a command that an Off beside it waits for: nothing stands in the way by then.
+        if (event->type() == QEvent::Hide)
+            leave();
         return QObject::eventFilter(watched, event);
     }
 
 private:
+    void leave() {
+        openDialogs.erase(std::remove(openDialogs.begin(), openDialogs.end(), m_opened), openDialogs.end());
+        if (m_scrim && m_focused)
+            m_focused->setFocus();
+        m_scrim.reset();
+    }
+
     void place() {
         const QSize room = m_window->size() - m_dialog->size() - QSize(0, BelowMiddle);
         const QPoint middle(room.width() / 2, std::max(room.height() / 2, 0));
@@ -61,6 +68,7 @@ private:
     }
 
     QPointer<QDialog> m_dialog;
+    const QDialog* const m_opened; ///< the same, also when it has gone
     const DialogKind m_kind;
     QWidget* m_window;
     QPointer<QWidget> m_focused;
@@ -78,7 +86,6 @@ int DialogRunner::run(QDialog& dialog, DialogKind kind, const QString& text) {
         const InWindow inWindow(dialog, kind);
         result = execute(dialog, kind, text);
     }
-    openDialogs.erase(std::find(openDialogs.begin(), openDialogs.end(), &dialog));
     PressFilter::noteChange();
     return result;
 }

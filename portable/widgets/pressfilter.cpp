@@ -46,12 +46,12 @@ bool PressFilter::isSecondTap(Source source, const QPointF& place, ulong time) c
 // A press that a widget ignores comes again to its parents, with the same time.
 bool PressFilter::isDropped(const QObject& watched, Source source, const QPointF& place, ulong time) {
     const bool second = isSecondTap(source, place, time) && !watched.property(EveryPress).toBool();
-    m_dropping[source] = second || isRepeated(source, place);
-    if (!m_dropping[source]) {
+    const bool dropped = second || isRepeated(source, place);
+    if (!dropped) {
         m_last = {source, place, time, {}};
         m_last.age.start();
     }
-    return m_dropping[source];
+    return dropped;
 }
 
 bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
@@ -66,7 +66,7 @@ bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
         const Source source = mouse->source() == Qt::MouseEventNotSynthesized ? Mouse : Touch;
         const bool begins = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
         if (begins)
-            return isDropped(*watched, source, mouse->globalPos(), mouse->timestamp());
+            return m_dropping[source] = isDropped(*watched, source, mouse->globalPos(), mouse->timestamp());
         const bool drop = m_dropping[source];
         if (event->type() == QEvent::MouseButtonRelease)
             m_dropping[source] = false;
@@ -74,17 +74,19 @@ bool PressFilter::eventFilter(QObject* watched, QEvent* event) {
     }
     case QEvent::TouchBegin: {
         const auto* touch = static_cast<QTouchEvent*>(event);
-        return !touch->touchPoints().isEmpty() &&
-               isDropped(*watched, Touch, touch->touchPoints().first().screenPos(), touch->timestamp());
-    }
-    case QEvent::TouchUpdate:
-        return m_dropping[Touch];
-    case QEvent::TouchEnd:
-    case QEvent::TouchCancel: {
-        const bool drop = m_dropping[Touch];
-        m_dropping[Touch] = false;
+        const bool drop = !touch->touchPoints().isEmpty() &&
+                          isDropped(*watched, Touch, touch->touchPoints().first().screenPos(), touch->timestamp());
+        if (drop)
+            m_droppedTouches.insert(watched);
+        else
+            m_droppedTouches.remove(watched);
         return drop;
     }
+    case QEvent::TouchUpdate:
+        return m_droppedTouches.contains(watched);
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+        return m_droppedTouches.remove(watched);
     default:
         return false;
     }

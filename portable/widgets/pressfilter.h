@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointF>
+#include <QSet>
 
 class QWidget;
 
@@ -53,9 +54,11 @@ private:
     bool isSecondTap(Source source, const QPointF& place, ulong time) const;
 
     int m_momentMs;
-    Press m_last;                               ///< the last that was not dropped
-    Press m_changer;                            ///< the last that opened or closed something
-    bool m_dropping[3] = {false, false, false}; ///< by source: a press was dropped and has not ended
+    Press m_last;    ///< the last that was not dropped
+    Press m_changer; ///< the last that opened or closed something
+    bool m_dropping[3] = {false, false,
+                          false};          ///< by source of the mouse events: a press was dropped and has not ended
+    QSet<const QObject*> m_droppedTouches; ///< receivers of touches that were dropped and have not ended
 };
 
 } // namespace Kavor::HandheldGui

@@ -24,6 +24,7 @@ bool TouchPress::eventFilter(QObject*, QEvent* event) {
         return true;
     case QEvent::Hide:
         m_finger = -1;
+        m_button->setDown(false);
         return false;
     default:
         return false;
@@ -33,7 +34,8 @@ bool TouchPress::eventFilter(QObject*, QEvent* event) {
 void TouchPress::handle(const QTouchEvent& touch) {
     const auto& points = touch.touchPoints();
     if (touch.type() == QEvent::TouchBegin) {
-        if (points.isEmpty() || m_button->isDown())
+        // A press whose end never came here is over.
+        if (points.isEmpty() || (m_button->isDown() && m_finger < 0))
             return;
         m_finger = points.first().id();
         setDown(true);

@@ -237,8 +237,11 @@ void MainWindow::onRfOnButton(bool fromUser) {
 }
 
 void MainWindow::onRfOffButton(bool fromUser) {
+    const bool modOffOwed = std::exchange(m_modOffOwed, false);
     if (fromUser && m_handler->set_rf_onoff(OnOff::off) != 0) {
         showCommandFailure(*this);
+        if (modOffOwed)
+            onModOffButton(true);
         UpdateStatusBar();
         return;
     }
@@ -290,6 +293,8 @@ void MainWindow::onModOffButton(bool fromUser) {
     emit MainModOffSignal();
     emit SweepModOffSignal();
     emit ListOnOffSignal(0);
+    // The Off of the RF output has cut this one short and stops the rest itself, unless it fails.
+    m_modOffOwed = fromUser && ActionGate::panel().isOvertaken();
     if (fromUser) {
         const unsigned mask = m_handler->snapshot().modulationEnable;
         const unsigned on = m_handler->isModulationsOn();
@@ -364,7 +369,7 @@ void MainWindow::reportScpiError(int requested, int conflict) {
 void MainWindow::tellUser(const QString& text) {
     if (isVisible())
         tell(m_toast, text);
-    else
+    else if (m_keptToast.isEmpty()) // the first says what went wrong, the others follow from it
         m_keptToast = text;
 }
 

@@ -105,7 +105,8 @@ private:
     QLabel* m_statusModulation = nullptr;
     QLabel* m_statusRunMode = nullptr;
     STATE m_state = STATE_CW;
-    int m_starting = 0; ///< sequences of starts under way
+    bool m_modOffOwed = false; ///< a MOD Off was overtaken by the RF output's Off
+    int m_starting = 0;        ///< sequences of starts under way
     PanelSettings m_settings;
     ErrorReports m_errors;
     QString m_keptToast; ///< raised before the window shows

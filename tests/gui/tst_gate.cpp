@@ -77,6 +77,8 @@ private slots:
                 row("Modulate Off in a start", 0x12U, "rfOn", "modOn modulateOff@5", ":FM:STAT ON|:FM:STAT OFF", "RF");
                 row("RF Off overtakes MOD Off", 0x22U, "rfOn modOn", "modOff rfOff@5",
                     ":FM:STAT OFF|:OUTP OFF|:PULS:STAT OFF", "");
+                row("RF Off passes a held MOD Off", 0x22U, "rfOn modOn", "sourceExternal modOff@5 rfOff@10",
+                    ":AM:SOUR EXTernal|:OUTP OFF|:FM:STAT OFF|:PULS:STAT OFF", "");
                 row("Off takes a held On back", 2U, "", "rfOn rfOff@5 rfOn@10 rfOff@15", ":OUTP ON|:OUTP OFF", "");
             }
             row("On after Off", 2U, "rfOn modOn", "modOff modOn@5", ":FM:STAT OFF|:FM:STAT ON", "RF FM");
@@ -105,6 +107,32 @@ private slots:
         QVERIFY(panel().hasStyle(on ? "rfOn" : "rfOff", PRESSED_MOD_BTN_STYLE));
         QVERIFY(panel().hasStyle(running().section(' ', 1).isEmpty() ? "modOff" : "modOn", PRESSED_MOD_BTN_STYLE));
         QCOMPARE(panel().widget<QCheckBox>("enableFM")->isEnabled(), running().section(' ', 1).isEmpty());
+    }
+
+    /// The Off of the RF output has cut MOD Off short and is refused: the modulations are stopped all the same.
+    void refusedOffThatOvertook() {
+        startWith(2000);
+        panel().module().modify(0, [](ChannelRecord& r) { r.modulationEnable = 0x22; });
+        panel().window().refreshFromModule();
+        QVERIFY(tap("rfOn") && tap("modOn"));
+        fail(Sim::Fault::Late, ":FM:STAT", 100);
+        fail(Sim::Fault::Refuse, ":OUTP");
+        QVERIFY(tap("modOff rfOff@20"));
+        QCOMPARE(running(), QString("RF"));
+    }
+
+    /// What was chosen in a unit list while an Off was under way beside it is not lost to the look that follows the
+    /// Off.
+    void unitChosenBesideAnOff() {
+        fail(Sim::Fault::Late, ":OUTP", 100);
+        auto* unit = panel().widget<ComboBox>("cwFrequencyUnit");
+        unit->showPopup();
+        QTimer::singleShot(20, this, [unit] {
+            unit->setCurrentIndex(1);
+            unit->hidePopup();
+        });
+        QVERIFY(tap("rfOff"));
+        QCOMPARE(panel().sent().join('|'), QString(":OUTP OFF|:FREQ 1000000.000"));
     }
 
     void offPassesFiveTriggers() {

@@ -9,14 +9,12 @@
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
-#include "portable/widgets/combobox.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>
 #include <QPushButton>
-#include <memory>
 
 namespace Kavor::HandheldGui {
 
@@ -213,7 +211,7 @@ void rfModulationsWidget::onModOffButton() {
 void rfModulationsWidget::onModsOff() {
     const ActionGate& gate = ActionGate::panel();
     for (const ModulationTab& tab : ModulationTabs) {
-        if ((m_handler.mayRun() & tab.bit) != 0 && gate.mayGoOn() && !gate.isOvertaken())
+        if ((m_handler.mayRun() & tab.bit) != 0 && gate.mayStop())
             switchState(tab, false);
     }
     m_host.setModulationLook(m_handler.isModulationsOn() != 0);

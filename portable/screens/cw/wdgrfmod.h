@@ -49,9 +49,9 @@ public slots:
 signals:
     void ModStatusBarSignal(int on, STATE tab);
 
+public:
     // By name, for whoever drives the widget from outside: its own controls do without.
 
-public:
     /// Disables (true) or enables (false) the five check boxes, until the next look at what runs.
     void updateEnableSatus(bool disable);
 

@@ -148,7 +148,7 @@ void ethScreen::buildButtons() {
     x = LeftColumn.valueX + ButtonWidth + Style::Gap;
     m_cancel = button(QStringLiteral("Cancel"), QStringLiteral("lanCancel"));
     connect(m_apply, &QPushButton::clicked, this,
-            [this] { ActionGate::panel().ask(m_apply, [this] { onApplyChangesBnClicked(); }); });
+            [this] { ActionGate::panel().ask(m_apply, [this, wanted = wantedNow()] { applyChanges(wanted); }); });
     connect(m_cancel, &QPushButton::clicked, this, &ethScreen::onCancelChangesBnClicked);
 }
 

@@ -95,6 +95,8 @@ private:
     void showRows();
     void updateApplyCancel();
     void dropEdits();
+    Wanted wantedNow() const;
+    void applyChanges(const Wanted& wanted);
     void apply(const Wanted& wanted);
     bool applyDynamic();
     bool applyStatic(const Wanted& wanted);

@@ -18,16 +18,24 @@ struct ethScreen::StaticStep {
 };
 
 void ethScreen::onApplyChangesBnClicked() {
-    if (!checkLANConnectivity()) {
-        host().reportError(QStringLiteral("LAN cable not connected. You need to connect cable first"));
-        return;
-    }
+    applyChanges(wantedNow());
+}
+
+ethScreen::Wanted ethScreen::wantedNow() const {
     Wanted wanted{{}, isDynamic(), m_pending[Port].has_value(), m_pendingDhcp.has_value()};
     for (const Field field : {Address, Mask, Gateway}) {
         wanted.values[field] = plainAddress(shown(field));
         wanted.othersChanged = wanted.othersChanged || m_pending[field];
     }
     wanted.values[Port] = shown(Port);
+    return wanted;
+}
+
+void ethScreen::applyChanges(const Wanted& wanted) {
+    if (!checkLANConnectivity()) {
+        host().reportError(QStringLiteral("LAN cable not connected. You need to connect cable first"));
+        return;
+    }
     apply(wanted);
     readModule();
     showRows();

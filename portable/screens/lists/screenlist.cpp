@@ -124,7 +124,7 @@ void listScreen::onRunButton(int on) {
     const ActionGate& gate = ActionGate::panel();
     const bool start = on != 0;
     const bool due = start ? isEnabled() && !isRunning() && gate.maySwitchOn()
-                           : (handler().mayRun() & LIST_MOD_BIT) != 0 && gate.mayGoOn() && !gate.isOvertaken();
+                           : (handler().mayRun() & LIST_MOD_BIT) != 0 && gate.mayStop();
     if (!due)
         return;
     if (handler().setStateList(start ? OnOff::on : OnOff::off) != 0)

@@ -263,8 +263,11 @@ void StepListScreen::onCancel() {
 
 void StepListScreen::onEditRequested(const ListEditRequest& request) {
     const auto edit = [this, request] {
+        // The list may have changed since the touch: then it was meant for another step.
+        ListEditRequest now;
         ListEditValue value;
-        if (!askForCellValue(host(), request, value))
+        const bool same = list().getEditRequest(request.row, request.column, now) && now.text == request.text;
+        if (!same || !askForCellValue(host(), request, value))
             return;
         QString error;
         showList(); // with the limits that hold now

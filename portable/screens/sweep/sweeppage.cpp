@@ -233,7 +233,7 @@ void SweepPage::run(bool on) {
     const bool running = on ? record.*m_kind.running == 1 : (m_handler.mayRun() & m_kind.bit) != 0;
     const bool enabled = (record.modulationEnable & m_kind.bit) != 0;
     // What runs is stopped, enabled or not: another client may have started it.
-    const bool due = on ? enabled && !running && gate.maySwitchOn() : running && gate.mayGoOn() && !gate.isOvertaken();
+    const bool due = on ? enabled && !running && gate.maySwitchOn() : running && gate.mayStop();
     if (!due)
         return;
     VELDA_LOG("screens", QtInfoMsg, "%s Modulation checked", m_kind.startName);

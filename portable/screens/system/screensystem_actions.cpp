@@ -126,7 +126,7 @@ bool systemScreen::end(bool taken, bool reload) {
     if (reload)
         host().update_from_config(STATE_SYSTEM);
     // Unless the user has gone elsewhere while the command was waiting.
-    if (host().currentState() == STATE_SYSTEM)
+    if (host().currentState() == STATE_SYSTEM && (m_subState == Configurations || m_subState == Main))
         show();
     return true;
 }
