@@ -22,7 +22,7 @@ namespace {
 /// number that the module does not hold.
 QString plainText(double value, int decimals, int mostDecimals) {
     for (int d = decimals; d < mostDecimals; ++d) {
-        const QString text = fixedNumber(value, d);
+        QString text = fixedNumber(value, d);
         if (qFuzzyCompare(1.0 + text.toDouble(), 1.0 + value))
             return text;
     }
