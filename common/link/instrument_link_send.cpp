@@ -131,7 +131,8 @@ int InstrumentLink::send_scpi(std::string command, std::string& reply, QByteArra
     if (binary) {
         const Answer answer = await(false, data, data.size() / 1024 + m_settings.commandTimeoutMs);
         if (answer.status != 0) {
-            qCWarning(lcScpi).noquote() << "[SCPI] bytearray write failed:" << answer.error;
+            qCWarning(lcScpi).noquote() << "[SCPI] bytearray write failed:" << answer.error << "to"
+                                        << data.left(data.indexOf(' ')).left(LoggedData);
             return -1;
         }
         reply.clear();

@@ -93,10 +93,11 @@ void ValueEntry::reload() {
 }
 
 bool ValueEntry::enter() {
-    // What was not changed stands for the value held, with the digits that are not on show.
+    // What was not changed stands for the value held, with the digits that are not on show. One that no command can
+    // carry stays as it is.
     const double held = m_field.model.value();
     if (!m_refused && shows(shownFor(held)))
-        return take(held);
+        return (m_field.model.round && m_field.model.round(held) != held) || take(held);
     double value = 0;
     if (!parseDouble(m_field.edit->text(), value)) {
         showToast(m_host, QStringLiteral("Invalid numeric value"));

@@ -190,6 +190,8 @@ private slots:
         addRow("factory's", "+0", "Range 1 to 99999");
         addRow("of letters", "bench-3_a.b", "bench-3_a.b");
         addRow("factory's file", "0", "Configuration 0 is the factory preset");
+        addRow("leading zeros of a file", "007", "A number has no sign, point or leading zero");
+        addRow("nothing, negative", "-0", "A number has no sign, point or leading zero");
         addRow("two commands", "1;*RST", letters);
         addRow("line end", "1\n*RST", letters);
         addRow("blank", "a b", letters);

@@ -73,7 +73,14 @@ QString cfgList::bareName(const QString& file) {
 
 bool cfgList::canBeUsed(const QString& name) {
     static const QRegularExpression letters(QRegularExpression::anchoredPattern(QStringLiteral("[A-Za-z0-9._-]+")));
-    return letters.match(name).hasMatch() && name != QLatin1String("0");
+    return letters.match(name).hasMatch() && !isOddNumber(name);
+}
+
+bool cfgList::isOddNumber(const QString& name) {
+    static const QRegularExpression plain(QRegularExpression::anchoredPattern(QStringLiteral("[1-9][0-9]*")));
+    bool isNumber = false;
+    name.toDouble(&isNumber);
+    return isNumber && !plain.match(name).hasMatch();
 }
 
 void cfgList::update_view(const QString& mode) {

@@ -24,6 +24,10 @@ public:
     /// not "0", the factory's.
     static bool canBeUsed(const QString& name);
 
+    /// A number, but none that a configuration is stored as: 0, which is the factory preset, or one with a sign, a
+    /// point or leading zeros, which a module could read as another one.
+    static bool isOddNumber(const QString& name);
+
     /// Reads the folder and shows it. mode: "load", "save" or "delete"; any other gives an empty table. Configurations
     /// with a number come first, in its order.
     void update_view(const QString& mode);

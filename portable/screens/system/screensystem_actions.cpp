@@ -67,8 +67,9 @@ QString systemScreen::nameToUse(const QString& file) {
     const QString name = cfgList::bareName(file);
     if (cfgList::canBeUsed(name))
         return name;
-    showToast(host(), name == QLatin1String("0")
-                          ? QStringLiteral("Configuration 0 is the factory preset")
+    showToast(host(), name == QLatin1String("0") ? QStringLiteral("Configuration 0 is the factory preset")
+                      : cfgList::isOddNumber(name)
+                          ? QStringLiteral("A number has no sign, point or leading zero")
                           : QStringLiteral("A name is letters, digits, \".\", \"-\" and \"_\" only"));
     return QString();
 }
