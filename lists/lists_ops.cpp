@@ -51,7 +51,7 @@ QString ListsOps::filePath(const QString& name, unsigned int channel) const {
 QString ListsOps::pathOf(const QString& name, unsigned int channel) const {
     const QString file = normalizedFilename(name);
     if (file != name && !name.contains(QLatin1Char('/')) && name.endsWith(suffix(), Qt::CaseInsensitive)) {
-        const QString asItStands = QDir(channelDirectory(channel)).filePath(name);
+        QString asItStands = QDir(channelDirectory(channel)).filePath(name);
         if (QFileInfo(asItStands).isFile())
             return asItStands;
     }

@@ -216,7 +216,7 @@ void ScpiClient::onLinkLost() {
 
 // The panel tries once a second for as long as it takes: its log and the flash below must bear that.
 void ScpiClient::noteAttemptFailed() {
-    constexpr qint64 HourMs = 3600 * 1000;
+    constexpr qint64 HourMs = qint64{3600} * 1000;
     ++m_failedInARow;
     if (m_linkLostReason == m_toldReason && m_toldAge.elapsed() < HourMs)
         return;

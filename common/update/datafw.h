@@ -7,7 +7,7 @@
 #include <vector>
 
 /// A manifest of more bytes is not read.
-inline constexpr qint64 LargestManifest = 1024 * 1024;
+inline constexpr qint64 LargestManifest = qint64{1024} * 1024;
 
 /// One step of a software package. All texts are as the manifest has them, unchecked.
 struct MANIFEST_DATA_COMPONENT {

@@ -25,7 +25,7 @@ QString printable(const QByteArray& name) {
 
 // Of a file that is too large to be kept: read piece by piece. What it is comes first, then that it cannot be sent.
 bool isSigned(QFile& file) {
-    constexpr qint64 Piece = 1024 * 1024;
+    constexpr qint64 Piece = qint64{1024} * 1024;
     const Crc32Utils* utils = Crc32Utils::getInstance();
     if (!utils || !file.seek(file.size() - FpgaTrailer::Size))
         return false;

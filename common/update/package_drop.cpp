@@ -7,7 +7,7 @@
 namespace Kavor::HandheldGui {
 
 namespace {
-constexpr qint64 Piece = 256 * 1024;
+constexpr qint64 Piece = qint64{256} * 1024;
 }
 
 DropResult dropPackage(const QString& package, const QString& folder, const QString& target) {

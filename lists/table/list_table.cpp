@@ -173,7 +173,7 @@ void ListTable::layColumnsOut() {
         shares += shareOf(listConfig()->column(i).kind);
     for (int i = 0; i < columnCount(); ++i) {
         const int share = shareOf(listConfig()->column(i).kind);
-        const int width = i == 0 && m_firstColumnWidth > 0 ? m_firstColumnWidth : room * share / shares;
+        const int width = i == 0 && m_firstColumnWidth > 0 ? m_firstColumnWidth : room * share / qMax(shares, 1);
         horizontalHeader()->resizeSection(i, width);
         room -= width;
         shares -= share;

@@ -106,6 +106,7 @@ void systemScreen::buildReference() {
     auto* group = new PageGroup(m_page, QStringLiteral("Reference Settings"),
                                 QRect(Style::PageMargin, StateHeight + GroupGap, LeftWidth, ReferenceHeight));
     std::vector<ChoiceGroup::Button> words;
+    words.reserve(ReferenceOscillatorToString.size());
     for (const char* word : ReferenceOscillatorToString)
         words.push_back({QString::fromLatin1(word), QStringLiteral("reference") + QLatin1String(word), QString()});
     m_reference = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, words);

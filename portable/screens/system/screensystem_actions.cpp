@@ -64,7 +64,7 @@ void systemScreen::onPresetButton() {
 
 /// The name of the configuration in a file; empty, and the user has been told, when the module cannot be asked for it.
 QString systemScreen::nameToUse(const QString& file) {
-    const QString name = cfgList::bareName(file);
+    QString name = cfgList::bareName(file);
     if (cfgList::canBeUsed(name))
         return name;
     showToast(host(), name == QLatin1String("0") ? QStringLiteral("Configuration 0 is the factory preset")
