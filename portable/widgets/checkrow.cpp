@@ -15,7 +15,7 @@ constexpr int BoxSize = 44;
 CheckRow::CheckRow(QWidget* parent, const QString& label, int boxX) : QCheckBox(label, parent), m_boxX(boxX) {
     setStyleSheet(WIDGET_CHKBOX_STYLE);
     setFocusPolicy(Qt::NoFocus);
-    resize(sizeHint());
+    resize(CheckRow::sizeHint());
 }
 
 QSize CheckRow::sizeHint() const {

@@ -78,7 +78,7 @@ std::vector<Key> keypad(int units, bool address) {
 }
 
 std::vector<Key> letters() {
-    const Grid& grid = LettersGrid;
+    const Grid grid = LettersGrid;
     std::vector<Key> keys;
     const auto addCharacters = [&](int row, int column, const char* characters) {
         for (const char* at = characters; *at; ++at) {
