@@ -20,7 +20,7 @@ constexpr int HeaderHeight = 56;
 constexpr int TableGroupWidth = 956;
 constexpr int TableMargin = 16;
 constexpr int GroupGap = 12;
-constexpr int StatusX = 280; ///< behind the title
+constexpr int FooterHeight = 128;
 
 } // namespace
 
@@ -62,12 +62,7 @@ ListPage::ListPage(QWidget* page, const QString& title, const QString& note, con
       m_page(page),
       m_group(new PageGroup(page, title, QRect(Style::PageMargin, 0, TableGroupWidth, Style::PageHeight - 8))),
       m_note(new QLabel(note, m_group)),
-      m_status(new QLabel(m_group)) {
-    m_status->setGeometry(StatusX, 0, m_group->width() - TableMargin - StatusX, TableTop);
-    m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_status->setTextFormat(Qt::PlainText);
-    m_status->setObjectName(QStringLiteral("listStatus"));
-    m_status->setStyleSheet(WIDGET_LBL_STYLE);
+      m_tableHeight(TableHeight) {
     m_note->setGeometry(TableMargin, TableTop + HeaderHeight, m_group->width() - 2 * TableMargin,
                         TableHeight - HeaderHeight);
     m_note->setAlignment(Qt::AlignCenter);
@@ -88,7 +83,7 @@ QWidget* ListPage::group() const {
 
 void ListPage::setTable(QTableWidget* table) {
     m_table = table;
-    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, TableHeight);
+    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, m_tableHeight);
     // Rows may come while the page is shown.
     connect(m_table->model(), &QAbstractItemModel::rowsInserted, this, &ListPage::showNote);
     connect(m_table->model(), &QAbstractItemModel::rowsRemoved, this, &ListPage::showNote);
@@ -98,14 +93,17 @@ void ListPage::setNote(const QString& note) {
     m_note->setText(note);
 }
 
-void ListPage::setStatus(const QString& status) {
-    m_status->setText(m_status->fontMetrics().elidedText(status, Qt::ElideMiddle, m_status->width()));
+void ListPage::setFooter(QWidget* footer) {
+    m_tableHeight = TableHeight - FooterHeight - GroupGap;
+    footer->setGeometry(TableMargin, TableTop + m_tableHeight + GroupGap, m_group->width() - 2 * TableMargin,
+                        FooterHeight);
+    m_note->setFixedHeight(m_tableHeight - HeaderHeight);
 }
 
 void ListPage::showNote() {
     const bool empty = m_table->rowCount() == 0;
     m_note->setVisible(empty);
-    m_table->setFixedHeight(empty ? HeaderHeight : TableHeight);
+    m_table->setFixedHeight(empty ? HeaderHeight : m_tableHeight);
 }
 
 void ListPage::show() {

@@ -232,11 +232,10 @@ private slots:
         QVERIFY(stayed);
         QCOMPARE(dialogs().asked().size(), 2);
         QCOMPARE(panel().toast(), QString("Firmware 2.1 installed"));
-        QCOMPARE(panel().widget<QWidget>("pagePackages")->findChild<QLabel*>("listStatus")->text(),
-                 QString("Firmware 2.1 installed"));
         QCOMPARE(stick().sudoed(), (QStringList{"cp %D/home/tmpfw/patch/app %D/installed", "reboot"}));
         QCOMPARE(stick().contentOf("installed"), QByteArray("the application"));
-        QVERIFY(mainPageIsShown());
+        QVERIFY(mainPageIsShown() && panel().press("sysUpdate"));
+        QCOMPARE(panel().text("historyWhat0") + ": " + panel().text("historyEnd0"), QString("Software 2.1: done"));
     }
 
     void imageReachesEveryBoard_data() {
@@ -367,10 +366,10 @@ private slots:
     }
 
     void cutOffInstallationIsTold() {
-        m_updates->tellUnfinished(panel().window());
+        m_updates->clearUp(panel().window());
         stick().put("home/kavor/upgrade/unfinished", "FW 2.1");
         expectFailure("The installation of FW 2.1 was cut off. Please install it again.");
-        m_updates->tellUnfinished(panel().window());
+        m_updates->clearUp(panel().window());
         QTRY_COMPARE(dialogs().asked().size(), 1);
     }
 
