@@ -1,27 +1,17 @@
 #include "rig/paneltour.h"
 
-#include "common/update/update_texts.h"
 #include "lists/table/list_files.h"
 #include "lists/table/list_table.h"
-#include "portable/update/update_boxes.h"
-#include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/boxes.h"
-#include "rig/panelfixture.h"
-#include "rig/updatestick.h"
+#include "rig/tourguide.h"
 
-#include <QAbstractButton>
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
-#include <QGraphicsEffect>
-#include <QLabel>
 #include <QMovie>
-#include <QPainter>
-#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -31,95 +21,6 @@
 using namespace Kavor::HandheldGui;
 
 namespace {
-
-/// Leads the panel to a state and shows it to the visitor.
-class Guide {
-public:
-    Guide(const PanelTour::Visit& visit, int& count) : m_visit(visit), m_count(count) {}
-
-    void start(const PanelFixture::Setup& setup = PanelFixture::Setup()) {
-        m_panel.reset();
-        m_panel = std::make_unique<PanelFixture>(setup);
-        module([](ChannelRecord& r) {
-            r.frequency.value = 1.5e9;
-            r.power.value = -7.5;
-            r.batteryCharge = 78;
-            r.batteryCurrent = -300;
-        });
-    }
-
-    PanelFixture& panel() { return *m_panel; }
-
-    /// A way that cannot be gone is a fault of the tour or of the panel.
-    void press(const QString& name) {
-        if (!panel().press(name))
-            qFatal("%s cannot be pressed.", qPrintable(name));
-    }
-
-    void module(const std::function<void(ChannelRecord&)>& change) {
-        panel().module().modify(0, change);
-        panel().window().refreshFromModule();
-    }
-
-    void shot(const QString& name, QWidget* above = nullptr) {
-        QCoreApplication::processEvents();
-        QWidget& window = panel().window();
-        const auto onScreen = [&window](const QWidget& widget) {
-            return widget.mapToGlobal(QPoint()) - window.mapToGlobal(QPoint());
-        };
-        QWidget& shown = above ? *above : window;
-        PanelTour::Stop stop{name, &shown, onScreen(shown), window.grab(), QRect()};
-        QPainter painter(&stop.picture);
-        if (above)
-            painter.drawPixmap(stop.origin, above->grab());
-        ToastOverlay* toast = panel().window().toast();
-        if (toast->isTelling()) {
-            QPixmap bubble(toast->size());
-            bubble.fill(Qt::transparent);
-            toast->graphicsEffect()->setEnabled(false);
-            toast->render(&bubble, QPoint(), QRegion(), QWidget::DrawChildren);
-            stop.toast = QRect(onScreen(*toast), toast->size());
-            painter.setClipRegion(toast->mask().translated(stop.toast.topLeft()));
-            painter.drawPixmap(stop.toast.topLeft(), bubble);
-        }
-        painter.end();
-        visit(stop);
-    }
-
-    /// A button under the finger.
-    void pressedShot(const QString& name) {
-        auto* button = panel().widget<QAbstractButton>(name);
-        button->setDown(true);
-        shot(QStringLiteral("pressed-") + name);
-        button->setDown(false);
-    }
-
-    void visit(const PanelTour::Stop& stop) {
-        ++m_count;
-        m_visit(stop);
-    }
-
-    /// Opens a dialog by pressing, shows it and rejects it.
-    void dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
-        panel().dialogs().expect(kind, QString(), [this, name](QDialog& dialog) {
-            shot(name, &dialog);
-            if (auto* update = qobject_cast<UpdateDialog*>(&dialog))
-                update->end(); // nothing but its work's end closes it
-            else
-                dialog.reject();
-        });
-        open();
-        QCoreApplication::processEvents(); // some boxes come from the event loop
-        const QStringList problems = panel().dialogs().problems();
-        if (!problems.isEmpty())
-            qFatal("%s: %s", qPrintable(name), qPrintable(problems.join("; ")));
-    }
-
-private:
-    const PanelTour::Visit& m_visit;
-    int& m_count;
-    std::unique_ptr<PanelFixture> m_panel;
-};
 
 void cwStops(Guide& g) {
     g.start();
@@ -371,78 +272,6 @@ void stepListStops(Guide& g, const QString& prefix, const QStringList& way) {
     g.press(prefix + "Enable");
     g.press("modOn");
     g.shot(name("running"));
-}
-
-/// A stick with a package of each kind, what is asked about them, and how their installation shows and ends.
-void updateStops(Guide& g) {
-    UpdateStick stick;
-    UpdatePackages updates;
-    PanelFixture::Setup setup;
-    setup.updateEntry = &updates;
-    const auto openList = [&g](int packages) {
-        g.press("funcSystem");
-        g.press("sysUpdate");
-        const auto* list = g.panel().widget<QTableWidget>("fwList");
-        if (!QTest::qWaitFor([&] { return list->rowCount() == packages; }, 5000))
-            qFatal("The packages are not found.");
-    };
-    const auto choose = [&g](int row) {
-        auto* list = g.panel().widget<QTableWidget>("fwList");
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
-                          list->visualItemRect(list->item(row, 1)).center());
-    };
-    g.start(setup);
-    openList(0);
-    const QList<QLabel*> labels = g.panel().widget<QWidget>("pagePackages")->findChildren<QLabel*>();
-    const auto saysSo = [&labels] {
-        return std::any_of(labels.begin(), labels.end(),
-                           [](const QLabel* label) { return label->text() == "No update package found"; });
-    };
-    if (!QTest::qWaitFor(saysSo, 5000))
-        qFatal("The look for packages does not end.");
-    g.shot("update-list-empty");
-    stick.addFpga("1-fpga", "1.4", QByteArray(5000, 'x'));
-    stick.addModule("2-module", "5.0", "module software");
-    stick.addSoftware("3-software", "2.1.0", {});
-    openList(3);
-    g.shot("update-list");
-    for (const auto& row : {"fpga", "module", "software"}) {
-        openList(3);
-        const int index = QStringList{"fpga", "module", "software"}.indexOf(row);
-        g.dialogShot(QString("update-question-") + row, DialogKind::Question, [&] { choose(index); });
-    }
-    QWidget* window = &g.panel().window();
-    g.dialogShot("update-installing", DialogKind::Progress, [&] {
-        UpdateDialog dialog(window, "installProgress", "Wait until upgrade process finished");
-        DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
-    });
-    for (const auto& [name, phase, percent] :
-         {std::make_tuple("begin", -1, 0), std::make_tuple("transfer", 0, 37), std::make_tuple("programming", 1, 29),
-          std::make_tuple("verifying", 1, 83)}) {
-        g.dialogShot(QString("update-fpga-") + name, DialogKind::Progress, [&, phase = phase, percent = percent] {
-            FpgaProgressDialog dialog(window);
-            const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
-            if (phase >= 0) {
-                dialog.setInfoText(display.text);
-                dialog.setProgress(display.percent);
-            }
-            DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
-        });
-    }
-    const UpdateBoxes boxes(window, "FPGA Update", 1000);
-    g.dialogShot("update-fpga-done", DialogKind::Information, [&] { boxes.information(UpdateTexts::fpgaDone()); });
-    const QString path = stick.package("a-folder-with-quite-a-long-name/and-another-one-in-it") + "/image.fpga";
-    int number = 0;
-    const QString drop = "/home/velda/kavor/upgrade/veldax/module-software-5.0.bin";
-    for (const auto& [title, text] :
-         {std::make_tuple("FPGA", UpdateTexts::imageRefused()), std::make_tuple("FPGA", UpdateTexts::fpgaFailed()),
-          std::make_tuple("FPGA", UpdateTexts::cannotOpenImage(path)),
-          std::make_tuple("FW", QString("Upgrade failed. Error code: -4")),
-          std::make_tuple("NMX", QString("Failed to copy %1 to %2").arg(path, drop))}) {
-        const UpdateBoxes failed(window, QString(title) + " Update", 1000);
-        g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical,
-                     [&failed, text = text] { failed.failure(text); });
-    }
 }
 
 void headerStops(Guide& g) {

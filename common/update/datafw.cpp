@@ -19,10 +19,10 @@ QByteArray readSignature(const QString& path) {
     if (!info.exists() && !info.isSymLink())
         return {};
     QFile file(path);
-    QByteArray bytes("");
+    QByteArray bytes;
     if (info.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-        bytes += file.read(Signature::Size + 1);
-    return bytes;
+        bytes = file.read(Signature::Size + 1);
+    return bytes.isEmpty() ? QByteArray("") : bytes; // not null: there is one
 }
 
 // A stick may hold anything under this name: a pipe would block the reading, a huge file fill the memory.

@@ -13,15 +13,11 @@ struct FpgaBoardState {
         Done ///< has burnt and verified the image
     };
 
-    /// A board that has said nothing for so long is named, whatever goes on with the others.
-    static constexpr int SilentAfterMs = 10000;
-
     QHostAddress address;
     Phase phase = Waiting;
-    int percent = 0; ///< of the phase: of what was sent to it, or of what it has burnt and verified
-    int quietMs = 0; ///< since it was last heard, or since its answer was first awaited; 0 when done
-
-    bool isSilent() const { return quietMs >= SilentAfterMs; }
+    int percent = 0;       ///< of the phase: of what was sent to it, or of what it has burnt and verified
+    int quietMs = 0;       ///< since it was last heard, or since its answer was first awaited; 0 when done
+    bool isSilent = false; ///< for so long that it is to be named, whatever goes on with the others
 };
 
 using FpgaBoardStates = QVector<FpgaBoardState>;

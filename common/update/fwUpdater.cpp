@@ -258,6 +258,7 @@ FpgaBoardState FpgaUpdater::stateOf(const TargetState& target, qint64 now) const
     FpgaBoardState state;
     state.address = target.address;
     state.quietMs = target.burnDone ? 0 : static_cast<int>(now - target.heardAt);
+    state.isSilent = state.quietMs >= m_silentAfterMs;
     if (m_burning) {
         state.phase = target.burnDone ? FpgaBoardState::Done : FpgaBoardState::Programming;
         state.percent = target.burnPercent;

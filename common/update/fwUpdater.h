@@ -37,6 +37,8 @@ public:
     using BoardCallback = std::function<void(const FpgaBoardStates&)>;
     static constexpr int ReportMs = 100;
 
+    static constexpr int SilentAfterMs = 10000;
+
     explicit FpgaUpdater(QObject* parent = nullptr);
 
     /// The bytes are not owned and must stay until finished.
@@ -46,6 +48,9 @@ public:
     void setTargets(const QHostAddress* addresses, int count, quint16 port);
     void setProgressCallback(ProgressCallback callback, void* context);
     void setBoardCallback(BoardCallback callback) { m_boardCallback = std::move(callback); }
+
+    /// For how long a board says nothing until its state says so; changes nothing of the transfer.
+    void setSilentAfter(int milliseconds) { m_silentAfterMs = milliseconds; }
     const QVector<TargetState>& targets() const { return m_targets; }
 
     /// After a failure: the boards that had not answered what was awaited last.
@@ -109,6 +114,7 @@ private:
     QElapsedTimer m_clock;   ///< since the update began
     qint64 m_reportedAt = 0; ///< by the clock
     BoardCallback m_boardCallback;
+    int m_silentAfterMs = SilentAfterMs;
     ProgressCallback m_callback = nullptr;
     void* m_context = nullptr;
 };

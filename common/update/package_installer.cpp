@@ -158,7 +158,7 @@ int fwThread::installComponent(const MANIFEST_DATA_COMPONENT& component) {
     if (plan.stops)
         return fail(ActionFailed, stepName(plan.subject));
     if (++m_end.failedSteps == 1)
-        m_end.firstFailure = stepName(plan.subject);
+        m_end.firstFailure = plan.subject;
     return Done;
 }
 

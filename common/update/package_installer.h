@@ -11,7 +11,7 @@
 struct InstallEnd {
     int code = 0;         ///< of fwUpgraded
     int failedSteps = 0;  ///< components that were not carried out although the installation went on
-    QString firstFailure; ///< the first of them
+    QString firstFailure; ///< the command of the first of them
     QString failure;      ///< what ended the installation, with the number of the component; empty for code 0
 };
 

@@ -68,15 +68,16 @@ bool UpdateMemory::note(const MANIFEST_DATA& package, bool ok, const QString& en
     QJsonObject all = read();
     const QString key = keyOf(packageType(package.name));
     QJsonObject entry = all.value(key).toObject();
-    entry[VersionKey] = package.version.left(LongestText);
-    entry[OkKey] = ok;
-    entry[EndKey] = end.left(LongestText);
+    const QString version = package.version.left(LongestText);
+    entry.insert(VersionKey, version);
+    entry.insert(OkKey, ok);
+    entry.insert(EndKey, end.left(LongestText));
     if (ok) {
-        entry[InstalledKey] = entry[VersionKey];
+        entry.insert(InstalledKey, version);
         if (package.seal == Seal::Signed)
-            entry[ReleaseKey] = package.release;
+            entry.insert(ReleaseKey, package.release);
     }
-    all[key] = entry;
+    all.insert(key, entry);
     return write(all);
 }
 
@@ -89,7 +90,7 @@ UpdatePolicy UpdateMemory::policyInForce(const Trust& trust) const {
     }
     const int stated = static_cast<int>(trust.policy);
     if (stated != remembered) {
-        all[PolicyKey] = stated;
+        all.insert(PolicyKey, stated);
         write(all);
     }
     return trust.policy;

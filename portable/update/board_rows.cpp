@@ -30,7 +30,7 @@ struct Look {
 };
 
 Look lookOf(const FpgaBoardState& state) {
-    if (state.isSilent())
+    if (state.isSilent)
         return {Mark::Cross, Style::WrongText, QStringLiteral("no answer for %1 s").arg(state.quietMs / 1000)};
     switch (state.phase) {
     case FpgaBoardState::Waiting:

@@ -39,7 +39,7 @@ QString endOfInstallation(const InstallEnd& end, int components) {
         return QStringLiteral("failed: %1").arg(end.failure);
     if (end.failedSteps == 0)
         return QStringLiteral("done");
-    return QStringLiteral("done, %1 of %2 steps failed. %3").arg(end.failedSteps).arg(components).arg(end.firstFailure);
+    return QStringLiteral("done, %1 of %2 steps failed: %3").arg(end.failedSteps).arg(components).arg(end.firstFailure);
 }
 
 UpdateOutcome doFWUpdate(MANIFEST_DATA* manifest, QWidget* parent, const UpdateSettings& settings) {

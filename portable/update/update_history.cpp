@@ -11,8 +11,8 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int TitleWidth = 188;
-constexpr int WhatWidth = 240;
+constexpr int TitleWidth = 172;
+constexpr int WhatWidth = 208;
 constexpr int MarkSide = 24;
 constexpr int EndX = TitleWidth + WhatWidth + MarkSide + 2 * Style::Gap;
 
@@ -53,11 +53,11 @@ UpdateHistory::UpdateHistory(QWidget* parent, const UpdateMemory& memory)
     }
 }
 
-void UpdateHistory::resizeEvent(QResizeEvent*) {
-    place();
+void UpdateHistory::showEvent(QShowEvent*) {
+    refresh();
 }
 
-void UpdateHistory::place() {
+void UpdateHistory::resizeEvent(QResizeEvent*) {
     const int height = this->height() / static_cast<int>(m_lines.size());
     m_title->setGeometry(0, 0, TitleWidth, height);
     int y = 0;
@@ -80,7 +80,7 @@ void UpdateHistory::refresh() {
         const QString kind = line.kind == PackageType::Software ? QStringLiteral("Software")
                              : line.kind == PackageType::Fpga   ? QStringLiteral("FPGA")
                                                                 : QStringLiteral("RF module");
-        fitted(*line.what, kind + ' ' + last.version);
+        fitted(*line.what, line.ended ? kind + ' ' + last.version : kind);
         fitted(*line.end, line.ended ? last.end : QStringLiteral("none yet"));
     }
     update();

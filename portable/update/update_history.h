@@ -9,17 +9,15 @@ class QLabel;
 
 namespace Kavor::HandheldGui {
 
-/// How the last update of each kind ended, a line each. GUI thread.
+/// How the last update of each kind ended, a line each, as it is when the widget is shown. GUI thread.
 class UpdateHistory : public QWidget {
     Q_OBJECT
 
 public:
     UpdateHistory(QWidget* parent, const UpdateMemory& memory);
 
-    /// Reads what is remembered anew.
-    void refresh();
-
 protected:
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
@@ -32,7 +30,7 @@ private:
         QLabel* end;
     };
 
-    void place();
+    void refresh();
 
     const UpdateMemory m_memory;
     QLabel* m_title;

@@ -62,8 +62,7 @@ QTableWidget* UpdatePackages::makeList(QWidget* parent, PanelHost& host) {
 }
 
 QWidget* UpdatePackages::makeHistory(QWidget* parent) {
-    m_history = new UpdateHistory(parent, m_settings.memory);
-    return m_history;
+    return new UpdateHistory(parent, m_settings.memory);
 }
 
 void UpdatePackages::clearUp(PanelHost& host) const {
@@ -75,7 +74,6 @@ void UpdatePackages::clearUp(PanelHost& host) const {
 }
 
 void UpdatePackages::refresh() {
-    m_history->refresh();
     m_list->update_view(0, QStringLiteral("load"));
 }
 

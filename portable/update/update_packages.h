@@ -6,7 +6,6 @@
 namespace Kavor::HandheldGui {
 
 class fwList;
-class UpdateHistory;
 
 /// The packages on the removable media and their installation. It outlives the window that shows the list.
 class UpdatePackages : public UpdateEntry {
@@ -28,8 +27,7 @@ private:
     QString noteOf(const MANIFEST_DATA& package, const char* after) const;
 
     UpdateSettings m_settings;
-    fwList* m_list = nullptr; ///< the window's, as the next
-    UpdateHistory* m_history = nullptr;
+    fwList* m_list = nullptr; ///< the window's
 };
 
 } // namespace Kavor::HandheldGui
