@@ -22,7 +22,7 @@ namespace {
 /// The list of the packages, as a user comes to it.
 class PackageList {
 public:
-    explicit PackageList(Guide& guide) : m_guide(guide) {}
+    explicit PackageList(TourGuide& guide) : m_guide(guide) {}
 
     void open(int packages) {
         m_guide.press("funcSystem");
@@ -49,7 +49,7 @@ public:
 private:
     QTableWidget& table() { return *m_guide.panel().widget<QTableWidget>("fwList"); }
 
-    Guide& m_guide;
+    TourGuide& m_guide;
 };
 
 FpgaBoardStates boards(std::initializer_list<std::tuple<FpgaBoardState::Phase, int, int>> rows) {
@@ -65,7 +65,7 @@ FpgaBoardStates boards(std::initializer_list<std::tuple<FpgaBoardState::Phase, i
     return states;
 }
 
-void progressStops(Guide& g, QWidget* window) {
+void progressStops(TourGuide& g, QWidget* window) {
     const auto show = [&g](const QString& name, UpdateDialog& dialog) {
         g.dialogShot(name, DialogKind::Progress,
                      [&dialog] { DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text()); });
@@ -99,7 +99,7 @@ void progressStops(Guide& g, QWidget* window) {
     }
 }
 
-void outcomeStops(Guide& g, QWidget* window, const QString& package) {
+void outcomeStops(TourGuide& g, QWidget* window, const QString& package) {
     const UpdateBoxes boxes(window, "FPGA Update", 1000);
     g.dialogShot("update-fpga-done", DialogKind::Information, [&] { boxes.information(UpdateTexts::fpgaDone()); });
     int number = 0;
@@ -118,7 +118,7 @@ void outcomeStops(Guide& g, QWidget* window, const QString& package) {
 
 } // namespace
 
-void updateStops(Guide& g) {
+void updateStops(TourGuide& g) {
     UpdateStick stick;
     UpdateSettings settings;
     settings.trust = stick.trustSettings();

@@ -4,13 +4,13 @@
 #include "portable/widgets/ToastOverlay.h"
 
 #include <QAbstractButton>
-#include <QApplication>
+#include <QCoreApplication>
 #include <QGraphicsEffect>
 #include <QPainter>
 
 using namespace Kavor::HandheldGui;
 
-void Guide::start(const PanelFixture::Setup& setup) {
+void TourGuide::start(const PanelFixture::Setup& setup) {
     m_panel.reset();
     m_panel = std::make_unique<PanelFixture>(setup);
     module([](ChannelRecord& r) {
@@ -21,17 +21,17 @@ void Guide::start(const PanelFixture::Setup& setup) {
     });
 }
 
-void Guide::press(const QString& name) {
+void TourGuide::press(const QString& name) {
     if (!panel().press(name))
         qFatal("%s cannot be pressed.", qPrintable(name));
 }
 
-void Guide::module(const std::function<void(ChannelRecord&)>& change) {
+void TourGuide::module(const std::function<void(ChannelRecord&)>& change) {
     panel().module().modify(0, change);
     panel().window().refreshFromModule();
 }
 
-void Guide::shot(const QString& name, QWidget* above) {
+void TourGuide::shot(const QString& name, QWidget* above) {
     QCoreApplication::processEvents();
     QWidget& window = panel().window();
     const auto onScreen = [&window](const QWidget& widget) {
@@ -56,19 +56,19 @@ void Guide::shot(const QString& name, QWidget* above) {
     visit(stop);
 }
 
-void Guide::pressedShot(const QString& name) {
+void TourGuide::pressedShot(const QString& name) {
     auto* button = panel().widget<QAbstractButton>(name);
     button->setDown(true);
     shot(QStringLiteral("pressed-") + name);
     button->setDown(false);
 }
 
-void Guide::visit(const PanelTour::Stop& stop) {
+void TourGuide::visit(const PanelTour::Stop& stop) {
     ++m_count;
     m_visit(stop);
 }
 
-void Guide::dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
+void TourGuide::dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
     panel().dialogs().expect(kind, QString(), [this, name](QDialog& dialog) {
         shot(name, &dialog);
         if (auto* update = qobject_cast<UpdateDialog*>(&dialog))

@@ -78,6 +78,12 @@ void UpdateStick::addModule(const QString& name, const QString& version, const Q
     build(request, PackageType::Module, name, version);
 }
 
+void UpdateStick::spoil(const QString& name, const QString& file, const QByteArray& bytes) const {
+    put("media/tester/" + name + '/' + file, bytes);
+    const QString manifest = "media/tester/" + name + "/Manifest";
+    put(manifest, contentOf(manifest).replace("package_sha256", "former_sha256"));
+}
+
 void UpdateStick::trust(const QByteArray& publicKey, const QByteArray& policy) const {
     put(QStringLiteral("trust/") + KeyFiles[0], Signature::keyText(publicKey));
     if (policy.isEmpty())

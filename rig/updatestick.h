@@ -23,6 +23,9 @@ public:
     void addFpga(const QString& name, const QString& version, const QByteArray& image);
     void addModule(const QString& name, const QString& version, const QByteArray& bytes);
 
+    /// Puts other bytes in the place of a package's file; its manifest then gives no hash of them.
+    void spoil(const QString& name, const QString& file, const QByteArray& bytes) const;
+
     /// What the packages that are built from now on are signed with; without a seed they are not signed.
     Signing signing;
 

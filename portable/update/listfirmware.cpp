@@ -10,6 +10,7 @@
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/tokens.h"
 
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QTimer>
@@ -63,7 +64,7 @@ fwList::~fwList() = default;
 
 QString fwList::installedVersion(const UpdateMemory& memory, PackageType kind) {
     const QString version = memory.installedVersion(kind);
-    return version.isEmpty() && kind == PackageType::Software ? QStringLiteral(VELDA_VERSION) : version;
+    return version.isEmpty() && kind == PackageType::Software ? QCoreApplication::applicationVersion() : version;
 }
 
 QString fwList::sealWord(Seal seal) {

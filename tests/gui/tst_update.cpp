@@ -288,10 +288,8 @@ private slots:
         QFETCH(QString, fault);
         QFETCH(QString, message);
         fillStick();
-        openList(3);
-        panel().sent();
         if (fault == "archive") {
-            stick().put("media/tester/3-software/" + list().item(2, 3)->text(), "no archive");
+            stick().spoil("3-software", "FW-2.1.tar.gz", "no archive");
             expectMessage("failed extracting package");
         } else if (fault == "board") {
             Sim::FpgaFaults silent;
@@ -300,11 +298,12 @@ private slots:
             expectMessage("Failed to initialize");
             expectMessage("Transfer Phase Failed");
         } else {
-            const QString image = "media/tester/1-fpga/1-fpga.img";
-            QByteArray bytes = stick().contentOf(image);
+            QByteArray bytes = stick().contentOf("media/tester/1-fpga/1-fpga.img");
             bytes[100] = static_cast<char>(bytes[100] ^ 1);
-            stick().put(image, bytes);
+            stick().spoil("1-fpga", "1-fpga.img", bytes);
         }
+        openList(3);
+        panel().sent();
         answer(fault == "archive" ? SoftwareQuestion : FpgaQuestion);
         if (fault != "image")
             expectProgress(fault == "board" ? "Transferring FPGA image..." : "Wait until upgrade process finished");
