@@ -106,6 +106,9 @@ void UpdatePackages::install(MANIFEST_DATA& package, PanelHost& host) {
             memory.note(package, false, staged.end);
         return;
     }
+    // Copying takes its time: a battery goes down, another client switches on.
+    if (!isReadyForUpdate(host, type))
+        return;
     MANIFEST_DATA& copy = staged.copies->manifest();
     UpdateSettings settings = m_settings;
     settings.install.ending = [&memory, &copy](const InstallEnd& end) {
