@@ -8,6 +8,7 @@
 #include "portable/screens/lists/list_look.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/boxes.h"
+#include "portable/widgets/listpage.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/swipe.h"
 #include "portable/widgets/vkeyboard.h"
@@ -18,7 +19,7 @@ namespace {
 
 constexpr int Rows = 6;
 constexpr int NumberWidth = 96;
-constexpr QPoint Place(16, 52);
+constexpr QPoint Place(16, SubPageRowsTop - TableHeaderHeight);
 
 static_assert(sizeof(ChannelRecord::listName) - 1 == ListFilesView::LongestTypedName + sizeof(".json") - 1);
 
@@ -32,6 +33,7 @@ ListFilesView::ListFilesView(PanelHost& host, const StepListKind& kind, PageGrou
       m_list(std::move(list)),
       m_files(CVeldaPath(QString::fromLatin1(kind.folder)).get_path()),
       m_browser(new ListFiles(&group)) {
+    addSubPageTitle(group, QString::fromLatin1(kind.filesCaption));
     m_browser->setObjectName(QString::fromLatin1(kind.prefix) + QStringLiteral("Files"));
     m_browser->setListsOps(&m_files);
     m_browser->applyViewConfig(listLook(Place.x(), Place.y(), group.width() - 2 * Place.x(), Rows, NumberWidth));
