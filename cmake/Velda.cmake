@@ -4,8 +4,11 @@ add_library(velda_options INTERFACE)
 target_include_directories(velda_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(velda_options INTERFACE -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
                        -Wunused-result -Wold-style-cast -Wcast-align)
-target_compile_definitions(velda_options INTERFACE QT_DEPRECATED_WARNINGS QT_NO_CAST_TO_ASCII
-                           VELDA_VERSION="${PROJECT_VERSION}")
+target_compile_definitions(velda_options INTERFACE QT_DEPRECATED_WARNINGS QT_NO_CAST_TO_ASCII)
+# What is delivered holds no path of the machine that built it.
+target_compile_options(velda_options INTERFACE $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=>)
+# For the few that say it: a new version then compiles these alone.
+set(VELDA_VERSION_DEFINITION VELDA_VERSION="${PROJECT_VERSION}")
 if(VELDA_WERROR)
     target_compile_options(velda_options INTERFACE -Werror)
 endif()
@@ -35,6 +38,7 @@ function(velda_program name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE velda_options ${ARG_LIBS})
+    target_compile_definitions(${name} PRIVATE ${VELDA_VERSION_DEFINITION})
 endfunction()
 
 # velda_tests(LIBS lib...): one test program for each tst_*.cpp of the calling folder, named after it and run offscreen.
@@ -49,6 +53,7 @@ function(velda_tests)
         add_executable(${name} ${source})
         set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
         target_link_libraries(${name} PRIVATE velda_test_support ${ARG_LIBS})
+        target_compile_definitions(${name} PRIVATE ${VELDA_VERSION_DEFINITION})
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT
             "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1:abort_on_error=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:history_size=4:ignore_noninstrumented_modules=1;UBSAN_OPTIONS=print_stacktrace=1")

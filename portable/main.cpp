@@ -5,11 +5,13 @@
 #include "portable/widgets/styles/styles.h"
 #include "portable/window/focustrace.h"
 #include "portable/window/mainwindow.h"
+#include "portable/window/servicenotifier.h"
 #include "portable/window/splash.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <cstdio>
+#include <malloc.h>
 #include <optional>
 
 using namespace Kavor::HandheldGui;
@@ -17,6 +19,10 @@ using namespace Kavor::HandheldGui;
 namespace {
 
 constexpr int CalledWrong = 2;
+
+/// Bytes of a block from which on the system takes it back when it is freed. Left to itself the allocator raises this
+/// to the largest picture it has seen, and the heap keeps what the splash needed.
+constexpr int LargeBlock = 1 << 20;
 
 /// Answers what is asked on the command line and refuses what nobody knows; nothing when the panel is to start. Needs
 /// no display. The options of Qt itself pass.
@@ -58,6 +64,7 @@ std::optional<int> answered(int& argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    mallopt(M_MMAP_THRESHOLD, LargeBlock);
     if (const std::optional<int> code = answered(argc, argv))
         return *code;
     // Touch and mouse input reach every widget either way.
@@ -81,6 +88,7 @@ int main(int argc, char** argv) {
         QApplication::setOverrideCursor(Qt::BlankCursor);
     QApplication::setQuitOnLastWindowClosed(false);
 
+    auto* notifier = new ServiceNotifier(&application);
     auto* splash = new Splash(QStringLiteral(":/logo.gif"));
     auto* handler = new EventHandler;
     handler->InitChannels();
@@ -89,8 +97,9 @@ int main(int argc, char** argv) {
     settings.updateEntry = updates;
     auto* window = new MainWindow(nullptr, handler, settings);
     window->postInit();
-    QObject::connect(splash, &Splash::ended, window, [window] {
+    QObject::connect(splash, &Splash::ended, window, [window, notifier] {
         window->show();
+        notifier->watch(*window);
         QApplication::setQuitOnLastWindowClosed(true);
     });
     splash->start();

@@ -6,6 +6,7 @@
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/boxes.h"
+#include "portable/widgets/styles/tokens.h"
 #include "rig/panelfixture.h"
 #include "rig/tourguide.h"
 #include "rig/updatestick.h"
@@ -310,7 +311,11 @@ void boxStops(TourGuide& g) {
     QMovie movie(":/logo.gif");
     for (int frame = 0; frame < 18; ++frame) // a GIF is read forwards
         movie.jumpToNextFrame();
-    g.visit({"splash", nullptr, QPoint(), movie.currentPixmap(), QRect()});
+    QPixmap screen(g.panel().window().size());
+    screen.fill(QColor(Style::Ground));
+    const QPixmap frame = movie.currentPixmap();
+    QPainter(&screen).drawPixmap(screen.rect().center() - frame.rect().center(), frame);
+    g.visit({"splash", nullptr, QPoint(), screen, QRect()});
 }
 
 } // namespace

@@ -15,6 +15,11 @@ Splash::Splash(const QString& movie, QObject* parent)
     m_label->setFixedSize(Style::WindowWidth, Style::WindowHeight);
     m_label->setBaseSize(Style::WindowWidth, Style::WindowHeight);
     m_label->setGeometry(0, 0, Style::WindowWidth, Style::WindowHeight);
+    // The picture is the part that moves; around it lies its ground, which needs no memory in each frame.
+    m_label->setAlignment(Qt::AlignCenter);
+    QPalette ground;
+    ground.setColor(QPalette::Window, QColor(Style::Ground));
+    m_label->setPalette(ground);
     m_label->setMovie(m_movie);
     connect(m_movie, &QMovie::finished, this, &Splash::end);
     connect(m_movie, &QMovie::frameChanged, this, &Splash::onFrame);

@@ -7,8 +7,8 @@ class QMovie;
 
 namespace Kavor::HandheldGui {
 
-/// The animation in front of the panel while it starts: a full-screen picture that ends after one pass, whether the
-/// animation stops or loops. Deletes itself at the end. GUI thread.
+/// The animation in front of the panel while it starts: a picture in the middle of the whole screen that ends after one
+/// pass, whether the animation stops or loops. Deletes itself at the end. GUI thread.
 class Splash : public QObject {
     Q_OBJECT
 

@@ -177,7 +177,7 @@ private slots:
         const QStringList shown{"9.8.7/6.54", "KV-6000", VELDA_VERSION, qVersion()};
         for (int i = 0; i < names.size(); ++i)
             QCOMPARE(panel().text(names[i]), shown[i]);
-        QVERIFY(QRegularExpression("\\d{4}, \\w+$").match(panel().text("aboutBuild")).hasMatch());
+        QVERIFY(QRegularExpression("^\\d{4}-\\d\\d-\\d\\d, \\w+$").match(panel().text("aboutBuild")).hasMatch());
     }
 
     void toast() {

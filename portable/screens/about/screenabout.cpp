@@ -25,7 +25,7 @@ std::function<QString(const ChannelRecord&)> fixedText(const QString& text) {
 
 /// The day of the build (of the sources, where a package build sets SOURCE_DATE_EPOCH) and the processor built for.
 QString buildText() {
-    return QStringLiteral("%1, %2").arg(QString::fromLatin1(__DATE__).simplified(), QSysInfo::buildCpuArchitecture());
+    return QStringLiteral("%1, %2").arg(QStringLiteral(VELDA_BUILD_DAY), QSysInfo::buildCpuArchitecture());
 }
 
 } // namespace
@@ -35,11 +35,9 @@ aboutScreen::aboutScreen(QWidget* parent, std::vector<STATE> states)
     const int height = Style::PageHeight - 8;
     const QRect left(Style::PageMargin, 0, PictureWidth, height);
     auto* frame = new PageGroup(m_page, QString(), left);
-    QLabel* picture = frame->addLabel(12, 12, left.width() - 24, left.height() - 24, QString());
-    picture->setObjectName(QStringLiteral("aboutPicture"));
-    picture->setAlignment(Qt::AlignCenter);
-    picture->setPixmap(QPixmap(QStringLiteral(":/product.png"))
-                           .scaled(picture->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    m_picture = frame->addLabel(12, 12, left.width() - 24, left.height() - 24, QString());
+    m_picture->setObjectName(QStringLiteral("aboutPicture"));
+    m_picture->setAlignment(Qt::AlignCenter);
 
     const int x = left.right() + 1 + GroupGap;
     using R = ChannelRecord;
@@ -60,6 +58,10 @@ void aboutScreen::update_from_config(STATE) {
 void aboutScreen::update_controls(STATE) {}
 
 void aboutScreen::show() {
+    // Reading and scaling it takes longer than all else of the page, and few ever look: not at the start.
+    if (m_picture->pixmap(Qt::ReturnByValue).isNull())
+        m_picture->setPixmap(QPixmap(QStringLiteral(":/product.png"))
+                                 .scaled(m_picture->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
     m_page->show();
 }
 

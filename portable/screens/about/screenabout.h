@@ -2,6 +2,8 @@
 
 #include "portable/host/iguiscreen.h"
 
+class QLabel;
+
 namespace Kavor::HandheldGui {
 
 class ReadoutGroup;
@@ -22,6 +24,7 @@ public:
 
 private:
     QWidget* m_page;
+    QLabel* m_picture;
     ReadoutGroup* m_versions;
 };
 
