@@ -17,6 +17,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QMovie>
+#include <QPainter>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>

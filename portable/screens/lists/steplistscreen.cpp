@@ -138,6 +138,8 @@ void StepListScreen::update_static_controls(STATE state) {
         return;
     m_subState = state;
     const bool files = state == m_kind.filesState;
+    if (!files)
+        m_files->leave();
     m_tableGroup->setVisible(!files);
     m_settings->setVisible(!files);
     for (QPushButton* button : m_tableButtons)
@@ -160,6 +162,7 @@ void StepListScreen::show() {
 }
 
 void StepListScreen::hide() {
+    m_files->leave();
     m_page->hide();
 }
 
