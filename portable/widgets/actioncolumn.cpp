@@ -12,10 +12,6 @@ namespace {
 
 constexpr char Lit[] = "lit";
 
-QString lined(const QString& sheet) {
-    return sheet + QStringLiteral("QPushButton { text-align: left; padding-left: 16px; }");
-}
-
 } // namespace
 
 QRect place(int index) {
@@ -27,7 +23,8 @@ QPushButton* addButton(QWidget* page, int index, LineIcon icon, const QString& t
     button->setObjectName(name);
     button->setGeometry(place(index));
     button->setFocusPolicy(Qt::NoFocus);
-    button->setIconSize(QSize(LineIconSize, LineIconSize));
+    button->setProperty("side", "left");
+    button->setIconSize(LineIconRoom);
     setLit(button, icon, false);
     return button;
 }
@@ -35,7 +32,7 @@ QPushButton* addButton(QWidget* page, int index, LineIcon icon, const QString& t
 void setLit(QPushButton* button, LineIcon icon, bool lit) {
     if (button->property(Lit) == QVariant(lit))
         return;
-    applySheet(button, lined(lit ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE));
+    applySheet(button, lit ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE);
     button->setIcon(lineIcon(icon, lit ? Style::OnActive : Style::Text));
     button->setProperty(Lit, lit);
 }

@@ -10,7 +10,7 @@
 namespace Kavor::HandheldGui {
 
 namespace {
-constexpr int TickSize = 24;
+constexpr QSize TickRoom = {30, 24};
 }
 
 IntfButton::IntfButton(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width, int height)
@@ -39,7 +39,7 @@ IntfButtonMod::IntfButtonMod(QWidget* parent, const std::vector<STATE>& states, 
     : IntfButton(parent, states, text, width, height) {
     setFocusPolicy(Qt::StrongFocus);
     setStyles(PRESSED_TAB_BTN_STYLE3, UNPRESSED_TAB_BTN_STYLE3);
-    setIconSize(QSize(TickSize, TickSize));
+    setIconSize(TickRoom);
     connect(&Freshness::panel(), &Freshness::changed, this, &IntfButtonMod::showTick);
 }
 

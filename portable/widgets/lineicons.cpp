@@ -165,9 +165,16 @@ QPixmap linePixmap(LineIcon icon, QRgb colour) {
     return pixmap;
 }
 
+QPixmap withGap(const QPixmap& picture) {
+    QPixmap wider(picture.width() + LineIconRoom.width() - LineIconSize, picture.height());
+    wider.fill(Qt::transparent);
+    QPainter(&wider).drawPixmap(0, 0, picture);
+    return wider;
+}
+
 QIcon lineIcon(LineIcon icon, QRgb colour) {
-    QIcon result(linePixmap(icon, colour));
-    result.addPixmap(linePixmap(icon, Style::Disabled), QIcon::Disabled);
+    QIcon result(withGap(linePixmap(icon, colour)));
+    result.addPixmap(withGap(linePixmap(icon, Style::Disabled)), QIcon::Disabled);
     return result;
 }
 

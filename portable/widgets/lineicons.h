@@ -3,6 +3,7 @@
 #include <QIcon>
 #include <QPixmap>
 #include <QRgb>
+#include <QSize>
 
 namespace Kavor::HandheldGui {
 
@@ -40,16 +41,22 @@ enum class LineIcon {
 
 constexpr int LineIconSize = 32; ///< pixels, both ways
 
-/// The sign in a colour, and disabled in that of disabled texts. GUI thread.
+/// Of a sign before words: with the gap between them.
+constexpr QSize LineIconRoom(LineIconSize + 8, LineIconSize);
+
+/// The sign in a colour, and disabled in that of disabled texts, LineIconRoom large. GUI thread.
 QIcon lineIcon(LineIcon icon, QRgb colour);
 
 /// The sign alone, in a colour.
 QPixmap linePixmap(LineIcon icon, QRgb colour);
 
-/// The sign as a picture that takes its colour later.
+/// The pixels of a sign or another picture before words: with the gap between them.
+QPixmap withGap(const QPixmap& picture);
+
+/// The sign before words, as a picture that takes its colour later.
 inline auto pictureOf(LineIcon icon) {
     return [icon](QRgb colour) {
-        return linePixmap(icon, colour);
+        return withGap(linePixmap(icon, colour));
     };
 }
 

@@ -68,7 +68,7 @@ QPixmap waveBefore(const QPainterPath& before, qreal waveX, int waves, qreal end
 
 /// A wave that never ends.
 QPixmap continuousPicture(QRgb colour) {
-    return waveBefore(QPainterPath(), 4, 5, 184, colour);
+    return withGap(waveBefore(QPainterPath(), 4, 5, 184, colour));
 }
 
 /// An edge, and a wave that it sets off.
@@ -81,8 +81,9 @@ QPixmap triggerPicture(QRgb colour) {
     edge.moveTo(25, 38);
     edge.lineTo(32, 28);
     edge.lineTo(39, 38);
-    edge.moveTo(56, 32);
-    return waveBefore(edge, 76, 2, 178, colour);
+    edge.moveTo(46, 32);
+    edge.lineTo(60, 32);
+    return withGap(waveBefore(edge, 60, 2, 160, colour));
 }
 
 } // namespace

@@ -84,7 +84,7 @@ QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const
     QPushButton* made = makeButton(group, QString::fromLatin1(button.text), QString::fromLatin1(button.name));
     made->setGeometry(place);
     made->setProperty("side", "left");
-    made->setIconSize(QSize(LineIconSize, LineIconSize));
+    made->setIconSize(LineIconRoom);
     made->setIcon(lineIcon(button.sign, Style::Text));
     if (button.leads) {
         auto* sign = new QLabel(made);

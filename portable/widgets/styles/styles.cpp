@@ -117,6 +117,7 @@ QString edit(int pixels, QRgb text, QRgb background, QRgb edge, bool strong = fa
                 colours(text, background) + border(2, edge) + font(pixels, strong) +
                     QStringLiteral("padding: 0 12px; selection-background-color: %1; selection-color: %2;")
                         .arg(css(Active), css(OnActive))) +
+           rule(QStringLiteral("QLineEdit[compact=\"true\"]"), font(TextGroup) + QStringLiteral("padding: 0 6px;")) +
            rule(QStringLiteral("QLineEdit:disabled"),
                 colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge)));
 }
@@ -124,10 +125,12 @@ QString edit(int pixels, QRgb text, QRgb background, QRgb edge, bool strong = fa
 QString combo(int pixels) {
     return rule(QStringLiteral("QComboBox"),
                 colours(Text, Field) + border(2, Edge) + font(pixels) + QStringLiteral("padding-left: 12px;")) +
+           rule(QStringLiteral("QComboBox[compact=\"true\"]"), QStringLiteral("padding-left: 10px;")) +
            rule(QStringLiteral("QComboBox:on"), QStringLiteral("border-color: %1;").arg(css(Active))) +
            rule(QStringLiteral("QComboBox:disabled"),
                 colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge))) +
            rule(QStringLiteral("QComboBox::drop-down"), QStringLiteral("border: none; width: 40px;")) +
+           rule(QStringLiteral("QComboBox[compact=\"true\"]::drop-down"), QStringLiteral("width: 28px;")) +
            rule(QStringLiteral("QComboBox::down-arrow"),
                 QStringLiteral("image: url(:/down_arrow.png); width: 22px; height: 14px;")) +
            rule(QStringLiteral("QComboBox::down-arrow:disabled"),

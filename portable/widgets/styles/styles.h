@@ -51,6 +51,7 @@ extern const QString WIDGET_GROUP_STYLE;
 extern const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER;
 extern const QString WIDGET_GROUP_STYLE_MISC;
 
+// The dynamic property "compact" of an entry or a unit box saves room at its sides, and in the entry's figures.
 extern const QString WIDGET_COMBO_STYLE;
 extern const QString WIDGET_COMBO_STYLE_BIG;
 extern const QString WIDGET_COMBO_LIST_STYLE; ///< the list of a combo box, rows to be touched
