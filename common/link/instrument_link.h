@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -64,6 +65,9 @@ public:
 
     /// The snapshot's record of the current channel; zeros when there is none. The reference stays valid.
     const ChannelRecord& snapshot() const { return m_snapshot[m_channel]; }
+
+    /// Of any channel, as it was last copied; zeros for one that does not exist.
+    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
 
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;

@@ -185,10 +185,10 @@ void systemScreen::buildSubPages() {
         return;
     m_packagePage = new ListPage(makePage(QStringLiteral("pagePackages")), QStringLiteral("Update Packages"),
                                  QStringLiteral("No update package found"), QStringLiteral("packagesBack"));
+    m_packagePage->setFooter(update->makeHistory(m_packagePage->group()));
     m_packagePage->setTable(update->makeList(m_packagePage->group(), host()));
     connect(update, &UpdateEntry::chosen, this, &systemScreen::onMsgLoadFWList);
     connect(update, &UpdateEntry::noteChanged, m_packagePage, &ListPage::setNote);
-    connect(update, &UpdateEntry::outcomeChanged, m_packagePage, &ListPage::setStatus);
     connect(m_packagePage, &ListPage::back, this, [this] { showSubPage(Main); });
 }
 
