@@ -81,6 +81,9 @@ public:
     /// The region is there and can be read, and the client is connected.
     bool isLinkUp() const;
 
+    /// There is a record of the current channel, of this moment or the last that could be read.
+    bool hasRecord() const { return holdsCurrentChannel(); }
+
     /// The service has answered, if only with a refusal, since a command last timed out.
     bool isAnswering() const { return m_answering; }
 

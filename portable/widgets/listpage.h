@@ -8,6 +8,14 @@ class QTableWidget;
 
 namespace Kavor::HandheldGui {
 
+class PageGroup;
+
+/// Height of the header of every table of the panel, in pixels.
+constexpr int TableHeaderHeight = 30;
+
+/// Where the rows of a sub-page's table begin, below the top of its group, in pixels.
+constexpr int SubPageRowsTop = 120;
+
 /// A page with one table over its whole width, a note in its place while it has no rows, and a "Back" button. GUI
 /// thread.
 class ListPage : public QObject {
@@ -39,11 +47,14 @@ private:
     void showNote();
 
     QWidget* m_page;
-    QWidget* m_group;
+    PageGroup* m_group;
     QLabel* m_note;
     QTableWidget* m_table = nullptr;
     int m_tableHeight;
 };
+
+/// The title of a sub-page, as high as what may stand beside it.
+QLabel* addSubPageTitle(PageGroup& group, const QString& title);
 
 /// Gives a table of files the panel's look: rows to be touched, whole rows chosen, no editing, no row header.
 void dressTable(QTableWidget& table);
