@@ -1,8 +1,6 @@
 #include "rig/paneltour.h"
 
 #include "common/update/update_texts.h"
-#include "lists/table/list_files.h"
-#include "lists/table/list_table.h"
 #include "portable/update/update_boxes.h"
 #include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
@@ -10,18 +8,15 @@
 #include "portable/widgets/boxes.h"
 #include "portable/widgets/styles/tokens.h"
 #include "rig/panelfixture.h"
+#include "rig/tourguide.h"
 #include "rig/updatestick.h"
 
-#include <QAbstractButton>
 #include <QAbstractItemView>
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
-#include <QGraphicsEffect>
 #include <QLabel>
 #include <QMovie>
-#include <QPainter>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -33,96 +28,7 @@ using namespace Kavor::HandheldGui;
 
 namespace {
 
-/// Leads the panel to a state and shows it to the visitor.
-class Guide {
-public:
-    Guide(const PanelTour::Visit& visit, int& count) : m_visit(visit), m_count(count) {}
-
-    void start(const PanelFixture::Setup& setup = PanelFixture::Setup()) {
-        m_panel.reset();
-        m_panel = std::make_unique<PanelFixture>(setup);
-        module([](ChannelRecord& r) {
-            r.frequency.value = 1.5e9;
-            r.power.value = -7.5;
-            r.batteryCharge = 78;
-            r.batteryCurrent = -300;
-        });
-    }
-
-    PanelFixture& panel() { return *m_panel; }
-
-    /// A way that cannot be gone is a fault of the tour or of the panel.
-    void press(const QString& name) {
-        if (!panel().press(name))
-            qFatal("%s cannot be pressed.", qPrintable(name));
-    }
-
-    void module(const std::function<void(ChannelRecord&)>& change) {
-        panel().module().modify(0, change);
-        panel().window().refreshFromModule();
-    }
-
-    void shot(const QString& name, QWidget* above = nullptr) {
-        QCoreApplication::processEvents();
-        QWidget& window = panel().window();
-        const auto onScreen = [&window](const QWidget& widget) {
-            return widget.mapToGlobal(QPoint()) - window.mapToGlobal(QPoint());
-        };
-        QWidget& shown = above ? *above : window;
-        PanelTour::Stop stop{name, &shown, onScreen(shown), window.grab(), QRect()};
-        QPainter painter(&stop.picture);
-        if (above)
-            painter.drawPixmap(stop.origin, above->grab());
-        ToastOverlay* toast = panel().window().toast();
-        if (toast->isTelling()) {
-            QPixmap bubble(toast->size());
-            bubble.fill(Qt::transparent);
-            toast->graphicsEffect()->setEnabled(false);
-            toast->render(&bubble, QPoint(), QRegion(), QWidget::DrawChildren);
-            stop.toast = QRect(onScreen(*toast), toast->size());
-            painter.setClipRegion(toast->mask().translated(stop.toast.topLeft()));
-            painter.drawPixmap(stop.toast.topLeft(), bubble);
-        }
-        painter.end();
-        visit(stop);
-    }
-
-    /// A button under the finger.
-    void pressedShot(const QString& name) {
-        auto* button = panel().widget<QAbstractButton>(name);
-        button->setDown(true);
-        shot(QStringLiteral("pressed-") + name);
-        button->setDown(false);
-    }
-
-    void visit(const PanelTour::Stop& stop) {
-        ++m_count;
-        m_visit(stop);
-    }
-
-    /// Opens a dialog by pressing, shows it and rejects it.
-    void dialogShot(const QString& name, DialogKind kind, const std::function<void()>& open) {
-        panel().dialogs().expect(kind, QString(), [this, name](QDialog& dialog) {
-            shot(name, &dialog);
-            if (auto* update = qobject_cast<UpdateDialog*>(&dialog))
-                update->end(); // nothing but its work's end closes it
-            else
-                dialog.reject();
-        });
-        open();
-        QCoreApplication::processEvents(); // some boxes come from the event loop
-        const QStringList problems = panel().dialogs().problems();
-        if (!problems.isEmpty())
-            qFatal("%s: %s", qPrintable(name), qPrintable(problems.join("; ")));
-    }
-
-private:
-    const PanelTour::Visit& m_visit;
-    int& m_count;
-    std::unique_ptr<PanelFixture> m_panel;
-};
-
-void cwStops(Guide& g) {
+void cwStops(TourGuide& g) {
     g.start();
     g.shot("cw-rf-off");
     g.press("rfOn");
@@ -152,7 +58,7 @@ void cwStops(Guide& g) {
     box->hidePopup();
 }
 
-void keyboardStops(Guide& g) {
+void keyboardStops(TourGuide& g) {
     g.start();
     g.dialogShot("keyboard-frequency", DialogKind::Keyboard, [&g] { g.press("cwFrequency"); });
     g.dialogShot("keyboard-power", DialogKind::Keyboard, [&g] { g.press("cwPower"); });
@@ -165,7 +71,7 @@ void keyboardStops(Guide& g) {
     g.dialogShot("keyboard-number", DialogKind::Keyboard, [&g] { g.press("frswSteps"); });
 }
 
-void pageStops(Guide& g) {
+void pageStops(TourGuide& g) {
     UpdatePackages updates;
     PanelFixture::Setup setup;
     setup.updateEntry = &updates;
@@ -199,7 +105,7 @@ void pageStops(Guide& g) {
 }
 
 /// A folder of saved configurations and a network with long names.
-void systemStops(Guide& g) {
+void systemStops(TourGuide& g) {
     const QTemporaryDir netClass;
     qputenv("VELDA_NET_CLASS", QFile::encodeName(netClass.path()));
     PanelFixture::Setup setup;
@@ -278,104 +184,8 @@ void systemStops(Guide& g) {
     qunsetenv("VELDA_NET_CLASS");
 }
 
-/// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list
-/// screens.
-void stepListStops(Guide& g, const QString& prefix, const QStringList& way) {
-    g.start();
-    PanelFixture& panel = g.panel();
-    for (const QString& button : way)
-        g.press(button);
-    const auto name = [&prefix](const char* part) {
-        return prefix + QLatin1Char('-') + QLatin1String(part);
-    };
-    g.shot(name("new"));
-    const bool list = prefix == QLatin1String("list");
-    const QStringList first{"2.4", "100", "433.92", "915", "5.8", "1.57542", "88.1"};
-    const QStringList second{"5", "-10", "0", "-3.5", "2.25", "-40", "-12.75"};
-    const QStringList third{"500", "1", "500", "250", "500", "10", "75"};
-    auto* table = panel.widget<ListTable>(prefix + "Table");
-    for (int row = 0; row < first.size(); ++row) {
-        if (row > 0)
-            g.press(prefix + "Add");
-        const auto edit = [&](int column, const QString& number, const QString& key) {
-            panel.dialogs().expectNumber(QString(), number, key);
-            table->requestEdit(row, column);
-        };
-        if (list) {
-            edit(1, first.at(row), row == 0 || row == 4 || row == 5 ? "keyUnit0" : "keyUnit1");
-            edit(2, second.at(row), "keyUnit0");
-            edit(3, third.at(row), row == 1 || row == 5 ? "keyUnit2" : "keyUnit1");
-            if (row % 3 == 1)
-                table->requestEdit(row, 4);
-        } else {
-            edit(1, third.at(row), "keyUnit1");
-            edit(2, first.at(row), "keyUnit1");
-            edit(3, QString::number(row + 1), row == 2 ? "keyUnit1" : "keyUnit0");
-        }
-    }
-    table->setCurrentCell(1, 1);
-    table->scrollToTop();
-    g.shot(name("edited"));
-    g.dialogShot(name("keyboard"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 3 : 1); });
-    g.dialogShot(name("keyboard-second"), DialogKind::Keyboard, [&] { table->requestEdit(1, list ? 2 : 3); });
-    panel.dialogs().expectNumber(QString(), "9999999", list ? "keyUnit0" : "keyUnit3");
-    table->requestEdit(1, 1);
-    if (g.panel().toast().isEmpty())
-        qFatal("%s is not out of range.", qPrintable(prefix));
-    g.shot(name("out-of-range"));
-    panel.window().toast()->hideImmediate();
-    if (list) {
-        g.press("listRunSelection");
-        g.shot(name("selection"));
-        g.press("listRunList");
-        g.press("listDwellFixed");
-        g.shot(name("fixed-dwell"));
-        panel.enter("listFixedDwell", "1", "keyUnit3");
-        g.shot(name("fixed-dwell-second"));
-        panel.enter("listFixedDwell", "200", "keyUnit3");
-        g.shot(name("fixed-dwell-out-of-range"));
-        panel.window().toast()->hideImmediate();
-        g.dialogShot(name("question-new"), DialogKind::Question, [&] { g.press("listNew"); });
-    }
-    g.dialogShot(name("uploaded"), DialogKind::Information, [&] { g.press(prefix + "Upload"); });
-    for (const char* file : {"hop", "Band III-2", "scan_long"}) {
-        g.press(prefix + "Save");
-        panel.dialogs().expect(DialogKind::Keyboard, QString(), [file](QDialog& dialog) {
-            for (const QChar c : QString(file))
-                QTest::keyClick(&dialog, c.toLatin1());
-            pressButton(dialog, "keyEnter");
-        });
-        panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1);
-    }
-    g.shot(name("saved"));
-    g.press(prefix + "Save");
-    g.shot(name("files-save"));
-    g.dialogShot(name("keyboard-filename"), DialogKind::Keyboard,
-                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1); });
-    g.dialogShot(name("question-overwrite"), DialogKind::Question,
-                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(1, 1); });
-    g.press(prefix + "Cancel");
-    const QString folder = panel.home() + "/kavor/" + prefix + "/1/";
-    for (int i = 0; i < 12; ++i)
-        QFile::copy(folder + "hop.json", folder + QString("scan %1.json").arg(i + 1));
-    QFile::copy(folder + "hop.json", folder + "a " + QString(180, 'n') + ".json");
-    g.press(prefix + "Load");
-    panel.widget<ListFiles>(prefix + "Files")->setCurrentCell(4, 1);
-    g.shot(name("files-load"));
-    g.press(prefix + "Cancel");
-    g.press(prefix + "Delete");
-    g.shot(name("files-delete"));
-    g.dialogShot(name("question-delete"), DialogKind::Question,
-                 [&] { panel.widget<ListFiles>(prefix + "Files")->onCellActivated(0, 1); });
-    g.press(prefix + "Cancel");
-    g.press("rfOn");
-    g.press(prefix + "Enable");
-    g.press("modOn");
-    g.shot(name("running"));
-}
-
 /// A stick with a package of each kind, what is asked about them, and how their installation shows and ends.
-void updateStops(Guide& g) {
+void updateStops(TourGuide& g) {
     UpdateStick stick;
     UpdatePackages updates;
     PanelFixture::Setup setup;
@@ -446,7 +256,7 @@ void updateStops(Guide& g) {
     }
 }
 
-void headerStops(Guide& g) {
+void headerStops(TourGuide& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
     g.panel().window().set_battery_level(55);
@@ -475,7 +285,7 @@ void headerStops(Guide& g) {
 }
 
 /// A command that takes its time, one that is asked for meanwhile, and a module that has stopped answering.
-void waitStops(Guide& g) {
+void waitStops(TourGuide& g) {
     PanelFixture::Setup setup;
     setup.commandTimeoutMs = 700;
     g.start(setup);
@@ -490,7 +300,7 @@ void waitStops(Guide& g) {
     g.panel().module().clearFaults();
 }
 
-void boxStops(Guide& g) {
+void boxStops(TourGuide& g) {
     g.start();
     g.dialogShot("box-no-connection", DialogKind::Critical,
                  [&g] { g.panel().window().reportError("No connection to internal veldaX module. Please restart."); });
@@ -514,7 +324,7 @@ PanelTour::PanelTour(Visit visit) : m_visit(std::move(visit)) {}
 
 void PanelTour::run() {
     m_count = 0;
-    Guide guide(m_visit, m_count);
+    TourGuide guide(m_visit, m_count);
     cwStops(guide);
     keyboardStops(guide);
     pageStops(guide);
