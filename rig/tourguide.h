@@ -43,3 +43,9 @@ private:
 
 /// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list screens.
 void stepListStops(TourGuide& g, const QString& prefix, const QStringList& way);
+
+/// The licences, and diagnostics to a stick.
+void aboutStops(TourGuide& g);
+
+/// One frame of the animation that covers the start.
+void splashStop(TourGuide& g);

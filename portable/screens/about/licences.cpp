@@ -17,14 +17,14 @@ constexpr int TermsWidth = 300;
 
 const std::vector<Licence>& licences() {
     static const std::vector<Licence> all{
-        {"Front panel", "MIT", "The panel's maintainers", ""},
-        {"Qt 5", "LGPL 3", "The Qt Company and others", "libQt5"},
-        {"spdlog", "MIT", "Gabi Melman and others", "libspdlog"},
-        {"fmt", "MIT", "Victor Zverovich and others", "libfmt"},
+        {"Front panel", "MIT", "Its maintainers", ""},
+        {"Qt 5", "LGPL 3", "The Qt Company", "libQt5"},
+        {"spdlog", "MIT", "G. Melman", "libspdlog"},
+        {"fmt", "MIT", "V. Zverovich", "libfmt"},
         {"zlib", "zlib", "J. Gailly, M. Adler", "libz."},
-        {"libsystemd", "LGPL 2.1 or later", "systemd's authors", "libsystemd"},
-        {"GNU C library", "LGPL 2.1 or later", "Free Software Foundation", "libc. libm. ld-linux librt libpthread"},
-        {"GNU C++ library", "GPL 3, linking exception", "Free Software Foundation", "libstdc++ libgcc_s"},
+        {"libsystemd", "LGPL 2.1+", "systemd's authors", "libsystemd"},
+        {"GNU C library", "LGPL 2.1+", "FSF", "libc. libm. ld-linux librt libpthread"},
+        {"GNU C++ library", "GPL 3 + exception", "FSF", "libstdc++ libgcc_s"},
         {"Open Sans", "Apache 2.0", "Google", ""},
         {"Liberation Sans", "OFL 1.1", "Google, Red Hat", ""},
     };
