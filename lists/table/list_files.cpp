@@ -17,7 +17,7 @@ ListFiles::ListFiles(QWidget* parent) : QTableWidget(parent) {
     setEditTriggers(NoEditTriggers);
     setSelectionMode(SingleSelection);
     setSelectionBehavior(SelectRows);
-    setVerticalScrollMode(ScrollPerItem);
+    setVerticalScrollMode(ScrollPerPixel);
     setTabKeyNavigation(false);
     connect(this, &QTableWidget::cellClicked, this, &ListFiles::onCellActivated);
 }

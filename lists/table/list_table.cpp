@@ -33,7 +33,7 @@ ListTable::ListTable(QWidget* parent) : QTableView(parent), m_model(new ListTabl
     setEditTriggers(NoEditTriggers);
     setSelectionMode(SingleSelection);
     setSelectionBehavior(SelectItems);
-    setVerticalScrollMode(ScrollPerItem);
+    setVerticalScrollMode(ScrollPerPixel);
     setTabKeyNavigation(false);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     connect(this, &QTableView::clicked, this,

@@ -5,6 +5,7 @@
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/swipe.h"
 
 #include <QAbstractButton>
 #include <QListView>
@@ -19,6 +20,7 @@ ComboBox::ComboBox(QWidget* parent) : QComboBox(parent) {
     setView(new QListView(this));
     setItemDelegate(new QStyledItemDelegate(this));
     view()->setStyleSheet(WIDGET_COMBO_LIST_STYLE);
+    Swipe::install(*view());
     connect(this, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &ComboBox::indexChanged);
 }
 

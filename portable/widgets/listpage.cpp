@@ -3,11 +3,11 @@
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/swipe.h"
 
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTableWidget>
 
 namespace Kavor::HandheldGui {
@@ -29,8 +29,7 @@ void dressTable(QTableWidget& table) {
                         QStringLiteral("QTableView::item { border-bottom: 1px solid %1; padding-left: 13px; }"
                                        "QTableView::item:selected { background-color: %2; color: %3; }")
                             .arg(Style::css(Style::PanelEdge), Style::css(Style::Field), Style::css(Style::Text)));
-    // A scroll bar takes its width from a sheet of its own only.
-    table.verticalScrollBar()->setStyleSheet(LIST_SCROLL_STYLE);
+    Swipe::install(table);
     table.setFrameShape(QFrame::NoFrame);
     table.setEditTriggers(QAbstractItemView::NoEditTriggers);
     table.setSelectionMode(QAbstractItemView::SingleSelection);
@@ -38,7 +37,6 @@ void dressTable(QTableWidget& table) {
     table.setFocusPolicy(Qt::NoFocus);
     table.setShowGrid(false);
     table.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    table.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     table.setContextMenuPolicy(Qt::NoContextMenu);
     table.verticalHeader()->hide();
     table.verticalHeader()->setDefaultSectionSize(Style::TableRowHeight);

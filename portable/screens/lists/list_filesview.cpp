@@ -9,6 +9,7 @@
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/boxes.h"
 #include "portable/widgets/pagegroup.h"
+#include "portable/widgets/swipe.h"
 #include "portable/widgets/vkeyboard.h"
 
 namespace Kavor::HandheldGui {
@@ -34,6 +35,7 @@ ListFilesView::ListFilesView(PanelHost& host, const StepListKind& kind, PageGrou
     m_browser->setObjectName(QString::fromLatin1(kind.prefix) + QStringLiteral("Files"));
     m_browser->setListsOps(&m_files);
     m_browser->applyViewConfig(listLook(Place.x(), Place.y(), group.width() - 2 * Place.x(), Rows, NumberWidth));
+    Swipe::install(*m_browser);
     connect(m_browser, &ListFiles::fileSelected, this, &ListFilesView::onFileSelected);
     connect(m_browser, &ListFiles::escapeRequested, this, &ListFilesView::cancelled);
 }

@@ -12,6 +12,7 @@
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/swipe.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -76,6 +77,7 @@ void StepListScreen::buildTable() {
     m_table = new ListTable(m_tableGroup);
     m_table->setObjectName(named("Table"));
     m_table->applyViewConfig(listLook(TableInset, TableTop, MainWidth - 2 * TableInset, TableRows, StepColumnWidth));
+    Swipe::install(*m_table);
     connect(m_table, &ListTable::editRequested, this, &StepListScreen::onEditRequested);
 }
 
