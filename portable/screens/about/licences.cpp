@@ -23,6 +23,7 @@ const std::vector<Licence>& licences() {
         {"fmt", "MIT", "V. Zverovich", "libfmt"},
         {"zlib", "zlib", "J. Gailly, M. Adler", "libz."},
         {"libsystemd", "LGPL 2.1+", "systemd's authors", "libsystemd"},
+        {"libsodium", "ISC", "F. Denis", "libsodium"},
         {"GNU C library", "LGPL 2.1+", "FSF", "libc. libm. ld-linux librt libpthread"},
         {"GNU C++ library", "GPL 3 + exception", "FSF", "libstdc++ libgcc_s"},
         {"Open Sans", "Apache 2.0", "Google", ""},
