@@ -21,10 +21,10 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int RunTypeX = 192;
+constexpr int RunTypeX = 176;
 constexpr int GroupGap = 12;
 constexpr int SideRoom = 24;
-constexpr int UnitWidth = 88;
+constexpr int UnitWidth = 80;
 constexpr int RightMargin = 12;
 
 /// Buttons side by side, each as wide as its word needs. Returns where the next one would begin.
