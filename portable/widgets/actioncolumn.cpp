@@ -23,7 +23,7 @@ QPushButton* addButton(QWidget* page, int place, LineIcon icon, const QString& t
     button->setObjectName(name);
     button->setGeometry(X, place * (Height - ButtonHeight) / (Places - 1), Width, ButtonHeight);
     button->setFocusPolicy(Qt::NoFocus);
-    button->setIconSize(QSize(LineIconSize, LineIconSize));
+    button->setIconSize(QSize(LineIconSize + LineIconGap, LineIconSize));
     setLit(button, icon, false);
     return button;
 }
@@ -32,7 +32,7 @@ void setLit(QPushButton* button, LineIcon icon, bool lit) {
     if (button->property(Lit) == QVariant(lit))
         return;
     applySheet(button, lined(lit ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE));
-    button->setIcon(lineIcon(icon, lit ? Style::OnActive : Style::Text));
+    button->setIcon(lineIcon(icon, lit ? Style::OnActive : Style::Text, LineIconGap));
     button->setProperty(Lit, lit);
 }
 

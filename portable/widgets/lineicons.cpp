@@ -96,8 +96,8 @@ QPainterPath pathOf(LineIcon icon) {
     return path;
 }
 
-QPixmap pixmapOf(LineIcon icon, QRgb colour) {
-    QPixmap pixmap(LineIconSize, LineIconSize);
+QPixmap pixmapOf(LineIcon icon, QRgb colour, int behind) {
+    QPixmap pixmap(LineIconSize + behind, LineIconSize);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -108,9 +108,9 @@ QPixmap pixmapOf(LineIcon icon, QRgb colour) {
 
 } // namespace
 
-QIcon lineIcon(LineIcon icon, QRgb colour) {
-    QIcon result(pixmapOf(icon, colour));
-    result.addPixmap(pixmapOf(icon, Style::Disabled), QIcon::Disabled);
+QIcon lineIcon(LineIcon icon, QRgb colour, int behind) {
+    QIcon result(pixmapOf(icon, colour, behind));
+    result.addPixmap(pixmapOf(icon, Style::Disabled, behind), QIcon::Disabled);
     return result;
 }
 

@@ -10,7 +10,10 @@ enum class LineIcon { Plus, Minus, Page, Upload, Folder, Save, Bin, Back, Insert
 
 constexpr int LineIconSize = 32; ///< pixels, both ways
 
-/// The sign in a colour, and disabled in that of disabled texts. GUI thread.
-QIcon lineIcon(LineIcon icon, QRgb colour);
+/// By which a sign stands farther from the words behind it, in pixels.
+constexpr int LineIconGap = 8;
+
+/// The sign in a colour, and disabled in that of disabled texts; behind: pixels left free at its right. GUI thread.
+QIcon lineIcon(LineIcon icon, QRgb colour, int behind = 0);
 
 } // namespace Kavor::HandheldGui
