@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -65,6 +66,9 @@ public:
     /// The snapshot's record of the current channel; zeros when there is none. The reference stays valid.
     const ChannelRecord& snapshot() const { return m_snapshot[m_channel]; }
 
+    /// Of any channel, as it was last copied; zeros for one that does not exist.
+    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
+
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;
     /// Of the region that is there now: 0 without one.
@@ -76,6 +80,9 @@ public:
 
     /// The region is there and can be read, and the client is connected.
     bool isLinkUp() const;
+
+    /// There is a record of the current channel, of this moment or the last that could be read.
+    bool hasRecord() const { return holdsCurrentChannel(); }
 
     /// The service has answered, if only with a refusal, since a command last timed out.
     bool isAnswering() const { return m_answering; }

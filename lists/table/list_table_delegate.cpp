@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int Margin = 16;
-constexpr int NumberMargin = 12; ///< behind the number of a step
+constexpr int NumberMargin = 8; ///< behind the number of a step
 constexpr int AccentWidth = 3;
 constexpr int Radius = 6;
 constexpr int BarWidth = 5;

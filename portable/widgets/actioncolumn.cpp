@@ -12,18 +12,19 @@ namespace {
 
 constexpr char Lit[] = "lit";
 
-QString lined(const QString& sheet) {
-    return sheet + QStringLiteral("QPushButton { text-align: left; padding-left: 16px; }");
-}
-
 } // namespace
 
-QPushButton* addButton(QWidget* page, int place, LineIcon icon, const QString& text, const QString& name) {
+QRect place(int index) {
+    return {X, index * (Height - ButtonHeight) / (Places - 1), Width, ButtonHeight};
+}
+
+QPushButton* addButton(QWidget* page, int index, LineIcon icon, const QString& text, const QString& name) {
     auto* button = new QPushButton(text, page);
     button->setObjectName(name);
-    button->setGeometry(X, place * (Height - ButtonHeight) / (Places - 1), Width, ButtonHeight);
+    button->setGeometry(place(index));
     button->setFocusPolicy(Qt::NoFocus);
-    button->setIconSize(QSize(LineIconSize + LineIconGap, LineIconSize));
+    button->setProperty("side", "left");
+    button->setIconSize(LineIconRoom);
     setLit(button, icon, false);
     return button;
 }
@@ -31,8 +32,8 @@ QPushButton* addButton(QWidget* page, int place, LineIcon icon, const QString& t
 void setLit(QPushButton* button, LineIcon icon, bool lit) {
     if (button->property(Lit) == QVariant(lit))
         return;
-    applySheet(button, lined(lit ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE));
-    button->setIcon(lineIcon(icon, lit ? Style::OnActive : Style::Text, LineIconGap));
+    applySheet(button, lit ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE);
+    button->setIcon(lineIcon(icon, lit ? Style::OnActive : Style::Text));
     button->setProperty(Lit, lit);
 }
 

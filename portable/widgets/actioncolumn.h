@@ -2,6 +2,8 @@
 
 #include "portable/widgets/lineicons.h"
 
+#include <QRect>
+
 class QPushButton;
 class QWidget;
 
@@ -18,8 +20,11 @@ constexpr int Places = 7;
 constexpr int ButtonHeight = 68;
 constexpr int MainWidth = 984; ///< of the group beside it
 
-/// A button in one of the places, 0 the uppermost, with a sign before its words.
-QPushButton* addButton(QWidget* page, int place, LineIcon icon, const QString& text, const QString& name);
+/// One of the places, 0 the uppermost.
+QRect place(int index);
+
+/// A button in one of the places, with a sign before its words.
+QPushButton* addButton(QWidget* page, int index, LineIcon icon, const QString& text, const QString& name);
 
 /// Lights the button (what it does is due) or not.
 void setLit(QPushButton* button, LineIcon icon, bool lit);

@@ -92,25 +92,89 @@ QPainterPath pathOf(LineIcon icon) {
         path.addRect(11, 4, 10, 8);
         path.addRoundedRect(8, 12, 16, 16, 3, 3);
         break;
+    case LineIcon::Lock:
+        path.addRoundedRect(5, 15, 22, 14, 3, 3);
+        path.moveTo(10, 15);
+        path.lineTo(10, 10);
+        path.arcTo(10, 4, 12, 12, 180, -180);
+        path.lineTo(22, 15);
+        break;
+    case LineIcon::Tick:
+        line(path, {{6, 17}, {13, 24}, {26, 8}});
+        break;
+    case LineIcon::Run:
+        line(path, {{9, 7}, {25, 16}, {9, 25}, {9, 7}});
+        break;
+    case LineIcon::StepDown:
+        line(path, {{4, 11}, {16, 22}, {28, 11}});
+        break;
+    case LineIcon::StepUp:
+        line(path, {{4, 22}, {16, 11}, {28, 22}});
+        break;
+    case LineIcon::Download:
+        tray(path, 20, 5);
+        break;
+    case LineIcon::Undo:
+        line(path, {{7, 5}, {7, 13}, {15, 13}});
+        path.moveTo(7, 13);
+        path.arcTo(5, 6, 22, 22, 160, -290);
+        break;
+    case LineIcon::Network:
+        path.addRect(12, 4, 8, 7);
+        path.addRect(3, 21, 8, 7);
+        path.addRect(21, 21, 8, 7);
+        line(path, {{16, 11}, {16, 16}});
+        line(path, {{7, 21}, {7, 16}, {25, 16}, {25, 21}});
+        break;
+    case LineIcon::Forward:
+        line(path, {{12, 6}, {22, 16}, {12, 26}});
+        break;
+    case LineIcon::Shield:
+        line(path, {{16, 4}, {26, 8}, {26, 16}, {22, 23}, {16, 28}, {10, 23}, {6, 16}, {6, 8}, {16, 4}});
+        line(path, {{11, 16}, {15, 20}, {21, 12}});
+        break;
+    case LineIcon::SweepUp:
+        line(path, {{4, 26}, {27, 7}, {27, 26}});
+        break;
+    case LineIcon::SweepUpDown:
+        line(path, {{3, 26}, {16, 7}, {29, 26}});
+        break;
+    case LineIcon::EdgeRising:
+        line(path, {{4, 26}, {16, 26}, {16, 6}, {28, 6}});
+        break;
+    case LineIcon::EdgeFalling:
+        line(path, {{4, 6}, {16, 6}, {16, 26}, {28, 26}});
+        break;
     }
     return path;
 }
 
-QPixmap pixmapOf(LineIcon icon, QRgb colour, int behind) {
-    QPixmap pixmap(LineIconSize + behind, LineIconSize);
+} // namespace
+
+QPixmap linePixmap(LineIcon icon, QRgb colour) {
+    QPixmap pixmap(LineIconSize, LineIconSize);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(colour), Stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    if (icon == LineIcon::Run)
+        painter.setBrush(QColor(colour));
     painter.drawPath(pathOf(icon));
+    if (icon == LineIcon::Lock)
+        painter.fillRect(5, 15, 22, 14, QColor(colour));
     return pixmap;
 }
 
-} // namespace
+QPixmap withGap(const QPixmap& picture) {
+    QPixmap wider(picture.width() + LineIconRoom.width() - LineIconSize, picture.height());
+    wider.fill(Qt::transparent);
+    QPainter(&wider).drawPixmap(0, 0, picture);
+    return wider;
+}
 
-QIcon lineIcon(LineIcon icon, QRgb colour, int behind) {
-    QIcon result(pixmapOf(icon, colour, behind));
-    result.addPixmap(pixmapOf(icon, Style::Disabled, behind), QIcon::Disabled);
+QIcon lineIcon(LineIcon icon, QRgb colour) {
+    QIcon result(withGap(linePixmap(icon, colour)));
+    result.addPixmap(withGap(linePixmap(icon, Style::Disabled)), QIcon::Disabled);
     return result;
 }
 

@@ -19,7 +19,8 @@ namespace {
 constexpr int TableTop = SubPageRowsTop - TableHeaderHeight;
 constexpr int TableMargin = 16;
 constexpr int TableHeight = ActionColumn::Height - TableTop - 1; // inside the group's edge
-constexpr int StatusX = 360;                                     ///< behind the title
+constexpr int GroupGap = Style::Gap;
+constexpr int FooterHeight = 128;
 
 } // namespace
 
@@ -49,11 +50,7 @@ void dressTable(QTableWidget& table) {
 
 QLabel* addSubPageTitle(PageGroup& group, const QString& title) {
     constexpr int Top = 12;
-    QLabel* label = group.addLabel(PageGroup::Left.labelX, Top, StatusX - PageGroup::Left.labelX,
-                                   SubPageRowsTop - TableHeaderHeight - 2 * Top, title);
-    label->setStyleSheet(WIDGET_LBL_BOLD_STYLE);
-    label->resize(label->sizeHint().width(), label->height());
-    return label;
+    return group.addCaption(PageGroup::Left.labelX, Top, SubPageRowsTop - TableHeaderHeight - 2 * Top, title);
 }
 
 QPushButton* makeButton(QWidget* parent, const QString& text, const QString& name) {
@@ -70,13 +67,8 @@ ListPage::ListPage(QWidget* page, const QString& title, const QString& note, con
       m_group(
           new PageGroup(page, QString(), QRect(Style::PageMargin, 0, ActionColumn::MainWidth, ActionColumn::Height))),
       m_note(new QLabel(note, m_group)),
-      m_status(new QLabel(m_group)) {
+      m_tableHeight(TableHeight) {
     addSubPageTitle(*m_group, title);
-    m_status->setGeometry(StatusX, 0, m_group->width() - TableMargin - StatusX, TableTop);
-    m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_status->setTextFormat(Qt::PlainText);
-    m_status->setObjectName(QStringLiteral("listStatus"));
-    m_status->setStyleSheet(WIDGET_LBL_STYLE);
     m_note->setGeometry(TableMargin, TableTop + TableHeaderHeight, m_group->width() - 2 * TableMargin,
                         TableHeight - TableHeaderHeight);
     m_note->setAlignment(Qt::AlignCenter);
@@ -93,7 +85,7 @@ QWidget* ListPage::group() const {
 
 void ListPage::setTable(QTableWidget* table) {
     m_table = table;
-    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, TableHeight);
+    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, m_tableHeight);
     // Rows may come while the page is shown.
     connect(m_table->model(), &QAbstractItemModel::rowsInserted, this, &ListPage::showNote);
     connect(m_table->model(), &QAbstractItemModel::rowsRemoved, this, &ListPage::showNote);
@@ -103,14 +95,17 @@ void ListPage::setNote(const QString& note) {
     m_note->setText(note);
 }
 
-void ListPage::setStatus(const QString& status) {
-    m_status->setText(m_status->fontMetrics().elidedText(status, Qt::ElideMiddle, m_status->width()));
+void ListPage::setFooter(QWidget* footer) {
+    m_tableHeight = TableHeight - FooterHeight - GroupGap;
+    footer->setGeometry(TableMargin, TableTop + m_tableHeight + GroupGap, m_group->width() - 2 * TableMargin,
+                        FooterHeight);
+    m_note->setFixedHeight(m_tableHeight - TableHeaderHeight);
 }
 
 void ListPage::showNote() {
     const bool empty = m_table->rowCount() == 0;
     m_note->setVisible(empty);
-    m_table->setFixedHeight(empty ? TableHeaderHeight : TableHeight);
+    m_table->setFixedHeight(empty ? TableHeaderHeight : m_tableHeight);
 }
 
 void ListPage::show() {

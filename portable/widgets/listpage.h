@@ -28,14 +28,14 @@ public:
     /// The group that a table is made in.
     QWidget* group() const;
 
+    /// Puts a widget below the table, which is the shorter for it. Once, before the table is set.
+    void setFooter(QWidget* footer);
+
     /// Puts the table in its place. Once.
     void setTable(QTableWidget* table);
 
     /// What the table says while it is empty.
     void setNote(const QString& note);
-
-    /// A line beside the title; none when empty.
-    void setStatus(const QString& status);
 
     void show();
     void hide();
@@ -49,8 +49,8 @@ private:
     QWidget* m_page;
     PageGroup* m_group;
     QLabel* m_note;
-    QLabel* m_status;
     QTableWidget* m_table = nullptr;
+    int m_tableHeight;
 };
 
 /// The title of a sub-page, as high as what may stand beside it.

@@ -29,7 +29,7 @@ void ToolKey::paintEvent(QPaintEvent*) {
     painter.drawControl(QStyle::CE_PushButton, option);
     const int sunk = isDown() ? 2 : 0;
     const QIcon::Mode mode = isEnabled() ? QIcon::Normal : QIcon::Disabled;
-    painter.drawPixmap((width() - LineIconSize) / 2, IconTop + sunk, icon().pixmap(LineIconSize, LineIconSize, mode));
+    painter.drawPixmap((width() - LineIconSize) / 2, IconTop + sunk, icon().pixmap(LineIconRoom, mode));
     painter.setPen(QColor(isEnabled() ? Style::Text : Style::Disabled));
     painter.drawText(QRect(0, height() - WordHeight + sunk, width(), WordHeight - 4), Qt::AlignCenter, text());
 }

@@ -14,7 +14,6 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int PictureWidth = 560;
-constexpr int GroupGap = 10;
 constexpr int ValueX = 240;
 
 std::function<QString(const ChannelRecord&)> fixedText(const QString& text) {
@@ -32,23 +31,24 @@ QString buildText() {
 
 aboutScreen::aboutScreen(QWidget* parent, std::vector<STATE> states)
     : IGuiScreen(parent, std::move(states)), m_page(makePage(QStringLiteral("pageAbout"))) {
-    const int height = Style::PageHeight - 8;
+    const int height = Style::ContentHeight;
     const QRect left(Style::PageMargin, 0, PictureWidth, height);
     auto* frame = new PageGroup(m_page, QString(), left);
     m_picture = frame->addLabel(12, 12, left.width() - 24, left.height() - 24, QString());
     m_picture->setObjectName(QStringLiteral("aboutPicture"));
     m_picture->setAlignment(Qt::AlignCenter);
 
-    const int x = left.right() + 1 + GroupGap;
+    const int x = left.right() + 1 + Style::Gap;
     using R = ChannelRecord;
     m_versions = new ReadoutGroup(
         m_page, QStringLiteral("About"), QRect(x, 0, Style::WindowWidth - Style::PageMargin - x, height), ValueX,
         {{QStringLiteral("Model"), QStringLiteral("aboutModel"), textField(&R::model)},
          {QStringLiteral("Serial"), QStringLiteral("aboutSerial"), textField(&R::serial)},
-         {QStringLiteral("Panel Version"), QStringLiteral("aboutPanel"), fixedText(QStringLiteral(VELDA_VERSION))},
+         {QStringLiteral("Panel Version"), QStringLiteral("aboutPanel"), fixedText(QStringLiteral(VELDA_VERSION)),
+          false},
          {QStringLiteral("FW/FPGA Version"), QStringLiteral("aboutModule"), textField(&R::firmwareVersion)},
-         {QStringLiteral("Qt Version"), QStringLiteral("aboutQt"), fixedText(QString::fromLatin1(qVersion()))},
-         {QStringLiteral("Build"), QStringLiteral("aboutBuild"), fixedText(buildText())}});
+         {QStringLiteral("Qt Version"), QStringLiteral("aboutQt"), fixedText(QString::fromLatin1(qVersion())), false},
+         {QStringLiteral("Build"), QStringLiteral("aboutBuild"), fixedText(buildText()), false}});
 }
 
 void aboutScreen::update_from_config(STATE) {

@@ -28,7 +28,7 @@ QPushButton* PlaceTabs::tab(std::size_t place) {
         auto* button = new QPushButton(&m_group);
         button->setObjectName(m_prefix + QStringLiteral("Place%1").arg(index));
         button->setFocusPolicy(Qt::NoFocus);
-        button->setIconSize(QSize(LineIconSize + LineIconGap, LineIconSize));
+        button->setIconSize(LineIconRoom);
         connect(button, &QPushButton::clicked, this,
                 [this, index] { emit asked(index == 0 ? std::nullopt : std::make_optional(m_sticks[index - 1])); });
         m_tabs.push_back(button);
@@ -63,15 +63,15 @@ void PlaceTabs::show() {
             continue;
         const bool isChosen = place == 0 ? !m_chosen : m_chosen && *m_chosen == m_sticks[place - 1];
         applySheet(button, isChosen ? PRESSED_TAB_BTN_STYLE : UNPRESSED_TAB_BTN_STYLE);
-        button->setIcon(lineIcon(place == 0 ? LineIcon::Device : LineIcon::Stick, isChosen ? Style::Text : Style::Label,
-                                 LineIconGap));
+        button->setIcon(
+            lineIcon(place == 0 ? LineIcon::Device : LineIcon::Stick, isChosen ? Style::Text : Style::Label));
         button->ensurePolished();
         const QString name = place == 0 ? QStringLiteral("Device") : onOneLine(m_sticks[place - 1].name);
         QFont font = button->font();
         font.setWeight(QFont::DemiBold); // the chosen one's
         const QFontMetrics metrics(font);
         QString words = metrics.elidedText(name, Qt::ElideMiddle, MostWords);
-        const int width = metrics.horizontalAdvance(words) + LineIconSize + LineIconGap + 8 + 2 * SideRoom;
+        const int width = metrics.horizontalAdvance(words) + LineIconSize + 8 + 2 * SideRoom;
         button->setText(words.replace(QLatin1Char('&'), QLatin1String("&&")));
         button->setGeometry(x, Top, qMin(width, Right - x), Style::ButtonHeight);
         x += width + Style::Gap;
