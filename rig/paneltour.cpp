@@ -3,7 +3,6 @@
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/boxes.h"
-#include "portable/widgets/styles/tokens.h"
 #include "rig/panelfixture.h"
 #include "rig/tourguide.h"
 
@@ -233,14 +232,7 @@ void boxStops(TourGuide& g) {
         confirmAction(&g.panel().window(), "Disable output in saved configuration?",
                       "Prevent active modulations auto-start...");
     });
-    QMovie movie(":/logo.gif");
-    for (int frame = 0; frame < 18; ++frame) // a GIF is read forwards
-        movie.jumpToNextFrame();
-    QPixmap screen(g.panel().window().size());
-    screen.fill(QColor(Style::Ground));
-    const QPixmap frame = movie.currentPixmap();
-    QPainter(&screen).drawPixmap(screen.rect().center() - frame.rect().center(), frame);
-    g.visit({"splash", nullptr, QPoint(), screen, QRect()});
+    splashStop(g);
 }
 
 } // namespace
@@ -256,6 +248,7 @@ void PanelTour::run() {
     systemStops(guide);
     stepListStops(guide, "list", {"funcList"});
     stepListStops(guide, "pattern", {"funcCw", "tabPattern"});
+    aboutStops(guide);
     updateStops(guide);
     headerStops(guide);
     waitStops(guide);

@@ -46,3 +46,9 @@ void stepListStops(TourGuide& g, const QString& prefix, const QStringList& way);
 
 /// A stick with packages of each kind, what is asked about them, and how their installation shows and ends.
 void updateStops(TourGuide& g);
+
+/// The licences, and diagnostics to a stick.
+void aboutStops(TourGuide& g);
+
+/// One frame of the animation that covers the start.
+void splashStop(TourGuide& g);

@@ -14,8 +14,6 @@ constexpr double Hz = 1e3;
 constexpr double MHz = 1e6;
 constexpr double GHz = 1e9;
 constexpr double Ms = 1e-3;
-constexpr double Us = 1e-6;
-constexpr double Ns = 1e-9;
 
 constexpr double LowestFrequency = 9 * Hz;
 constexpr double HighestFrequency = 6 * GHz;
@@ -47,7 +45,7 @@ void fillCarrierAndTrigger(ChannelRecord& record) {
     setRecordText(record.triggerAdvance, TriggerAdvToString[0]);
     record.triggerCount = counted(1, 1, 1000000);
     record.triggerDelay = limited(0, 0, 10);
-    record.triggerTimer = limited(100 * Ms, 1 * Us, 100);
+    record.triggerTimer = limited(100 * Ms, 1e-6, 100);
     record.triggerImpedance = 50;
     record.frequency = {1 * GHz, 1 * GHz, HighestFrequency, LowestFrequency};
     record.power = {-10, -10, HighestPower, LowestPower};
@@ -63,7 +61,7 @@ void fillModulations(ChannelRecord& record) {
     record.fmDeviation = limited(10 * Hz, 1, 20 * MHz);
     record.pmDeviation = limited(45, 0, 360);
     record.pulseFrequency = limited(1 * Hz, 0.1, 5 * MHz);
-    record.pulseWidth = limited(100 * Us, 50 * Ns, 10);
+    record.pulseWidth = limited(100e-6, 50e-9, 10);
 }
 
 void fillSweepsAndSteps(ChannelRecord& record) {
@@ -72,12 +70,12 @@ void fillSweepsAndSteps(ChannelRecord& record) {
     record.prswStart = power(-20);
     record.prswStop = power(0);
     record.frswSteps = record.prswSteps = counted(11, 2, 65535);
-    record.frswDwell = record.prswDwell = limited(1 * Ms, 10 * Us, 100);
-    record.frswTotalTime = record.prswTotalTime = {3600, 20 * Us};
+    record.frswDwell = record.prswDwell = limited(1 * Ms, 10e-6, 100);
+    record.frswTotalTime = record.prswTotalTime = {3600, 20e-6};
     setRecordText(record.frswDirection, SweepDirectionToString[SweepDirection::normal]);
     setRecordText(record.prswDirection, SweepDirectionToString[SweepDirection::normal]);
-    record.listDwell = {1 * Ms, 100, 10 * Us};
-    record.patternTime = {1 * Ms, 10, 100 * Ns};
+    record.listDwell = {1 * Ms, 100, 10e-6};
+    record.patternTime = {1 * Ms, 10, 100e-9};
     record.patternRepetitions = counted(1, 1, 65535);
 }
 

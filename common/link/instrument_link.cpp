@@ -155,6 +155,14 @@ ChannelRecord InstrumentLink::peekRecord() {
     return record;
 }
 
+std::vector<ChannelRecord> InstrumentLink::publishedRecords() {
+    followRegion();
+    std::vector<ChannelRecord> records(publishedChannels());
+    for (std::size_t channel = 0; channel < records.size(); ++channel)
+        m_region.read(static_cast<unsigned>(channel), 0, &records[channel], sizeof(ChannelRecord));
+    return records;
+}
+
 // A region that was made anew is another state of the module, so the whole snapshot is taken again.
 void InstrumentLink::followRegion() {
     const auto isThere = [this] {

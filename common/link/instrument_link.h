@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/link/channel_region.h"
+#include "common/link/command_history.h"
 #include "common/link/instrument_settings.h"
 #include "common/link/reply_text.h"
 #include "common/wire/channel_record.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <vector>
 
 class QThread;
 class ScpiClient;
@@ -68,6 +70,12 @@ public:
 
     /// Of any channel, as it was last copied; zeros for one that does not exist.
     const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
+
+    /// Copies of all records as they stand in the region; empty without one. The snapshot is left alone.
+    std::vector<ChannelRecord> publishedRecords();
+
+    /// What was last sent, answered and told.
+    CommandHistory& history() { return m_history; }
 
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;
@@ -169,6 +177,7 @@ private:
     bool m_moduleConnected = true;
     bool m_answering = true;
     bool m_lastTimedOut = false;
+    CommandHistory m_history;
     int m_waits = 0;
     int m_waitBudgetMs = 0; ///< time-outs of the commands that wait
 };

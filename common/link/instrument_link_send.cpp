@@ -4,6 +4,7 @@
 #include "common/wire/scpi_words.h"
 
 #include <QDebug>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QPointer>
 #include <QThread>
@@ -90,6 +91,8 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
     m_waitBudgetMs += timeoutMs;
     QTimer::singleShot(m_waitBudgetMs + m_settings.waitMarginMs, Qt::PreciseTimer, &loop, &QEventLoop::quit);
     const QPointer<ScpiClient> client = m_client;
+    QElapsedTimer took;
+    took.start();
     id = isQuery ? client->sendQuery(message, timeoutMs) : client->sendWrite(message, timeoutMs);
     loop.exec();
     m_waitBudgetMs -= timeoutMs;
@@ -97,6 +100,12 @@ InstrumentLink::Answer InstrumentLink::await(bool isQuery, const QByteArray& mes
     // The client may have been replaced meanwhile: then it has ended all that it was given.
     if (!ended && client)
         client->withdraw(id);
+    m_history.noteCommand(message,
+                          !answer.error.isEmpty() ? answer.error.toUtf8()
+                          : isQuery
+                              ? QByteArray::fromRawData(answer.reply.data(), static_cast<int>(answer.reply.size()))
+                              : QByteArray(Scpi::Acknowledge),
+                          took.elapsed());
     noteAnswer(answer);
     if (--m_waits == 0)
         emit waitingChanged(false);

@@ -383,6 +383,7 @@ void MainWindow::reportScpiError(int requested, int conflict) {
 }
 
 void MainWindow::tellUser(const QString& text) {
+    m_handler->history().noteMessage(text);
     if (isVisible())
         tell(m_toast, text);
     else if (m_keptToast.isEmpty()) // the first says what went wrong, the others follow from it
@@ -390,10 +391,12 @@ void MainWindow::tellUser(const QString& text) {
 }
 
 void MainWindow::reportError(const QString& text) {
+    m_handler->history().noteMessage(text);
     m_errors.report(text);
 }
 
 void MainWindow::reportWhenFree(const QString& text) {
+    m_handler->history().noteMessage(text);
     m_errors.reportWhenFree(text);
 }
 

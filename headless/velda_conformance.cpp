@@ -1,0 +1,64 @@
+#include "headless/conformance.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <cstdio>
+
+namespace {
+
+void print(const Conformance::Row& row) {
+    const char* verdict = row.skipped ? "-" : row.findings.isEmpty() ? "ok" : "WRONG";
+    std::printf("%-5s  %-46s %8.1f ms\n", verdict, row.what.constData(), row.slowestMs);
+    for (const QByteArray& finding : row.findings)
+        std::printf("         %s\n", finding.constData());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("velda-conformance"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELDA_VERSION));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Sends the service of an RF module every command that the front panel sends, reads the record\n"
+                       "after each, and prints what the panel will find wrong. The RF output stays off, and what it\n"
+                       "changes it sets back. Ends with 0 when nothing is wrong, with 1 when something is."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions({
+        {"region", "Name of the shared memory.", "name", QString::fromLatin1(RegionName)},
+        {"timeout", "Longest wait for an answer, in milliseconds.", "ms", "2000"},
+        {"slow", "An answer that takes longer is a finding, in milliseconds.", "ms", "300"},
+        {"rf", "Also switches the RF output on, at the lowest power, and each modulation."},
+        {"reset", "Also stores the settings as configuration 99999, resets, recalls and erases it."},
+    });
+    parser.process(application);
+    Conformance::Settings settings;
+    settings.regionName = parser.value(QStringLiteral("region")).toStdString();
+    bool isTimeout = false;
+    bool isSlow = false;
+    settings.timeoutMs = parser.value(QStringLiteral("timeout")).toInt(&isTimeout);
+    settings.slowMs = parser.value(QStringLiteral("slow")).toInt(&isSlow);
+    settings.radiates = parser.isSet(QStringLiteral("rf"));
+    settings.restarts = parser.isSet(QStringLiteral("reset"));
+    if (!isTimeout || !isSlow || settings.timeoutMs <= 0 || settings.slowMs <= 0 ||
+        !parser.positionalArguments().isEmpty()) {
+        std::fputs("velda-conformance: --timeout and --slow take milliseconds, and there are no other arguments\n",
+                   stderr);
+        return 2;
+    }
+
+    Conformance conformance(settings);
+    int wrong = 0;
+    for (const Conformance::Row& row : conformance.run()) {
+        print(row);
+        wrong += !row.skipped && !row.findings.isEmpty() ? 1 : 0;
+    }
+    const std::vector<double> times = conformance.times();
+    if (!times.empty())
+        std::printf("%zu answers: median %.2f ms, 99 %% within %.2f ms, slowest %.2f ms\n", times.size(),
+                    times[times.size() / 2], times[times.size() * 99 / 100], times.back());
+    std::printf(wrong == 0 ? "Nothing is wrong.\n" : "%d of them wrong.\n", wrong);
+    return wrong == 0 ? 0 : 1;
+}
