@@ -67,6 +67,8 @@ void stickStops(TourGuide& g, const QString& prefix) {
     QDir(stick).removeRecursively();
     told("-stick-removed");
     g.press(prefix + "Cancel");
+    qunsetenv("VELDA_MEDIA");
+    qunsetenv("VELDA_USER");
 }
 
 /// Numbers that have no room beside each other, and many rows.

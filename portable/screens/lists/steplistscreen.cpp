@@ -24,7 +24,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int SettingsHeight = 114;
+constexpr int SettingsHeight = 112;
 constexpr int TitleHeight = 36;
 constexpr int TableRows = 5;
 constexpr int TableInset = 16;
