@@ -24,9 +24,12 @@ struct FunctionButton {
 
 const std::vector<FunctionButton>& functionButtons() {
     static const std::vector<FunctionButton> buttons{
-        {"CW && Modulation", "funcCw", 385, {STATE_CW}}, {"Sweep", "funcSweep", 100, {STATE_FRSW, STATE_PRSW}},
-        {"List", "funcList", 100, {STATE_LIST}},         {"Run Mode", "funcRunMode", 145, {STATE_RUNMODE}},
-        {"System", "funcSystem", 145, {STATE_SYSTEM}},   {"About", "funcAbout", 145, {STATE_ABOUT}},
+        {"CW && Modulation", "funcCw", 385, {STATE_CW, STATE_PATTERN, STATE_PATTERN_FILES}},
+        {"Sweep", "funcSweep", 100, {STATE_FRSW, STATE_PRSW}},
+        {"List", "funcList", 100, {STATE_LIST}},
+        {"Run Mode", "funcRunMode", 145, {STATE_RUNMODE}},
+        {"System", "funcSystem", 145, {STATE_SYSTEM}},
+        {"About", "funcAbout", 145, {STATE_ABOUT}},
     };
     return buttons;
 }

@@ -24,15 +24,15 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int SettingsHeight = 116;
-constexpr int TitleHeight = 34;
+constexpr int SettingsHeight = 112;
+constexpr int TitleHeight = 36;
 constexpr int TableRows = 5;
 constexpr int TableInset = 16;
 constexpr int TableWidth = RowTools::X - Style::Gap - TableInset;
 constexpr int StepColumnWidth = 88; ///< for five figures
-constexpr int NameX = 180;
+constexpr int NameX = 200;
 constexpr int NameGap = 12;
-constexpr int CaptionHeight = 34;
+constexpr int CaptionHeight = 36;
 
 QRect mainPlace(int y, int height) {
     return {Style::PageMargin, y, ActionColumn::MainWidth, height};
