@@ -24,6 +24,7 @@ const std::vector<Licence>& licences() {
         {"zlib", "zlib", "J. Gailly, M. Adler", "libz."},
         {"libsodium", "ISC", "F. Denis", "libsodium"},
         {"libsystemd", "LGPL 2.1+", "systemd's authors", "libsystemd"},
+        {"libsodium", "ISC", "F. Denis", "libsodium"},
         {"GNU C library", "LGPL 2.1+", "FSF", "libc. libm. ld-linux librt libpthread"},
         {"GNU C++ library", "GPL 3 + exception", "FSF", "libstdc++ libgcc_s"},
         {"Open Sans", "Apache 2.0", "Google", ""},
