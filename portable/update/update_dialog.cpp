@@ -76,7 +76,7 @@ void UpdateDialog::arrange() {
     place(m_progress, BarHeight, 2 * Style::Gap);
     if (m_rows)
         place(m_rows, m_rows->height(), Style::Gap);
-    place(m_advice, m_rows ? LineHeight : 2 * LineHeight, 0);
+    place(m_advice, 2 * LineHeight, 0);
     place(m_times, LineHeight, TopMargin);
     setFixedSize(width + 2 * Margin, y);
 }
