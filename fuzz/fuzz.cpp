@@ -54,8 +54,8 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.setApplicationDescription("Feeds the readers of everything that comes from outside with damaged inputs.");
     parser.addHelpOption();
-    parser.addPositionalArgument("targets",
-                                 "Readers: reply list pattern manifest trailer datagram record. All without.");
+    parser.addPositionalArgument(
+        "targets", "Readers: reply list pattern csv csvpattern manifest trailer datagram record. All without.");
     parser.addOptions({{"inputs", "Inputs for each reader, 1000000 by default.", "N", "1000000"},
                        {"seed", "What the inputs come from, 1 by default.", "N", "1"},
                        {"only", "The input of this number alone.", "N"}});

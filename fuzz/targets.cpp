@@ -10,6 +10,7 @@
 #include "lists/frequency_list_config.h"
 #include "lists/lists_ops.h"
 #include "lists/pattern_list_config.h"
+#include "lists/step_csv.h"
 #include "values/formatting.h"
 
 #include <QDir>
@@ -106,6 +107,38 @@ FuzzTarget listFile(const QString& name, std::vector<QByteArray> seeds) {
             read};
 }
 
+/// A table that is taken is written, and read again as the same steps; one that is refused is refused with a reason.
+template <typename Config, typename Point, typename Limits>
+FuzzTarget csvFile(const QString& name, std::vector<QByteArray> seeds) {
+    const auto read = [good = seeds.front()](const QByteArray& input, Mutator&) -> QString {
+        std::vector<Point*> points;
+        Config list(&points, Limits());
+        const auto outcome = [&]() -> QString {
+            QString error;
+            QJsonArray steps;
+            if (!StepCsv::read(input, list.jsonRootName(), steps, error) || !list.fromJson(steps, error))
+                return error.isEmpty()  ? QStringLiteral("no reason given")
+                       : input == good  ? QStringLiteral("a good table is refused: ") + error
+                       : points.empty() ? QString()
+                                        : QStringLiteral("a refused table left steps");
+            const quint64 before = list.fingerprint();
+            QByteArray written;
+            if (!StepCsv::write(list.toJson(), list.jsonRootName(), written, error) ||
+                !StepCsv::read(written, list.jsonRootName(), steps, error) || !list.fromJson(steps, error))
+                return QStringLiteral("does not come back: ") + error;
+            return list.fingerprint() == before ? QString() : QStringLiteral("comes back as something else");
+        };
+        const QString wrong = outcome();
+        list.destroyPoints();
+        return wrong;
+    };
+    return {name,
+            std::move(seeds),
+            {"\"", "\"\"", ",", ";", "\r\n", "\r", "1e999", "-0", ".", "K", "mV", "\xB5s", "\xEF\xBB\xBF",
+             QByteArray(1, '\0')},
+            read};
+}
+
 FuzzTarget manifest() {
     const auto read = [](const QByteArray& input, Mutator&) {
         const auto data = manifestFromJson(input, QStringLiteral("/media/stick"));
@@ -187,6 +220,12 @@ std::vector<FuzzTarget> fuzzTargets() {
                 {R"({"VeldaPattern":[{"Last":true,"Loops":3,"OffTime":1,"OffTimeTimeUnits":"ms","OnTime":2.5,)"
                  R"("OnTimeTimeUnits":"s","StepNumber":1}]})",
                  "[1]"}),
+            csvFile<FrequencyListConfig, list_point, FrequencyListLimits>(
+                QStringLiteral("csv"),
+                {"frequency,power,dwell,advance\r\n2.4 GHz,-10 dBm,500 \u00B5s,Run\r\n\"100\",1e3 mV,0.001,Wait\r\n",
+                 "frequency;power;dwell\n433,92 MHz;-1,5;1 ms\n", "power"}),
+            csvFile<PatternListConfig, pattern_point, PatternListLimits>(
+                QStringLiteral("csvpattern"), {"on,off,repetition\n800 ns,1,2 K\n", "off;on\n1,5 s;2\n"}),
             manifest(),
             imageTrailer(),
             boardDatagram(),

@@ -101,6 +101,7 @@ bool FrequencyListConfig::applyEdit(const ListEditRequest& request, const ListEd
     double number = 0;
     if (!parseDouble(value.text, number))
         return fail(error, "Invalid numeric value");
+    number += 0.0; // files keep no sign of a zero
     std::string unit = value.unit.toStdString();
     switch (request.column) {
     case FrequencyColumn:

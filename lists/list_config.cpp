@@ -39,6 +39,18 @@ QString IListConfig::firstProblem() const {
     return {};
 }
 
+bool IListConfig::insertDefault(int, QString& error) {
+    return fail(error, "Select a valid list row");
+}
+
+bool IListConfig::repeatRow(int, QString& error) {
+    return fail(error, "Select a valid list row");
+}
+
+bool IListConfig::moveRow(int, int, QString& error) {
+    return fail(error, "Select a valid list row");
+}
+
 bool IListConfig::isOutside(double minimum, double maximum, double value) {
     const bool isLimited =
         minimum <= maximum && (minimum != 0 || maximum != 0) && maximum < std::numeric_limits<double>::max();

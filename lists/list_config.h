@@ -41,7 +41,8 @@ struct ListEditValue {
 /// was and gives a sentence for the user. GUI thread.
 ///
 /// What changes on screen: addDefault() the new last row; deleteRow(r) the rows from r on; applyEdit() the row of the
-/// request; clearAndCreateDefault() and fromJson() everything.
+/// request; insertDefault(r) and repeatRow(r) the rows behind r; moveRow() both rows; clearAndCreateDefault() and
+/// fromJson() everything.
 class IListConfig {
 public:
     virtual ~IListConfig() = default;
@@ -97,6 +98,15 @@ public:
 
     /// A number that stays the same as long as all that a file keeps of the steps does. Some 100 ns a step.
     virtual quint64 fingerprint() const { return 0; }
+
+    /// Puts a default step behind a row.
+    [[nodiscard]] virtual bool insertDefault(int row, QString& error);
+
+    /// Puts the same step behind a row once more.
+    [[nodiscard]] virtual bool repeatRow(int row, QString& error);
+
+    /// Lets a row change places with the one before it (by -1) or behind it (by 1).
+    [[nodiscard]] virtual bool moveRow(int row, int by, QString& error);
 
 protected:
     IListConfig();

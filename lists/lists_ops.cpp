@@ -1,18 +1,15 @@
 #include "lists/lists_ops.h"
 
 #include "lists/list_config.h"
+#include "lists/list_content.h"
 #include "platform/durable_file.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 namespace {
-
-constexpr int ValuesInStep = 20; // with room for members that are not ours
 
 const QString& suffix() {
     static const QString text = QStringLiteral(".json");
@@ -21,13 +18,6 @@ const QString& suffix() {
 
 bool fail(QString& error, const char* sentence) {
     error = QLatin1String(sentence);
-    return false;
-}
-
-bool tooLarge(QString& error) {
-    error = QStringLiteral("List file is too large: the limit is %1 steps or %2 MB")
-                .arg(ListsOps::MostSteps)
-                .arg(ListsOps::MostBytes / 1000000);
     return false;
 }
 
@@ -93,38 +83,11 @@ bool ListsOps::save(const QString& name, unsigned int channel, const IListConfig
         return fail(error, "Filename is empty");
     if (!ensureChannelDirectory(channel, error))
         return false;
-    DurableFile::sweep(channelDirectory(channel));
-    const QJsonDocument document(QJsonObject{{list.jsonRootName(), list.toJson()}});
-    switch (DurableFile::replace(pathOf(name, channel), document.toJson())) {
-    case DurableFile::Result::CannotOpen:
-        return fail(error, "Failed to open list file for writing");
-    case DurableFile::Result::CannotWrite:
-        return fail(error, "Failed to write list file");
-    case DurableFile::Result::Ok:
-        break;
-    }
-    return true;
+    return ListContent::writeFile(pathOf(name, channel), list.toJson(), list.jsonRootName(), error);
 }
 
 bool ListsOps::load(const QString& name, unsigned int channel, IListConfig& list, QString& error) const {
-    const QString path = pathOf(name, channel);
-    QFile file(path);
-    // What is no plain file, a pipe for one, could keep the panel waiting for ever.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return fail(error, "Failed to open list file");
-    if (file.size() > MostBytes)
-        return tooLarge(error);
-    const QByteArray content = file.readAll();
-    if (content.count(',') > MostSteps * ValuesInStep)
-        return tooLarge(error);
-    const QJsonDocument document = QJsonDocument::fromJson(content);
-    if (document.isNull() || document.isEmpty())
-        return fail(error, "Invalid list JSON file");
-    const QJsonValue root = document.object().value(list.jsonRootName());
-    if (!root.isArray())
-        return fail(error, "List JSON root is missing");
-    const QJsonArray steps = root.toArray();
-    if (steps.size() > MostSteps)
-        return tooLarge(error);
-    return list.fromJson(steps, error);
+    QJsonArray steps;
+    return ListContent::readFile(pathOf(name, channel), list.jsonRootName(), steps, error) &&
+           list.fromJson(steps, error);
 }

@@ -13,11 +13,6 @@ class IListConfig;
 /// stands for that file, any other is what a user has typed. Blocks until the disk has it. GUI thread.
 class ListsOps {
 public:
-    /// What a file may hold to be loaded, so that reading it does not stop the screen (under 100 ms on a
-    /// workstation). A step takes about 300 bytes.
-    static constexpr int MostSteps = 10000;
-    static constexpr qint64 MostBytes = 4000000;
-
     explicit ListsOps(const QString& base) : m_base(base) {}
 
     void setBaseDirectory(const QString& base) { m_base = base; }

@@ -93,6 +93,7 @@ bool PatternListConfig::applyEdit(const ListEditRequest& request, const ListEdit
     double number = 0;
     if (!parseDouble(value.text, number))
         return fail(error, "Invalid numeric value");
+    number += 0.0; // files keep no sign of a zero
     if (request.column == RepetitionColumn) {
         const std::uint32_t count = toCount(value.unit == thousands() ? number * 1000 : number);
         if (count < m_limits.minRepetition || count > m_limits.maxRepetition)

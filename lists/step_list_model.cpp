@@ -90,6 +90,39 @@ bool StepListModel<Point>::deleteRow(int row, QString& error) {
 }
 
 template <typename Point>
+bool StepListModel<Point>::insertBehind(int row, const Point& point, QString& error) {
+    if (pointAt(row) == nullptr)
+        return this->fail(error, m_messages.noRow);
+    auto step = std::make_unique<Point>(point);
+    m_points->insert(m_points->begin() + row + 1, step.get());
+    step.release(); // the list's from here on
+    renumber();
+    return true;
+}
+
+template <typename Point>
+bool StepListModel<Point>::insertDefault(int row, QString& error) {
+    return insertBehind(row, defaultPoint(), error);
+}
+
+template <typename Point>
+bool StepListModel<Point>::repeatRow(int row, QString& error) {
+    const Point* const point = pointAt(row);
+    return insertBehind(row, point != nullptr ? *point : Point(), error);
+}
+
+template <typename Point>
+bool StepListModel<Point>::moveRow(int row, int by, QString& error) {
+    Point* const point = pointAt(row);
+    Point* const other = pointAt(row + by);
+    if (point == nullptr || other == nullptr)
+        return this->fail(error, m_messages.noRow);
+    std::swap(*point, *other);
+    renumber();
+    return true;
+}
+
+template <typename Point>
 QJsonArray StepListModel<Point>::toJson() const {
     StepJsonWriter<Point> writer(jsonMembers());
     QJsonArray steps;

@@ -22,6 +22,9 @@ public:
     QJsonArray toJson() const override;
     bool fromJson(const QJsonArray& steps, QString& error) override;
     quint64 fingerprint() const override;
+    bool insertDefault(int row, QString& error) override;
+    bool repeatRow(int row, QString& error) override;
+    bool moveRow(int row, int by, QString& error) override;
 
     /// Null outside the list.
     Point* pointAt(int row) const;
@@ -62,6 +65,8 @@ protected:
     [[nodiscard]] virtual bool acceptRead(Point& point, QString& error) const = 0;
 
 private:
+    bool insertBehind(int row, const Point& point, QString& error);
+
     std::vector<Point*>* const m_points;
     const Messages m_messages;
     std::vector<ListColumn> m_columns;

@@ -65,6 +65,10 @@ QStringList fpgaAddresses() {
     return addresses;
 }
 
+QString updateTrustFolder() {
+    return withoutEndSlash(fromEnvironment("VELDA_UPDATE_TRUST", "/etc/velda/update"));
+}
+
 QString netClassFolder() {
     return withoutEndSlash(fromEnvironment("VELDA_NET_CLASS", "/sys/class/net"));
 }

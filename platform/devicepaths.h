@@ -27,6 +27,10 @@ QString userName();
 /// Addresses of the FPGA boards in the order of their channels; VELDA_FPGA_ADDRESSES, separated by commas.
 QStringList fpgaAddresses();
 
+/// "/etc/velda/update", the policy and the public keys of signed update packages; VELDA_UPDATE_TRUST. No slash at its
+/// end.
+QString updateTrustFolder();
+
 /// "/sys/class/net", one entry per network interface; VELDA_NET_CLASS. No slash at its end.
 QString netClassFolder();
 

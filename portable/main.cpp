@@ -105,6 +105,6 @@ int main(int argc, char** argv) {
     splash->start();
     if (handler->getDisconnectedChannels() != 0)
         window->reportError(QStringLiteral("No connection to internal veldaX module. Please restart."));
-    updates->tellUnfinished(*window);
+    updates->clearUp(*window);
     return QApplication::exec();
 }

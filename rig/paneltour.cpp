@@ -1,14 +1,10 @@
 #include "rig/paneltour.h"
 
-#include "common/update/update_texts.h"
-#include "portable/update/update_boxes.h"
-#include "portable/update/update_dialog.h"
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/boxes.h"
 #include "rig/panelfixture.h"
 #include "rig/tourguide.h"
-#include "rig/updatestick.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -180,78 +176,6 @@ void systemStops(TourGuide& g) {
         qFatal("The empty battery is not noticed.");
     g.shot("system-battery-empty");
     qunsetenv("VELDA_NET_CLASS");
-}
-
-/// A stick with a package of each kind, what is asked about them, and how their installation shows and ends.
-void updateStops(TourGuide& g) {
-    UpdateStick stick;
-    UpdatePackages updates;
-    PanelFixture::Setup setup;
-    setup.updateEntry = &updates;
-    const auto openList = [&g](int packages) {
-        g.press("funcSystem");
-        g.press("sysUpdate");
-        const auto* list = g.panel().widget<QTableWidget>("fwList");
-        if (!QTest::qWaitFor([&] { return list->rowCount() == packages; }, 5000))
-            qFatal("The packages are not found.");
-    };
-    const auto choose = [&g](int row) {
-        auto* list = g.panel().widget<QTableWidget>("fwList");
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
-                          list->visualItemRect(list->item(row, 1)).center());
-    };
-    g.start(setup);
-    openList(0);
-    const QList<QLabel*> labels = g.panel().widget<QWidget>("pagePackages")->findChildren<QLabel*>();
-    const auto saysSo = [&labels] {
-        return std::any_of(labels.begin(), labels.end(),
-                           [](const QLabel* label) { return label->text() == "No update package found"; });
-    };
-    if (!QTest::qWaitFor(saysSo, 5000))
-        qFatal("The look for packages does not end.");
-    g.shot("update-list-empty");
-    stick.addFpga("1-fpga", "1.4", QByteArray(5000, 'x'));
-    stick.addModule("2-module", "5.0", "module software");
-    stick.addSoftware("3-software", "2.1.0", {});
-    openList(3);
-    g.shot("update-list");
-    for (const auto& row : {"fpga", "module", "software"}) {
-        openList(3);
-        const int index = QStringList{"fpga", "module", "software"}.indexOf(row);
-        g.dialogShot(QString("update-question-") + row, DialogKind::Question, [&] { choose(index); });
-    }
-    QWidget* window = &g.panel().window();
-    g.dialogShot("update-installing", DialogKind::Progress, [&] {
-        UpdateDialog dialog(window, "installProgress", "Wait until upgrade process finished");
-        DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
-    });
-    for (const auto& [name, phase, percent] :
-         {std::make_tuple("begin", -1, 0), std::make_tuple("transfer", 0, 37), std::make_tuple("programming", 1, 29),
-          std::make_tuple("verifying", 1, 83)}) {
-        g.dialogShot(QString("update-fpga-") + name, DialogKind::Progress, [&, phase = phase, percent = percent] {
-            FpgaProgressDialog dialog(window);
-            const FpgaProgressDialog::Display display = FpgaProgressDialog::displayOf(phase, percent);
-            if (phase >= 0) {
-                dialog.setInfoText(display.text);
-                dialog.setProgress(display.percent);
-            }
-            DialogRunner::current().run(dialog, DialogKind::Progress, dialog.text());
-        });
-    }
-    const UpdateBoxes boxes(window, "FPGA Update", 1000);
-    g.dialogShot("update-fpga-done", DialogKind::Information, [&] { boxes.information(UpdateTexts::fpgaDone()); });
-    const QString path = stick.package("a-folder-with-quite-a-long-name/and-another-one-in-it") + "/image.fpga";
-    int number = 0;
-    const QString drop = "/home/velda/kavor/upgrade/veldax/module-software-5.0.bin";
-    for (const auto& [title, text] :
-         {std::make_tuple("FPGA", UpdateTexts::imageRefused()), std::make_tuple("FPGA", UpdateTexts::fpgaFailed()),
-          std::make_tuple("FPGA", UpdateTexts::cannotOpenImage(path)),
-          std::make_tuple("FW", QString("Upgrade failed. Error code: -4")),
-          std::make_tuple("NMX", QString("Failed to copy %1 to %2").arg(path, drop))}) {
-        const UpdateBoxes failed(window, QString(title) + " Update", 1000);
-        g.dialogShot(QString("update-failure-%1").arg(++number), DialogKind::Critical,
-                     [&failed, text = text] { failed.failure(text); });
-    }
 }
 
 void headerStops(TourGuide& g) {

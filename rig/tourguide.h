@@ -49,3 +49,6 @@ void aboutStops(TourGuide& g);
 
 /// One frame of the animation that covers the start.
 void splashStop(TourGuide& g);
+
+/// A stick with packages of each kind, what is asked about them, and how their installation shows and ends.
+void updateStops(TourGuide& g);

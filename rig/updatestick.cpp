@@ -2,8 +2,10 @@
 
 #include "common/update/fpga_image.h"
 #include "common/update/fpga_trailer.h"
+#include "common/update/signature.h"
 
 #include <QDir>
+#include <unistd.h>
 
 namespace {
 
@@ -20,6 +22,7 @@ UpdateStick::UpdateStick() {
     set("VELDA_HOME", QFile::encodeName(at("home")));
     set("VELDA_MEDIA", QFile::encodeName(at("media")));
     set("VELDA_USER", "tester");
+    set("VELDA_UPDATE_TRUST", QFile::encodeName(at("trust")));
 }
 
 UpdateStick::~UpdateStick() {
@@ -40,6 +43,7 @@ void UpdateStick::build(PackageRequest request, PackageType type, const QString&
     request.type = type;
     request.version = version;
     request.output = package(name);
+    request.signing = signing;
     const QStringList problems = buildPackage(request);
     if (!problems.isEmpty())
         qFatal("%s", qPrintable(problems.join("; ")));
@@ -72,6 +76,26 @@ void UpdateStick::addModule(const QString& name, const QString& version, const Q
     PackageRequest request;
     request.source = at("source/" + name + ".bin");
     build(request, PackageType::Module, name, version);
+}
+
+void UpdateStick::spoil(const QString& name, const QString& file, const QByteArray& bytes) const {
+    put("media/tester/" + name + '/' + file, bytes);
+    const QString manifest = "media/tester/" + name + "/Manifest";
+    put(manifest, contentOf(manifest).replace("package_sha256", "former_sha256"));
+}
+
+void UpdateStick::trust(const QByteArray& publicKey, const QByteArray& policy) const {
+    put(QStringLiteral("trust/") + KeyFiles[0], Signature::keyText(publicKey));
+    if (policy.isEmpty())
+        QFile::remove(at(QStringLiteral("trust/") + PolicyFile));
+    else
+        put(QStringLiteral("trust/") + PolicyFile, policy + '\n');
+}
+
+TrustSettings UpdateStick::trustSettings() const {
+    TrustSettings settings;
+    settings.owner = ::geteuid();
+    return settings;
 }
 
 QStringList UpdateStick::sudoed() const {

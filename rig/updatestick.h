@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/update/trust_folder.h"
 #include "tests/support/test_folder.h"
 #include "tools/package_build.h"
 
@@ -21,6 +22,18 @@ public:
                      const QString& manifestName = QString());
     void addFpga(const QString& name, const QString& version, const QByteArray& image);
     void addModule(const QString& name, const QString& version, const QByteArray& bytes);
+
+    /// Puts other bytes in the place of a package's file; its manifest then gives no hash of them.
+    void spoil(const QString& name, const QString& file, const QByteArray& bytes) const;
+
+    /// What the packages that are built from now on are signed with; without a seed they are not signed.
+    Signing signing;
+
+    /// Puts a key and a policy into the folder that says whom the panel trusts; an empty policy takes its file away.
+    void trust(const QByteArray& publicKey, const QByteArray& policy = QByteArray()) const;
+
+    /// The settings of a panel that takes that folder's owner for the one it trusts.
+    TrustSettings trustSettings() const;
 
     /// What sudo was asked for, the folder written as %D.
     QStringList sudoed() const;

@@ -54,12 +54,15 @@ QString writePackage(const PackageRequest& request, const QString& path) {
     return tar.ok ? QString() : QStringLiteral("tar failed: %1").arg(tar.output);
 }
 
-QByteArray manifestText(const PackageRequest& request, const QString& name, const QString& package) {
-    QJsonObject manifest{{"manifest_version", "1"},
-                         {"name", name},
-                         {"version", request.version},
-                         {"description", request.description},
-                         {"package", package}};
+QByteArray manifestText(const PackageRequest& request, const QString& name, const QString& package,
+                        const QString& hash) {
+    QJsonObject manifest{{"manifest_version", "1"},    {"name", name},
+                         {"version", request.version}, {"description", request.description},
+                         {"package", package},         {"package_sha256", hash}};
+    if (request.signing.release > 0)
+        manifest.insert("release", request.signing.release);
+    if (!request.signing.model.isEmpty())
+        manifest.insert("model", request.signing.model);
     QJsonArray components;
     for (const MANIFEST_DATA_COMPONENT& component : request.components) {
         components.append(QJsonObject{{"type", component.type},
@@ -85,13 +88,19 @@ QStringList buildPackage(const PackageRequest& request) {
     const QString packagePath = QDir(request.output).absoluteFilePath(package);
     if (QFileInfo::exists(packagePath))
         return {QStringLiteral("%1 is there already").arg(packagePath)};
+    QString hash;
     problem = writePackage(request, packagePath);
     if (problem.isEmpty())
-        problem = Console::writeFile(manifestPath, manifestText(request, name, package));
+        problem = hashOf(packagePath, hash);
+    if (problem.isEmpty())
+        problem = Console::writeFile(manifestPath, manifestText(request, name, package, hash));
+    if (problem.isEmpty() && !request.signing.seed.isEmpty())
+        problem = signPackage(manifestPath, request.signing);
     QStringList problems = problem.isEmpty() ? checkPackage(manifestPath) : QStringList{problem};
     if (!problems.isEmpty()) {
         QFile::remove(packagePath);
         QFile::remove(manifestPath);
+        removeSignatureOf(manifestPath);
     }
     return problems;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/update/datafw.h"
+#include "tools/package_sign.h"
 
 #include <QVector>
 
@@ -12,6 +13,7 @@ struct PackageRequest {
     QString source;                              ///< folder of a software package, file of the others
     QString output;                              ///< folder for package and manifest, created when missing
     QVector<MANIFEST_DATA_COMPONENT> components; ///< of a software package
+    Signing signing;                             ///< without a seed the package is not signed
 };
 
 /// Writes a package and its manifest and checks both. Returns what is wrong, one sentence a line of the list; then

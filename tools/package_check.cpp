@@ -6,9 +6,12 @@
 #include "common/update/fpga_trailer.h"
 #include "common/update/fpga_update_job.h"
 #include "common/update/package_installer.h"
+#include "common/update/package_trust.h"
 #include "common/update/process_run.h"
+#include "common/update/signature.h"
 #include "platform/devicepaths.h"
 #include "tools/console.h"
+#include "tools/package_sign.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -25,8 +28,9 @@ QStringList textProblems(const QJsonObject& object, const QStringList& keys, con
             continue;
         if (!keys.contains(entry.key()))
             problems << QStringLiteral("%1\"%2\" is no key of a manifest").arg(where, entry.key());
-        else if (!entry.value().isString())
-            problems << QStringLiteral("%1\"%2\" is no text").arg(where, entry.key());
+        else if (entry.key() == "release" ? !entry.value().isDouble() : !entry.value().isString())
+            problems << QStringLiteral("%1\"%2\" is no %3")
+                            .arg(where, entry.key(), entry.key() == "release" ? "number" : "text");
     }
     return problems;
 }
@@ -44,7 +48,9 @@ QStringList jsonProblems(const QString& manifestPath) {
                     .arg(error.offset)};
     }
     const QJsonObject object = document.object();
-    QStringList problems = textProblems(object, {"manifest_version", "name", "version", "description", "package"}, "");
+    QStringList problems = textProblems(
+        object, {"manifest_version", "name", "version", "description", "package", "package_sha256", "release", "model"},
+        "");
     const QJsonValue components = object.value("components");
     if (!components.isUndefined() && !components.isArray())
         problems << QStringLiteral("\"components\" is no list");
@@ -129,6 +135,12 @@ QStringList packageProblems(const MANIFEST_DATA& manifest) {
     const QFileInfo package(manifest.package_path);
     if (!package.isFile() || package.size() == 0)
         return {QStringLiteral("%1 is no file, or empty").arg(manifest.package_path)};
+    QString hash;
+    const QString unread = hashOf(manifest.package_path, hash);
+    if (!unread.isEmpty())
+        return {unread};
+    if (!manifest.package_sha256.isEmpty() && manifest.package_sha256.toLower() != hash)
+        return {QStringLiteral("\"package_sha256\" is not the hash of %1").arg(manifest.package_path)};
     switch (packageType(manifest.name)) {
     case PackageType::Software:
         return softwareProblems(manifest);
@@ -156,7 +168,8 @@ QString stepOf(const MANIFEST_DATA_COMPONENT& component, const QString& deviceSc
 
 QStringList softwareSteps(const MANIFEST_DATA& manifest) {
     const QString scratch = InstallSettings().scratchFolder;
-    QStringList steps{QStringLiteral("remove %1 and make it anew").arg(scratch),
+    QStringList steps{QStringLiteral("copy the package to the instrument and check the copy"),
+                      QStringLiteral("remove %1 and make it anew").arg(scratch),
                       QStringLiteral("unpack %1 into it").arg(manifest.package)};
     const QTemporaryDir unpacked;
     const QString problem = unpackTo(unpacked, manifest.package_path);
@@ -169,11 +182,40 @@ QStringList softwareSteps(const MANIFEST_DATA& manifest) {
 
 } // namespace
 
-QStringList checkPackage(const QString& manifestPath) {
+QStringList checkPackage(const QString& manifestPath, const QByteArray& publicKey) {
     QStringList problems = jsonProblems(manifestPath);
-    if (problems.isEmpty())
-        problems = packageProblems(*fwData({manifestPath}).manifests().front());
+    if (!problems.isEmpty())
+        return problems;
+    const fwData data({manifestPath});
+    const MANIFEST_DATA& manifest = *data.manifests().front();
+    problems = packageProblems(manifest);
+    if (!manifest.signature.isNull() || !publicKey.isEmpty()) {
+        const QString missing = missingForSigning(manifest);
+        if (!missing.isEmpty())
+            problems << missing;
+    }
+    if (!publicKey.isEmpty() && manifest.signature.isNull())
+        problems << QStringLiteral("it is not signed");
+    else if (!publicKey.isEmpty() && !Signature::verify(manifest.bytes, manifest.signature, publicKey))
+        problems << QStringLiteral("it is not signed with this key");
     return problems;
+}
+
+QStringList describePackage(const QString& manifestPath) {
+    const fwData data({manifestPath});
+    const MANIFEST_DATA& manifest = *data.manifests().front();
+    QString hash;
+    if (!hashOf(manifest.package_path, hash).isEmpty())
+        return {};
+    QStringList lines{QStringLiteral("%1: %2 bytes, SHA-256 %3")
+                          .arg(manifest.package)
+                          .arg(QFileInfo(manifest.package_path).size())
+                          .arg(hash)};
+    if (manifest.signature.isNull())
+        lines << QStringLiteral("not signed");
+    else
+        lines << QStringLiteral("signed, release %1 for %2").arg(manifest.release).arg(manifest.model);
+    return lines;
 }
 
 QStringList listPackage(const QString& manifestPath) {
@@ -183,13 +225,15 @@ QStringList listPackage(const QString& manifestPath) {
     case PackageType::Software:
         return softwareSteps(manifest);
     case PackageType::Fpga:
-        return {QStringLiteral("check the trailer of %1").arg(manifest.package),
+        return {QStringLiteral("copy the package to the instrument and check the copy"),
+                QStringLiteral("check the trailer of %1").arg(manifest.package),
                 QStringLiteral("send the image to the boards of the channels, of %1, port %2")
                     .arg(DevicePaths::fpgaAddresses().join(", "))
                     .arg(FpgaUpdateSettings().port),
                 QStringLiteral("wait until each has burnt and verified it")};
     case PackageType::Module:
-        return {QStringLiteral("copy %1 to %2").arg(manifest.package, DevicePaths::moduleDropFolder()),
+        return {QStringLiteral("copy the package to the instrument and check the copy"),
+                QStringLiteral("copy %1 to %2").arg(manifest.package, DevicePaths::moduleDropFolder()),
                 QStringLiteral("ask the RF module to update itself")};
     case PackageType::Unknown:
         break;

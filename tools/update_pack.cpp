@@ -1,4 +1,5 @@
 #include "common/update/component_plan.h"
+#include "common/update/package_trust.h"
 #include "tools/console.h"
 #include "tools/package_build.h"
 #include "tools/package_check.h"
@@ -62,6 +63,18 @@ QString takeComponents(const QCommandLineParser& parser, PackageRequest& request
     return {};
 }
 
+/// Why not, or nothing.
+QString takeSigning(const QCommandLineParser& parser, Signing& signing) {
+    signing.model = parser.value("model");
+    if (parser.isSet("release")) {
+        bool isNumber = false;
+        signing.release = parser.value("release").toInt(&isNumber);
+        if (!isNumber || signing.release < 1 || signing.release > HighestRelease)
+            return QStringLiteral("--release takes a number from 1 to %1").arg(HighestRelease);
+    }
+    return parser.isSet("key") ? readKey(parser.value("key"), signing.seed) : QString();
+}
+
 int build(PackageType type, const QCommandLineParser& parser, const QStringList& places) {
     if (places.size() != 2)
         return Console::refuse("a package is built of a source into a folder", Console::Usage);
@@ -72,7 +85,9 @@ int build(PackageType type, const QCommandLineParser& parser, const QStringList&
     request.description = parser.value("description");
     request.source = places[0];
     request.output = places[1];
-    const QString problem = takeComponents(parser, request);
+    QString problem = takeComponents(parser, request);
+    if (problem.isEmpty())
+        problem = takeSigning(parser, request.signing);
     if (!problem.isEmpty())
         return Console::refuse(problem, Console::Usage);
     if (type != PackageType::Software && !request.components.isEmpty())
@@ -80,17 +95,51 @@ int build(PackageType type, const QCommandLineParser& parser, const QStringList&
     return tell(buildPackage(request));
 }
 
+QString manifestOf(const QString& place) {
+    return QFileInfo(place).isDir() ? place + "/Manifest" : place;
+}
+
 int inspect(bool list, const QCommandLineParser& parser, const QStringList& places) {
-    if (places.size() != 1 || !parser.optionNames().isEmpty())
-        return Console::refuse("name one manifest, or the folder that holds it, and no options", Console::Usage);
-    const QString manifest = QFileInfo(places[0]).isDir() ? places[0] + "/Manifest" : places[0];
-    const QStringList problems = checkPackage(manifest);
-    if (list && QFileInfo(manifest).isFile()) {
+    const QStringList options = parser.optionNames();
+    if (places.size() != 1 || (!options.isEmpty() && options != QStringList("public")))
+        return Console::refuse("name one manifest, or the folder that holds it, and no option but --public",
+                               Console::Usage);
+    QByteArray key;
+    const QString unread = parser.isSet("public") ? readKey(parser.value("public"), key) : QString();
+    if (!unread.isEmpty())
+        return Console::refuse(Console::visible(unread));
+    const QString manifest = manifestOf(places[0]);
+    const QStringList problems = checkPackage(manifest, key);
+    if (QFileInfo(manifest).isFile()) {
         int number = 0;
-        for (const QString& step : listPackage(manifest))
+        for (const QString& line : describePackage(manifest))
+            Console::say(Console::visible(line));
+        for (const QString& step : list ? listPackage(manifest) : QStringList())
             Console::say(QStringLiteral("%1. %2").arg(++number).arg(Console::visible(step)));
     }
     return tell(problems);
+}
+
+int sign(const QCommandLineParser& parser, const QStringList& places) {
+    Signing signing;
+    if (places.size() != 1 || !parser.isSet("key"))
+        return Console::refuse("sign takes a package and --key", Console::Usage);
+    const QString problem = takeSigning(parser, signing);
+    if (!problem.isEmpty())
+        return Console::refuse(Console::visible(problem), Console::Usage);
+    const QString manifest = manifestOf(places[0]);
+    QStringList problems = checkPackage(manifest);
+    if (problems.isEmpty())
+        problems = QStringList(signPackage(manifest, signing));
+    problems.removeAll(QString());
+    return tell(problems);
+}
+
+int generate(const QCommandLineParser& parser, const QStringList& places) {
+    if (places.size() != 1 || !parser.optionNames().isEmpty())
+        return Console::refuse("keygen takes the file of the secret key", Console::Usage);
+    const QString problem = writeKeyPair(places[0]);
+    return problem.isEmpty() ? Console::Done : Console::refuse(Console::visible(problem));
 }
 
 std::optional<int> carryOut(const QCommandLineParser& parser, const QString& command, const QStringList& places) {
@@ -104,6 +153,10 @@ std::optional<int> carryOut(const QCommandLineParser& parser, const QString& com
     }
     if (command == "check" || command == "list")
         return inspect(command == "list", parser, places);
+    if (command == "sign")
+        return sign(parser, places);
+    if (command == "keygen")
+        return generate(parser, places);
     return std::nullopt;
 }
 
@@ -115,12 +168,15 @@ int main(int argc, char** argv) {
         "  update-pack --version 2.1 --install app=/opt/app --run \"sudo ldconfig\" --reboot software FOLDER OUTPUT\n"
         "  update-pack --version 1.4 fpga SIGNED-IMAGE OUTPUT\n"
         "  update-pack --version 5.0 module FILE OUTPUT\n"
-        "  update-pack check PACKAGE\n"
+        "  update-pack keygen SECRET-KEY\n"
+        "  update-pack --key SECRET-KEY --release 7 --model KV-6000 sign PACKAGE\n"
+        "  update-pack --public PUBLIC-KEY check PACKAGE\n"
         "  update-pack list PACKAGE\n\n"
-        "PACKAGE is a manifest or the folder that holds it. Components are installed in the order of their options.\n"
+        "PACKAGE is a manifest or the folder that holds it. A build with --key signs at once. Components are installed "
+        "in the order of their options.\n"
         "Ends with 0 when done, 1 when something is refused, 2 when called the wrong way.",
-        "software, fpga, module, check or list",
-        "the source and the folder to write, or the package",
+        "software, fpga, module, keygen, sign, check or list",
+        "the source and the folder to write, the package, or the key to write",
         "PLACE...",
         {{"version", "Version that the instrument shows.", "version"},
          {"name", "Name in the manifest; it decides the kind: FW, FPGA or NMX.", "name"},
@@ -132,6 +188,10 @@ int main(int argc, char** argv) {
          {"delete", "Deletes a file or folder of the unpacked package.", "name"},
          {"run", "Runs a command on the instrument; its failure stops the installation.", "command"},
          {"try", "Runs a command on the instrument; its failure is written to the log.", "command"},
-         QCommandLineOption("reboot", "Reboots the instrument.")}};
+         QCommandLineOption("reboot", "Reboots the instrument."),
+         {"key", "Secret key to sign with; keygen makes one, and its public half beside it.", "file"},
+         {"release", "Release counter of a signed package; no panel that requires signatures goes back.", "number"},
+         {"model", "Model of the instrument that a signed package is for.", "model"},
+         {"public", "Public key that check demands the signature of.", "file"}}};
     return Console::run(argc, argv, tool, carryOut);
 }

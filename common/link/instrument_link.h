@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -73,6 +74,9 @@ public:
     /// What was last sent, answered and told.
     CommandHistory& history() { return m_history; }
 
+    /// Of any channel, as it was last copied; zeros for one that does not exist.
+    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
+
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;
     /// Of the region that is there now: 0 without one.
@@ -84,6 +88,9 @@ public:
 
     /// The region is there and can be read, and the client is connected.
     bool isLinkUp() const;
+
+    /// There is a record of the current channel, of this moment or the last that could be read.
+    bool hasRecord() const { return holdsCurrentChannel(); }
 
     /// The service has answered, if only with a refusal, since a command last timed out.
     bool isAnswering() const { return m_answering; }

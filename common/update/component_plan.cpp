@@ -2,6 +2,7 @@
 
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <algorithm>
 
 namespace {
@@ -131,6 +132,8 @@ ComponentPlan planComponent(const MANIFEST_DATA_COMPONENT& component, const QStr
             plan.command += ' ' + component.destination;
         plan.refusal = refusalOf(*rule, component, scratch);
     }
+    static const QRegularExpression down(QStringLiteral("\\b(reboot|shutdown|poweroff|halt|kexec)\\b"));
+    plan.mayReboot = plan.isCommand && down.match(plan.command).hasMatch();
     plan.reboots = plan.isCommand && plan.stops && plan.command == QLatin1String("sudo reboot");
     plan.subject = plan.command;
     return plan;

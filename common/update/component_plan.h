@@ -9,6 +9,7 @@ struct ComponentPlan {
     bool isCommand = false; ///< an "action": the name runs as it stands
     bool stops = false;     ///< its failure ends the installation with -5
     bool reboots = false;   ///< the instrument goes down; the patch folder is to be removed first
+    bool mayReboot = false; ///< the command holds a word that takes the instrument down
     QString command;        ///< for the shell; empty when the pair is not known
     QString failure;        ///< what the log says when it fails or is not known, without the subject
     QString subject;        ///< the command, or the word that is not known

@@ -1,5 +1,6 @@
 #include "common/update/datafw.h"
 
+#include "common/update/signature.h"
 #include "platform/logger.h"
 
 #include <QFile>
@@ -7,9 +8,22 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <algorithm>
 #include <stdexcept>
 
 namespace {
+
+// A signature is small; one that is there and cannot be read is a wrong one.
+QByteArray readSignature(const QString& path) {
+    const QFileInfo info(path);
+    if (!info.exists() && !info.isSymLink())
+        return {};
+    QFile file(path);
+    QByteArray bytes;
+    if (info.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        bytes = file.read(Signature::Size + 1);
+    return bytes.isEmpty() ? QByteArray("") : bytes; // not null: there is one
+}
 
 // A stick may hold anything under this name: a pipe would block the reading, a huge file fill the memory.
 QByteArray readBounded(const QString& path) {
@@ -43,6 +57,8 @@ constexpr Text<MANIFEST_DATA> ManifestTexts[] = {
     {"version", &MANIFEST_DATA::version},
     {"description", &MANIFEST_DATA::description},
     {"package", &MANIFEST_DATA::package},
+    {"package_sha256", &MANIFEST_DATA::package_sha256},
+    {"model", &MANIFEST_DATA::model},
 };
 
 constexpr Text<MANIFEST_DATA_COMPONENT> ComponentTexts[] = {
@@ -76,6 +92,8 @@ std::unique_ptr<MANIFEST_DATA> manifestFromJson(const QByteArray& json, const QS
     const QJsonObject object = QJsonDocument::fromJson(json).object();
     auto manifest = std::make_unique<MANIFEST_DATA>();
     takeTexts(object, ManifestTexts, *manifest);
+    manifest->release = std::max(object.value(QLatin1String("release")).toInt(), 0);
+    manifest->bytes = json;
     manifest->package_path = folder + '/' + manifest->package;
     const QJsonArray components = object.value(QLatin1String("components")).toArray();
     for (const QJsonValue& element : components) {
@@ -93,9 +111,18 @@ fwData::fwData(const QStringList& manifestPaths) {
 void fwData::init_cmd_config(const QStringList& manifestPaths) {
     for (const QString& path : manifestPaths) {
         try {
-            m_manifests.push_back(manifestFromJson(readBounded(path), QFileInfo(path).absolutePath()));
+            auto manifest = manifestFromJson(readBounded(path), QFileInfo(path).absolutePath());
+            manifest->manifest_path = path;
+            manifest->signature = readSignature(signaturePath(path));
+            m_manifests.push_back(std::move(manifest));
         } catch (const std::exception& error) {
             throw std::runtime_error("Error reading fw file " + path.toStdString() + ": " + error.what());
         }
     }
+}
+
+std::unique_ptr<MANIFEST_DATA> fwData::takeFirst() {
+    auto first = std::move(m_manifests.front());
+    m_manifests.erase(m_manifests.begin());
+    return first;
 }

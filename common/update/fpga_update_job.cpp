@@ -17,7 +17,9 @@ FpgaUpdateSettings FpgaUpdateSettings::forChannels(int channels) {
 }
 
 FpgaUpdateJob::FpgaUpdateJob(const FpgaUpdateSettings& settings, QObject* parent)
-    : QObject(parent), m_settings(settings) {}
+    : QObject(parent), m_settings(settings) {
+    qRegisterMetaType<FpgaBoardStates>();
+}
 
 FpgaUpdateJob::~FpgaUpdateJob() {
     if (!m_thread)
@@ -43,7 +45,7 @@ FpgaUpdateJob::Outcome FpgaUpdateJob::work(const QString& imagePath) {
     QByteArray image;
     QString error;
     if (!loadFpgaImage(imagePath, image, error))
-        return {false, error};
+        return {false, error, QStringLiteral("the image was refused")};
     emit imageAccepted();
     FpgaUpdater updater;
     updater.setImage(reinterpret_cast<const unsigned char*>(image.constData()), static_cast<quint32>(image.size()));
@@ -53,9 +55,13 @@ FpgaUpdateJob::Outcome FpgaUpdateJob::work(const QString& imagePath) {
             static_cast<FpgaUpdateJob*>(context)->reportProgress(phase, percent);
         },
         this);
+    updater.setBoardCallback([this](const FpgaBoardStates& states) { emit boards(states); });
     const bool ok = updater.runBlocking(m_settings.ackTimeoutMs, m_settings.ackPollMs, m_settings.burnPollMs,
                                         m_settings.burnSilenceMs, m_settings.burnTotalMs);
-    return {ok, ok ? UpdateTexts::fpgaDone() : UpdateTexts::fpgaFailed(updater.silentBoards())};
+    if (ok)
+        return {true, UpdateTexts::fpgaDone(), UpdateTexts::fpgaDoneBriefly(m_settings.boards.size())};
+    const QStringList silent = updater.silentBoards();
+    return {false, UpdateTexts::fpgaFailed(silent, updater.step()), UpdateTexts::noAnswer(silent)};
 }
 
 // An image has up to 65534 blocks; the screen needs a hundred of these reports.
@@ -74,5 +80,5 @@ void FpgaUpdateJob::onThreadFinished() {
         std::lock_guard<std::mutex> lock(m_mutex);
         outcome = m_outcome;
     }
-    emit ended(outcome.ok, outcome.message);
+    emit ended(outcome.ok, outcome.message, outcome.end);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QHostAddress>
+#include "common/update/fpga_board_state.h"
+
 #include <QObject>
 #include <QVector>
 #include <memory>
@@ -42,13 +43,18 @@ signals:
     /// As FpgaUpdater::ProgressCallback, only when it changes.
     void progress(int phase, int percent);
 
-    /// Exactly once, when the thread has ended: the sentence is what the user is to read.
-    void ended(bool ok, const QString& message);
+    /// How the boards stand, a few times a second.
+    void boards(const FpgaBoardStates& states);
+
+    /// Exactly once, when the thread has ended: the sentence is what the user is to read, the end the same in a few
+    /// words.
+    void ended(bool ok, const QString& message, const QString& end);
 
 private:
     struct Outcome {
         bool ok = false;
         QString message;
+        QString end;
     };
 
     Outcome work(const QString& imagePath);

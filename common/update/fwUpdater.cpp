@@ -12,10 +12,12 @@ namespace {
 
 constexpr int MarkerAttempts = 3;
 constexpr int MostPerPass = 256; // a flood of strays must not keep a pass from its timers
+constexpr int SlowAnswerMs = 500;
 
 } // namespace
 
 FpgaUpdater::FpgaUpdater(QObject* parent) : QObject(parent), m_socket(new QUdpSocket(this)) {
+    m_clock.start();
     if (!m_socket->bind(QHostAddress(QHostAddress::AnyIPv4), 0))
         qCWarning(lcFpga).noquote() << "[FPGA] No socket:" << m_socket->errorString();
 }
@@ -40,6 +42,14 @@ void FpgaUpdater::setProgressCallback(ProgressCallback callback, void* context) 
     m_context = context;
 }
 
+void FpgaUpdater::begin() {
+    m_clock.start();
+    m_reportedAt = 0;
+    for (TargetState& state : m_targets)
+        state.heardAt = 0;
+    reportBoards(true);
+}
+
 bool FpgaUpdater::runBlocking(int ackTimeoutMs, int ackPollMs, int burnPollMs, int burnSilenceMs, int burnTotalMs) {
     bool ok = !m_targets.isEmpty() && m_image && m_imageSize > 0;
     if (ok && !doTransfer(ackTimeoutMs, ackPollMs)) {
@@ -57,6 +67,7 @@ int FpgaUpdater::totalBlocks() const {
 
 bool FpgaUpdater::doTransfer(int ackTimeoutMs, int ackPollMs) {
     const int total = totalBlocks();
+    begin();
     if (total > FpgaWire::MostBlocks || m_socket->state() != QAbstractSocket::BoundState) {
         qCWarning(lcFpga) << "[FPGA] Nothing can be sent. Total Blocks:" << total;
         return false;
@@ -78,6 +89,7 @@ bool FpgaUpdater::doTransfer(int ackTimeoutMs, int ackPollMs) {
 }
 
 bool FpgaUpdater::sendMarker(const char* name, quint16 block, int timeoutMs, int pollMs) {
+    m_step = QStringLiteral("%1 of the transfer").arg(block == 0 ? QStringLiteral("Start") : QStringLiteral("End"));
     for (int attempt = 0; attempt < MarkerAttempts && !interrupted(); ++attempt) {
         if (sendAndWait(block, nullptr, 0, true, timeoutMs, pollMs))
             return true;
@@ -93,11 +105,14 @@ bool FpgaUpdater::sendBlocks(int timeoutMs, int pollMs) {
         const quint32 offset = static_cast<quint32>(block - 1) * FpgaWire::BlockSize;
         const int length = static_cast<int>(std::min<quint32>(m_imageSize - offset, FpgaWire::BlockSize));
         while (!sendAndWait(static_cast<quint16>(block), m_image + offset, length, false, timeoutMs, pollMs)) {
-            if (interrupted())
+            if (interrupted()) {
+                m_step = QStringLiteral("Block %1 of %2").arg(block).arg(total);
                 return false;
+            }
             qCDebug(lcFpga) << "[FPGA] Timeout on Block" << block << "- Retrying same block for all.";
         }
         report(0, std::min(block * 100 / total, 100));
+        reportBoards(false);
     }
     return true;
 }
@@ -135,18 +150,22 @@ bool FpgaUpdater::waitForAllAcks(quint16 block, int timeoutMs, int pollMs) {
                 continue;
             state->acked = true;
             state->lastAckedBlock = reply->block;
+            state->heardAt = m_clock.elapsed();
         }
         if (allTargets(&TargetState::acked))
             return true;
+        reportBoards(false);
     }
     return false;
 }
 
 bool FpgaUpdater::doBurnVerify(int burnPollMs, int burnSilenceMs, int burnTotalMs) {
     m_burning = true;
+    m_step = QStringLiteral("Programming and verifying");
     for (TargetState& state : m_targets) {
         state.burnDone = false;
         state.burnPercent = 0;
+        state.heardAt = m_clock.elapsed();
     }
     qCDebug(lcFpga) << "[FPGA] Starting Burn/Verify Phase for" << m_targets.size() << "devices.";
     QElapsedTimer overall;
@@ -165,6 +184,7 @@ bool FpgaUpdater::doBurnVerify(int burnPollMs, int burnSilenceMs, int burnTotalM
             return false;
         }
         report(1, lowestPercent());
+        reportBoards(allTargets(&TargetState::burnDone));
         if (allTargets(&TargetState::burnDone)) {
             qCDebug(lcFpga) << "[FPGA] All devices finished Burn/Verify.";
             report(3, 100);
@@ -179,6 +199,7 @@ void FpgaUpdater::takeStatus(const Datagram& datagram) {
     TargetState* state = reply ? target(datagram.from) : nullptr;
     if (!state)
         return;
+    state->heardAt = m_clock.elapsed();
     if (reply->ended) {
         if (!state->burnDone)
             qCDebug(lcFpga).noquote() << "[FPGA] Device" << state->address.toString() << "finished burning.";
@@ -231,6 +252,34 @@ int FpgaUpdater::lowestPercent() const {
 void FpgaUpdater::report(int phase, int percent) const {
     if (m_callback)
         m_callback(0, phase, percent, m_context);
+}
+
+FpgaBoardState FpgaUpdater::stateOf(const TargetState& target, qint64 now) const {
+    FpgaBoardState state;
+    state.address = target.address;
+    state.quietMs = target.burnDone ? 0 : static_cast<int>(now - target.heardAt);
+    state.isSilent = state.quietMs >= m_silentAfterMs;
+    if (m_burning) {
+        state.phase = target.burnDone ? FpgaBoardState::Done : FpgaBoardState::Programming;
+        state.percent = target.burnPercent;
+    } else {
+        const bool answers = target.acked || (target.heardAt > 0 && state.quietMs < SlowAnswerMs);
+        state.phase = answers ? FpgaBoardState::Acknowledged : FpgaBoardState::Waiting;
+        state.percent = std::min(target.lastAckedBlock * 100 / std::max(totalBlocks(), 1), 100);
+    }
+    return state;
+}
+
+// Every block passes here: a look at the clock is all that it may cost.
+void FpgaUpdater::reportBoards(bool now) {
+    const qint64 at = m_clock.elapsed();
+    if (!m_boardCallback || (!now && at - m_reportedAt < ReportMs))
+        return;
+    m_reportedAt = at;
+    FpgaBoardStates states;
+    for (const TargetState& state : qAsConst(m_targets))
+        states << stateOf(state, at);
+    m_boardCallback(states);
 }
 
 bool FpgaUpdater::interrupted() {

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "common/update/fpga_board_state.h"
 #include "common/update/fpga_datagram.h"
 
-#include <QHostAddress>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QStringList>
 #include <QVector>
 #include <array>
+#include <functional>
 
 class QUdpSocket;
 
@@ -28,7 +30,14 @@ public:
         bool burnDone = false; ///< has reported the end
         quint16 lastAckedBlock = 0;
         int burnPercent = 0; ///< 0 to 100
+        qint64 heardAt = 0;  ///< ms of the updater's clock; when the update began, until the board is heard
     };
+
+    /// How the boards stand, called on the thread that runs at most every ReportMs.
+    using BoardCallback = std::function<void(const FpgaBoardStates&)>;
+    static constexpr int ReportMs = 100;
+
+    static constexpr int SilentAfterMs = 10000;
 
     explicit FpgaUpdater(QObject* parent = nullptr);
 
@@ -38,10 +47,17 @@ public:
     /// A count below 1 leaves no target.
     void setTargets(const QHostAddress* addresses, int count, quint16 port);
     void setProgressCallback(ProgressCallback callback, void* context);
+    void setBoardCallback(BoardCallback callback) { m_boardCallback = std::move(callback); }
+
+    /// For how long a board says nothing until its state says so; changes nothing of the transfer.
+    void setSilentAfter(int milliseconds) { m_silentAfterMs = milliseconds; }
     const QVector<TargetState>& targets() const { return m_targets; }
 
     /// After a failure: the boards that had not answered what was awaited last.
     QStringList silentBoards() const;
+
+    /// After a failure: what was under way, in a few words.
+    QString step() const { return m_step; }
 
     /// Both phases. False: no target, no image, more than 65534 blocks (nothing is sent), a board that does not answer
     /// INIT or EOF in three attempts of ackTimeoutMs, silence of all boards for more than burnSilenceMs while they
@@ -84,6 +100,9 @@ private:
     bool allTargets(bool TargetState::*flag) const;
     int lowestPercent() const;
     void report(int phase, int percent) const;
+    void begin();
+    void reportBoards(bool now);
+    FpgaBoardState stateOf(const TargetState& target, qint64 now) const;
     static bool interrupted();
 
     QUdpSocket* m_socket;
@@ -91,6 +110,11 @@ private:
     quint32 m_imageSize = 0;
     QVector<TargetState> m_targets;
     bool m_burning = false;
+    QString m_step;
+    QElapsedTimer m_clock;   ///< since the update began
+    qint64 m_reportedAt = 0; ///< by the clock
+    BoardCallback m_boardCallback;
+    int m_silentAfterMs = SilentAfterMs;
     ProgressCallback m_callback = nullptr;
     void* m_context = nullptr;
 };

@@ -1,17 +1,15 @@
 #include "common/update/package_installer.h"
 
 #include "common/update/process_run.h"
-#include "platform/durable_file.h"
 #include "platform/logger.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <sys/stat.h>
 
 namespace {
 
 enum Code { Done = 0, NoManifest = -1, ScratchStays = -2, NoScratch = -3, NotUnpacked = -4, ActionFailed = -5 };
-
-constexpr qint64 LongestMark = 256;
 
 template <typename... Args>
 void info(const char* format, const Args&... args) {
@@ -33,16 +31,8 @@ bool removePath(const QString& path) {
 
 } // namespace
 
-QString unfinishedInstallation(const InstallSettings& settings) {
-    QFile marker(settings.markerFile);
-    if (!QFileInfo(marker).isFile() || !marker.open(QIODevice::ReadOnly))
-        return {};
-    const QString what = QString::fromUtf8(marker.read(LongestMark)).simplified();
-    return what.isEmpty() ? QStringLiteral("?") : what;
-}
-
 fwThread::fwThread(const MANIFEST_DATA* manifest, const InstallSettings& settings, QObject* parent)
-    : QThread(parent), m_manifest(manifest), m_settings(settings) {}
+    : QThread(parent), m_manifest(manifest), m_settings(settings), m_marker(settings.markerFile) {}
 
 fwThread::~fwThread() {
     wait();
@@ -54,22 +44,28 @@ void fwThread::run() {
 
 void fwThread::fwUpgrade() {
     const int code = install();
+    m_end.code = code;
+    endAndUnmark();
     emit fwUpgraded(code);
+}
+
+int fwThread::fail(int code, const QString& what) {
+    m_end.failure = what;
+    return code;
 }
 
 int fwThread::install() {
     info("fwThread::fwUpgrade start");
     if (!m_manifest) {
         failure("fwThread::fwUpgrade: manifest is null");
-        return NoManifest;
+        return fail(NoManifest, QStringLiteral("There is no manifest"));
     }
     if (const int code = prepareScratch(); code != Done)
         return code;
     if (!unpack())
-        return NotUnpacked;
+        return fail(NotUnpacked, QStringLiteral("Unpacking %1").arg(QFileInfo(m_manifest->package_path).fileName()));
     mark();
     const int code = carryOutAll();
-    unmark();
     if (code == Done)
         info("fwThread::fwUpgrade completed successfully");
     return code;
@@ -77,9 +73,10 @@ int fwThread::install() {
 
 int fwThread::carryOutAll() {
     for (const auto& component : m_manifest->components) {
+        ++m_step;
         if (!component) {
             failure("fwThread::fwUpgrade: null manifest component");
-            return NoManifest;
+            return fail(NoManifest, stepName(QStringLiteral("is missing")));
         }
         if (const int code = installComponent(*component); code != Done)
             return code;
@@ -87,17 +84,23 @@ int fwThread::carryOutAll() {
     return Done;
 }
 
-void fwThread::mark() {
-    const QString& path = m_settings.markerFile;
-    const QByteArray what = (m_manifest->name + ' ' + m_manifest->version).simplified().toUtf8();
-    if (!DurableFile::makeFolder(QFileInfo(path).path()) || DurableFile::replace(path, what) != DurableFile::Result::Ok)
-        failure("%s cannot be written: an installation that is cut off will not be told of", path);
+QString fwThread::stepName(const QString& subject) const {
+    return QStringLiteral("Step %1 of %2: %3").arg(m_step).arg(m_manifest->components.size()).arg(subject);
 }
 
-void fwThread::unmark() {
-    const QString& path = m_settings.markerFile;
-    if (QFileInfo::exists(path) && !(QFile::remove(path) && DurableFile::syncFolder(QFileInfo(path).path())))
-        failure("%s cannot be removed", path);
+void fwThread::mark() {
+    if (!m_marker.set(m_manifest->name + ' ' + m_manifest->version))
+        failure("%s cannot be written: an installation that is cut off will not be told of", m_settings.markerFile);
+    m_isMarked = true;
+}
+
+void fwThread::endAndUnmark() {
+    if (m_settings.ending)
+        m_settings.ending(m_end);
+    // The mark of an older installation stays until one has changed something again.
+    if (m_isMarked && !m_marker.clear())
+        failure("%s cannot be removed", m_settings.markerFile);
+    m_isMarked = false;
 }
 
 int fwThread::prepareScratch() {
@@ -106,15 +109,16 @@ int fwThread::prepareScratch() {
     // The folder stands unquoted in the command texts: one that the shell would split must never be used.
     if (!isPlainWord(folder) || !QDir::isAbsolutePath(folder)) {
         failure("fwThread::fwUpgrade failed creating %s", folder);
-        return NoScratch;
+        return fail(NoScratch, QStringLiteral("Creating %1").arg(folder));
     }
     if (!removePath(folder)) {
         failure("fwThread::fwUpgrade failed deleting %s", folder);
-        return ScratchStays;
+        return fail(ScratchStays, QStringLiteral("Deleting %1").arg(folder));
     }
-    if (!QDir().mkpath(folder)) {
+    // For this account alone: what was checked must still be that when it is copied from here.
+    if (!QDir().mkpath(QFileInfo(folder).path()) || ::mkdir(QFile::encodeName(folder).constData(), S_IRWXU) != 0) {
         failure("fwThread::fwUpgrade failed creating %s", folder);
-        return NoScratch;
+        return fail(NoScratch, QStringLiteral("Creating %1").arg(folder));
     }
     return Done;
 }
@@ -141,18 +145,21 @@ int fwThread::installComponent(const MANIFEST_DATA_COMPONENT& component) {
         const QString command = "rm -rf " + patchFolder(m_settings.scratchFolder);
         if (!RunSystemShellCommand(command)) {
             failure("fwThread::fwUpgrade failed cleanup before reboot: %s", command);
-            return ActionFailed;
+            return fail(ActionFailed, stepName(command));
         }
-        unmark();
     }
+    if (plan.mayReboot)
+        endAndUnmark();
     if (plan.known && carryOut(plan, component))
         return Done;
-    if (plan.reboots)
+    if (plan.mayReboot)
         mark(); // what follows is part of the installation
     failure("fwThread::fwUpgrade %s: %s", plan.failure, plan.subject);
-    if (++m_failedSteps == 1)
-        m_firstFailure = plan.subject;
-    return plan.stops ? ActionFailed : Done;
+    if (plan.stops)
+        return fail(ActionFailed, stepName(plan.subject));
+    if (++m_end.failedSteps == 1)
+        m_end.firstFailure = plan.subject;
+    return Done;
 }
 
 bool fwThread::carryOut(const ComponentPlan& plan, const MANIFEST_DATA_COMPONENT& component) {

@@ -1,21 +1,30 @@
 #pragma once
 
 #include "common/update/component_plan.h"
+#include "common/update/installation_marker.h"
 #include "platform/veldapath.h"
 
 #include <QThread>
+#include <functional>
+
+/// How an installation has ended, or stands when a component is about to reboot the instrument.
+struct InstallEnd {
+    int code = 0;         ///< of fwUpgraded
+    int failedSteps = 0;  ///< components that were not carried out although the installation went on
+    QString firstFailure; ///< the command of the first of them
+    QString failure;      ///< what ended the installation, with the number of the component; empty for code 0
+};
 
 struct InstallSettings {
     QString scratchFolder = CVeldaPath("/tmpfw").get_path(); ///< removed and made anew by each installation
     int startTimeoutMs = 30000;                              ///< longest wait for a command to start
 
-    /// Is there from the first change of an installation to its end: one that is there otherwise tells of an
-    /// installation that was cut off.
-    QString markerFile = CVeldaPath("/kavor/upgrade/unfinished").get_path();
-};
+    QString markerFile = CVeldaPath("/kavor/upgrade/unfinished").get_path(); ///< of InstallationMarker
 
-/// What was being installed when an installation was cut off, on one line; empty when none was. Any thread.
-QString unfinishedInstallation(const InstallSettings& settings = {});
+    /// Told of the end before the marker goes: at the end itself, and before a component that reboots, since the panel
+    /// may not live to see more. On the installer's thread; may be empty.
+    std::function<void(const InstallEnd&)> ending;
+};
 
 /// Installs one software package on its own thread: unpacks it into the scratch folder and carries out the components
 /// of its manifest with shell commands. One object serves one installation.
@@ -33,10 +42,8 @@ public:
     /// The installation; blocks until fwUpgraded was emitted. Called by the thread itself.
     void fwUpgrade();
 
-    /// Components that were not carried out although the installation went on, and the first of them. After
-    /// fwUpgraded.
-    int failedSteps() const { return m_failedSteps; }
-    QString firstFailure() const { return m_firstFailure; }
+    /// After fwUpgraded.
+    const InstallEnd& end() const { return m_end; }
 
     /// Runs a program with arguments and waits for its end without limit. True only for a normal exit with code 0; a
     /// failure is logged with the end of what the program wrote. Any thread but the GUI's.
@@ -59,13 +66,17 @@ private:
     int carryOutAll();
     int prepareScratch();
     void mark();
-    void unmark();
+    void endAndUnmark();
+    int fail(int code, const QString& what);
     bool unpack();
     bool carryOut(const ComponentPlan& plan, const MANIFEST_DATA_COMPONENT& component);
     int installComponent(const MANIFEST_DATA_COMPONENT& component);
+    QString stepName(const QString& subject) const;
 
     const MANIFEST_DATA* m_manifest;
     InstallSettings m_settings;
-    int m_failedSteps = 0;
-    QString m_firstFailure;
+    InstallationMarker m_marker;
+    InstallEnd m_end;
+    bool m_isMarked = false;
+    int m_step = 0; ///< number of the component under way, from 1
 };

@@ -1,9 +1,38 @@
 #include "common/update/package_look.h"
 
+#include "common/update/package_trust.h"
+
+#include <QDir>
+#include <QFile>
 #include <exception>
+#include <sys/stat.h>
 #include <utility>
 
 namespace Kavor::HandheldGui {
+
+namespace {
+
+// A medium is a folder of its own below the root, and while it is mounted on another device than the root. Nothing of
+// it is read.
+QByteArray mediaBelow(const QString& root) {
+    QByteArray media;
+    QStringList names = QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    names.prepend(QString());
+    for (const QString& name : qAsConst(names)) {
+        struct stat about {};
+        const QByteArray path = QFile::encodeName(root + '/' + name);
+        if (::stat(path.constData(), &about) != 0)
+            continue;
+        media += path + '\n';
+        for (const auto number :
+             {static_cast<qint64>(about.st_dev), static_cast<qint64>(about.st_ino),
+              static_cast<qint64>(about.st_mtim.tv_sec), static_cast<qint64>(about.st_mtim.tv_nsec)})
+            media += QByteArray::number(number) + ' ';
+    }
+    return media;
+}
+
+} // namespace
 
 PackageScan::~PackageScan() {
     requestInterruption();
@@ -18,6 +47,15 @@ void PackageScan::lookBelow(const QString& root) {
         looksAgain();
 }
 
+void PackageScan::glanceBelow(const QString& root) {
+    if (isRunning() || !m_next.isEmpty())
+        return;
+    wait();
+    m_root = root;
+    m_onlyIfChanged = true;
+    start(QThread::LowPriority);
+}
+
 bool PackageScan::looksAgain() {
     if (isRunning()) // the end that is told of is an older look's
         return true;
@@ -26,6 +64,7 @@ bool PackageScan::looksAgain() {
     wait(); // finished() comes a moment before the end
     m_root = m_next;
     m_next.clear();
+    m_onlyIfChanged = false;
     start(QThread::LowPriority);
     return true;
 }
@@ -36,9 +75,16 @@ std::optional<PackageScan::Result> PackageScan::takeResult() {
 }
 
 void PackageScan::run() {
+    // Before the look: what comes while it is under way is found by the next glance.
+    const QByteArray media = mediaBelow(m_root);
+    if (media == std::exchange(m_media, media) && m_onlyIfChanged)
+        return;
     Result result;
     try {
         result.packages = m_look(m_root);
+        const Trust trust = readTrust(m_trust);
+        for (const auto& package : result.packages->manifests())
+            package->seal = sealOf(*package, trust.keys);
     } catch (const std::exception& error) {
         result.error = QString::fromLocal8Bit(error.what());
     }

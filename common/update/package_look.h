@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/update/package_scan.h"
+#include "common/update/trust_folder.h"
 
 #include <QThread>
 #include <functional>
@@ -24,11 +25,16 @@ public:
         QString error;                    ///< then what the user is to read
     };
 
-    explicit PackageScan(PackageLook look) : m_look(std::move(look)) {}
+    /// trust: whose signatures count.
+    explicit PackageScan(PackageLook look, const TrustSettings& trust = {}) : m_look(std::move(look)), m_trust(trust) {}
     ~PackageScan() override;
 
     /// Looks below that folder, in place of the look under way, which is broken off. Ends with finished(), each time.
     void lookBelow(const QString& root);
+
+    /// Looks below that folder if media came or went since the last look there; otherwise finished() comes without a
+    /// result. Nothing while a look is under way.
+    void glanceBelow(const QString& root);
 
     /// Of the last look that has ended; nothing when that was taken before.
     std::optional<Result> takeResult();
@@ -41,9 +47,12 @@ protected:
 
 private:
     const PackageLook m_look;
-    QString m_root;     ///< written only while the thread does not run
-    QString m_next;     ///< root of the look to come, empty for none
-    std::mutex m_mutex; ///< of the result
+    const TrustSettings m_trust;
+    bool m_onlyIfChanged = false; ///< written only while the thread does not run
+    QByteArray m_media;           ///< the thread's: what was there at its last look
+    QString m_root;               ///< written only while the thread does not run
+    QString m_next;               ///< root of the look to come, empty for none
+    std::mutex m_mutex;           ///< of the result
     std::optional<Result> m_result;
 };
 

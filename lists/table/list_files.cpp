@@ -54,15 +54,15 @@ bool ListFiles::refresh(QString& error) {
 void ListFiles::rebuild(const QStringList& names) {
     setUpdatesEnabled(false);
     clear();
-    const int newFiles = m_mode == ListFileMode::Save ? 1 : 0;
+    const int newFiles = m_mode == ListFileMode::Save ? m_newFiles.size() : 0;
     setColumnCount(2);
     setHorizontalHeaderLabels({QStringLiteral("#"), titleForMode()});
     horizontalHeader()->setSectionResizeMode(NumberColumn, QHeaderView::Fixed);
     horizontalHeader()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     setColumnWidth(NumberColumn, m_firstColumnWidth > 0 ? m_firstColumnWidth : DefaultNumberWidth);
     setRowCount(names.size() + newFiles);
-    if (newFiles > 0)
-        addRow(0, QStringLiteral("+"), QStringLiteral("new file"), true);
+    for (int i = 0; i < newFiles; ++i)
+        addRow(i, QStringLiteral("+"), m_newFiles.at(i), true);
     for (int i = 0; i < names.size(); ++i)
         addRow(i + newFiles, QString::number(i + 1), names.at(i), false);
     if (rowCount() > 0)

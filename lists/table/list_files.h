@@ -29,6 +29,9 @@ public:
     void setMode(ListFileMode mode) { m_mode = mode; }
     ListFileMode mode() const { return m_mode; }
 
+    /// What the rows for a new file say, of which there is one for each kind of file; "new file" by default.
+    void setNewFiles(const QStringList& texts) { m_newFiles = texts; }
+
     void applyViewConfig(const ListTableViewConfig& config);
 
     QString titleForMode() const;
@@ -64,4 +67,5 @@ private:
     unsigned int m_channel = 0;
     ListFileMode m_mode = ListFileMode::Load;
     int m_firstColumnWidth = 0;
+    QStringList m_newFiles{QStringLiteral("new file")};
 };

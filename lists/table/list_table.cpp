@@ -13,16 +13,18 @@ namespace {
 int shareOf(ListColumnKind kind) {
     switch (kind) {
     case ListColumnKind::Frequency:
-        return 30;
+        return 232;
     case ListColumnKind::Power:
+        return 200;
     case ListColumnKind::Time:
     case ListColumnKind::Count:
-        return 20;
-    case ListColumnKind::Step:
+        return 160;
     case ListColumnKind::Choice:
+        return 124;
+    case ListColumnKind::Step:
         break;
     }
-    return 12;
+    return 72;
 }
 
 } // namespace
@@ -110,6 +112,43 @@ bool ListTable::deleteCurrentStep(QString& error) {
     const QSignalBlocker quiet(this);
     m_model->stepRemoved(row);
     setCurrentCell(qMin(row, rowCount() - 1), qBound(0, column, columnCount() - 1));
+    emit listChanged();
+    return true;
+}
+
+// As addStep() does.
+void ListTable::showInserted() {
+    const QSignalBlocker quiet(this);
+    const int row = currentRow() + 1;
+    m_model->stepInserted(row);
+    setCurrentCell(row, qMax(currentColumn(), 0));
+    scrollTo(currentIndex());
+    emit listChanged();
+}
+
+bool ListTable::insertStep(QString& error) {
+    if (!hasList(error) || !listConfig()->insertDefault(currentRow(), error))
+        return false;
+    showInserted();
+    return true;
+}
+
+bool ListTable::repeatCurrentStep(QString& error) {
+    if (!hasList(error) || !listConfig()->repeatRow(currentRow(), error))
+        return false;
+    showInserted();
+    return true;
+}
+
+bool ListTable::moveCurrentStep(int by, QString& error) {
+    const int row = currentRow();
+    if (!hasList(error) || !listConfig()->moveRow(row, by, error))
+        return false;
+    const QSignalBlocker quiet(this);
+    m_model->stepChanged(row);
+    m_model->stepChanged(row + by);
+    setCurrentCell(row + by, currentColumn());
+    scrollTo(currentIndex());
     emit listChanged();
     return true;
 }

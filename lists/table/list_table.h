@@ -36,6 +36,13 @@ public:
     /// Deletes the step of the current row.
     [[nodiscard]] bool deleteCurrentStep(QString& error);
 
+    /// Puts a default step behind the current one, and makes it the current one; repeats the current step likewise.
+    [[nodiscard]] bool insertStep(QString& error);
+    [[nodiscard]] bool repeatCurrentStep(QString& error);
+
+    /// Moves the current step up (by -1) or down (by 1); it stays the current one.
+    [[nodiscard]] bool moveCurrentStep(int by, QString& error);
+
     [[nodiscard]] bool applyEdit(const ListEditRequest& request, const ListEditValue& value, QString& error);
 
     /// Emits editRequested() if the cell can be edited, and says whether.
@@ -65,6 +72,7 @@ protected:
 
 private:
     bool hasList(QString& error) const;
+    void showInserted();
     void layColumnsOut();
 
     ListTableModel* m_model;

@@ -28,6 +28,13 @@ void ListTableModel::stepRemoved(int row) {
         emit dataChanged(index(row, 0), index(m_rows - 1, 0)); // the numbers of the steps behind it
 }
 
+void ListTableModel::stepInserted(int row) {
+    beginInsertRows(QModelIndex(), row, row);
+    ++m_rows;
+    endInsertRows();
+    emit dataChanged(index(row, 0), index(m_rows - 1, 0)); // the numbers of the steps behind it
+}
+
 void ListTableModel::stepChanged(int row) {
     emit dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
@@ -45,6 +52,8 @@ QVariant ListTableModel::data(const QModelIndex& index, int role) const {
         return {};
     if (role == Qt::DisplayRole)
         return m_config->cellText(index.row(), index.column());
+    if (role == ListCellDelegate::KindRole)
+        return static_cast<int>(m_config->column(index.column()).kind);
     if (role == ListCellDelegate::QuietRole)
         return !m_config->isCellEditable(index.row(), index.column());
     if (role == ListCellDelegate::WrongRole)

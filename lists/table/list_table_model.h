@@ -21,6 +21,7 @@ public:
     void stepAppended();
     void stepRemoved(int row);
     void stepChanged(int row);
+    void stepInserted(int row); ///< it stands there now
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;

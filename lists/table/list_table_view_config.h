@@ -23,7 +23,13 @@ struct ListTableViewConfig {
     QColor wrongText; ///< values that the module would not take
     QColor line;      ///< between rows
     QColor row;       ///< ground of the current row
-    QColor accent;    ///< around the current cell
+    QColor accent;    ///< around the current cell, and the bar at the left of its row
+    QColor button;    ///< ground of what looks like a button
+    QColor edge;      ///< around it
+
+    // Heights of text, of which the view's own font gives the usual one.
+    int unitText = 24;  ///< units, and words on what looks like a button
+    int smallText = 22; ///< a number that its cell has no room for otherwise
 };
 
 /// What the table and the file browser have in common: gives a view everything of a configuration but the widths of its

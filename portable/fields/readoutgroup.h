@@ -3,6 +3,7 @@
 #include "common/wire/channel_record.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/pagegroup.h"
+#include "portable/widgets/styles/tokens.h"
 
 #include <QString>
 #include <functional>
@@ -20,9 +21,10 @@ public:
         QString label;
         QString name; ///< object name of the value
         std::function<QString(const ChannelRecord&)> value;
+        bool ofModule = true; ///< greyed when the module cannot be reached
     };
 
-    static constexpr int RowHeight = 64;
+    static constexpr int RowHeight = Style::TableRowHeight;
 
     /// valueX: where the values begin, in pixels of the group.
     ReadoutGroup(QWidget* parent, const QString& title, const QRect& geometry, int valueX,
@@ -35,7 +37,10 @@ public:
 
 private:
     std::vector<Row> m_rows;
+    void showRow(std::size_t row);
+
     std::vector<QLabel*> m_values;
+    std::vector<QString> m_texts; ///< of the record, whether it can be trusted or not
 };
 
 /// A text of the record as a label shows it.

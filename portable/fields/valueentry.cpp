@@ -80,6 +80,7 @@ void ValueEntry::setCalculated(bool calculated) {
         takeRefusedBack();
     m_field.editStyle = calculated ? WIDGET_NO_EDIT_STYLE_GRAY : WIDGET_EDIT_STYLE;
     applySheet(m_field.edit, m_field.editStyle);
+    m_field.edit->setMark(calculated ? QStringLiteral("=") : QString());
     setEnabled(!calculated);
 }
 

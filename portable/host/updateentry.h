@@ -20,6 +20,9 @@ public:
     /// Makes the list. Called once, when the system screen is built; the parent owns it.
     virtual QTableWidget* makeList(QWidget* parent, PanelHost& host) = 0;
 
+    /// Makes the widget that says how the last updates ended, to stand below the list. As makeList.
+    virtual QWidget* makeHistory(QWidget* parent) = 0;
+
     /// Looks for packages again; the list fills when they have been found. Called whenever the sub-page is opened;
     /// returns at once.
     virtual void refresh() = 0;
@@ -33,9 +36,6 @@ signals:
 
     /// What the list says in place of rows.
     void noteChanged(const QString& note);
-
-    /// What became of the last installation, on one line.
-    void outcomeChanged(const QString& outcome);
 };
 
 } // namespace Kavor::HandheldGui

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/update/package_look.h"
+#include "common/update/update_memory.h"
 
 #include <QTableWidget>
 #include <memory>
@@ -9,12 +10,16 @@ class QTimer;
 
 namespace Kavor::HandheldGui {
 
-/// The update packages on the removable media. A row is chosen by a touch. GUI thread; the media are read on another.
+struct UpdateSettings;
+
+/// The update packages on the removable media. A row is chosen by a touch. While the list is shown, media that come or
+/// go change it; the chosen row stays chosen where its package is still there. GUI thread; the media are read on
+/// another.
 class fwList : public QTableWidget {
     Q_OBJECT
 
 public:
-    explicit fwList(QWidget* parent, PackageLook look = packagesBelow);
+    fwList(QWidget* parent, const UpdateSettings& settings);
     ~fwList() override;
 
     /// With the mode "load" empties the table and looks for packages; any other mode gives an empty table. The number
@@ -24,6 +29,13 @@ public:
     /// Looks for packages below a folder; the rows come when it has been read. The records in the table stay until
     /// then.
     void load_list(const QString& root);
+
+    /// What the rows say of a package's kind: its version that is installed. Without one, and of the software alone,
+    /// this program's own.
+    static QString installedVersion(const UpdateMemory& memory, PackageType kind);
+
+    /// What a seal is in a word.
+    static QString sealWord(Seal seal);
 
 signals:
     /// A row was touched. The record is good while the signal is handled, whatever is looked for meanwhile.
@@ -35,15 +47,26 @@ signals:
     /// The look has failed: what the user is to read.
     void failed(const QString& message);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
 private:
     void onScanned();
     void onSecond();
+    void onWatch();
     void fill();
+    void addRow(const MANIFEST_DATA& package);
+    QString chosenPath() const;
+    void choose(const QString& manifestPath);
     void onClick(int row, int column);
 
+    const UpdateMemory m_memory;
     std::shared_ptr<fwData> m_packages;
     std::unique_ptr<PackageScan> m_scan;
     QTimer* m_second;
+    QTimer* m_watch;
+    QString m_root; ///< of the last look
     int m_seconds = 0;
 };
 

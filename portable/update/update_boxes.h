@@ -38,9 +38,13 @@ public:
     void failure(const QString& text) const;
     void information(const QString& text) const;
 
-    /// Runs work on a thread of its own and returns when it has ended. A dialog with the text shows when that takes a
-    /// while.
-    void runAside(const QString& text, const std::function<void()>& work) const;
+    /// Told of how much of the work is done, 0 to 100, on its thread.
+    using Percent = std::function<void(int percent)>;
+
+    /// Runs work on a thread of its own and returns when it has ended. A dialog with the text, and with the advice in
+    /// place of the usual one, shows when that takes a while.
+    void runAside(const QString& text, const std::function<void(const Percent&)>& work,
+                  const QString& advice = QString()) const;
 
 private:
     QWidget* m_parent;

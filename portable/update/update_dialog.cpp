@@ -1,5 +1,6 @@
 #include "portable/update/update_dialog.h"
 
+#include "portable/update/board_rows.h"
 #include "portable/widgets/busybar.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/msgbox.h"
@@ -16,12 +17,15 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr QSize DialogSize(720, 296);
+constexpr int NarrowWidth = 720;
+constexpr int WideWidth = 976;
 constexpr int Margin = 40;
-constexpr int TextHeight = 72;
-constexpr int BarHeight = 64;
-constexpr int TimesHeight = 76;
+constexpr int TopMargin = 16;
+constexpr int TextHeight = 72; ///< two lines
+constexpr int LineHeight = 44;
+constexpr int BarHeight = 60;
 constexpr int StillSeconds = 10; ///< without a change, from which on the dialog says so
+const QString StaysOn = QStringLiteral("Do not switch the device off");
 
 } // namespace
 
@@ -30,34 +34,56 @@ UpdateDialog::UpdateDialog(QWidget* parent, const QString& name, const QString& 
       m_text(new QLabel(this)),
       m_busy(new BusyBar(this)),
       m_progress(new cProgressBar(this)),
+      m_advice(new QLabel(this)),
       m_times(new QLabel(this)),
-      m_second(new QTimer(this)) {
+      m_second(new QTimer(this)),
+      m_whatToLeave(StaysOn) {
     setObjectName(name);
     setWindowFlag(Qt::FramelessWindowHint);
     setStyleSheet(MESSAGE_BOX_STYLE);
-    setFixedSize(DialogSize);
-    const int width = DialogSize.width() - 2 * Margin;
     m_text->setObjectName(QStringLiteral("updateText"));
-    m_text->setTextFormat(Qt::PlainText);
-    m_text->setWordWrap(true);
-    m_text->setAlignment(Qt::AlignCenter);
-    m_text->setGeometry(Margin, Margin / 2, width, TextHeight);
+    m_text->setStyleSheet(QStringLiteral("QLabel { font-size: %1px; font-weight: 504; }").arg(Style::TextValue));
     m_progress->setObjectName(QStringLiteral("updateProgress"));
     m_progress->setStyleSheet(PROGRESS_BAR_STYLE);
-    m_progress->setGeometry(Margin, Margin / 2 + TextHeight + Style::Gap, width, BarHeight);
     m_progress->hide();
     m_busy->setObjectName(QStringLiteral("updateBusy"));
-    m_busy->setGeometry(m_progress->geometry());
+    m_advice->setObjectName(QStringLiteral("updateAdvice"));
     m_times->setObjectName(QStringLiteral("updateTimes"));
-    m_times->setAlignment(Qt::AlignCenter);
     m_times->setStyleSheet(QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Label)));
-    m_times->setGeometry(Margin, m_progress->geometry().bottom() + 1 + 2 * Style::Gap, width, TimesHeight);
+    for (QLabel* label : {m_text, m_advice, m_times}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setWordWrap(true);
+        label->setAlignment(Qt::AlignCenter);
+    }
     m_started.start();
     showText(text);
     showTimes();
+    arrange();
     m_second->setInterval(1000);
     connect(m_second, &QTimer::timeout, this, &UpdateDialog::showTimes);
     m_second->start();
+}
+
+void UpdateDialog::arrange() {
+    const int width = (m_rows ? WideWidth : NarrowWidth) - 2 * Margin;
+    int y = TopMargin;
+    const auto place = [&y, width](QWidget* widget, int height, int gap) {
+        widget->setGeometry(Margin, y, width, height);
+        y += height + gap;
+    };
+    place(m_text, TextHeight, Style::Gap);
+    m_busy->setGeometry(Margin, y, width, BarHeight);
+    place(m_progress, BarHeight, 2 * Style::Gap);
+    if (m_rows)
+        place(m_rows, m_rows->height(), Style::Gap);
+    place(m_advice, m_rows ? LineHeight : 2 * LineHeight, 0);
+    place(m_times, LineHeight, TopMargin);
+    setFixedSize(width + 2 * Margin, y);
+}
+
+void UpdateDialog::addRows(QWidget* rows) {
+    m_rows = rows;
+    arrange();
 }
 
 QString UpdateDialog::text() const {
@@ -96,23 +122,35 @@ void UpdateDialog::showPercent(int percent) {
     bar->setValue(percent);
 }
 
+void UpdateDialog::setAdvice(const QString& advice) {
+    m_whatToLeave = advice;
+    showTimes();
+}
+
 void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
-    const QString next = m_next.isEmpty() ? QString() : QStringLiteral(". ") + m_next;
-    QString times = QStringLiteral("Do not switch the device off%1\n%2:%3")
-                        .arg(next)
-                        .arg(seconds / 60)
-                        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    m_advice->setText(m_next.isEmpty() ? m_whatToLeave : m_whatToLeave + QStringLiteral(". ") + m_next);
+    QString times = QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
     // Where there are no steps, none can fail to come.
     if (!m_progress->isHidden() && still >= StillSeconds)
         times += QStringLiteral("    No progress for %1 s").arg(still);
     m_times->setText(times);
 }
 
-FpgaProgressDialog::FpgaProgressDialog(QWidget* parent)
+FpgaProgressDialog::FpgaProgressDialog(QWidget* parent, const QVector<QHostAddress>& boards)
     : UpdateDialog(parent, QStringLiteral("fpgaProgress"), QStringLiteral("Transferring FPGA image...")) {
+    setAdvice(StaysOn + QStringLiteral(". The stick may be removed"));
     setInfoText(text());
+    if (boards.isEmpty())
+        return;
+    m_boards = new BoardRows(this, boards);
+    addRows(m_boards);
+}
+
+void FpgaProgressDialog::setBoards(const FpgaBoardStates& states) {
+    if (m_boards)
+        m_boards->setStates(states);
 }
 
 void FpgaProgressDialog::setInfoText(const QString& text) {

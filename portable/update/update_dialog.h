@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/update/fpga_board_state.h"
+
 #include <QDialog>
 #include <QElapsedTimer>
 
@@ -8,6 +10,7 @@ class QTimer;
 
 namespace Kavor::HandheldGui {
 
+class BoardRows;
 class BusyBar;
 class cProgressBar;
 
@@ -25,8 +28,14 @@ public:
 
     QString text() const;
 
+    /// What the user is to leave alone meanwhile, and what need not be; at first, that the device stays on.
+    void setAdvice(const QString& advice);
+
 public slots:
     void end();
+
+    /// Shows how much has been done, 0 to 100.
+    void showPercent(int percent);
     void reject() override {}
 
 protected:
@@ -35,19 +44,23 @@ protected:
     /// A few words on what comes after what is under way.
     void showNext(const QString& next);
 
-    /// Shows how much has been done, 0 to 100.
-    void showPercent(int percent);
+    /// Puts something between the bar and the advice. Once.
+    void addRows(QWidget* rows);
 
 private:
+    void arrange();
     void showTimes();
 
     QLabel* m_text;
     BusyBar* m_busy;          ///< until the first percentage
     cProgressBar* m_progress; ///< from then on
+    QWidget* m_rows = nullptr;
+    QLabel* m_advice;
     QLabel* m_times;
     QTimer* m_second;
     QElapsedTimer m_started;
     QElapsedTimer m_changed; ///< when the text or the bar changed last
+    QString m_whatToLeave;
     QString m_next;
     bool m_ended = false;
 };
@@ -57,7 +70,8 @@ class FpgaProgressDialog : public UpdateDialog {
     Q_OBJECT
 
 public:
-    explicit FpgaProgressDialog(QWidget* parent);
+    /// A row for each of these boards.
+    explicit FpgaProgressDialog(QWidget* parent, const QVector<QHostAddress>& boards = {});
 
     struct Display {
         QString text;
@@ -70,6 +84,10 @@ public:
 public slots:
     void setProgress(int percent) { showPercent(percent); }
     void setInfoText(const QString& text);
+    void setBoards(const FpgaBoardStates& states);
+
+private:
+    BoardRows* m_boards = nullptr;
 };
 
 } // namespace Kavor::HandheldGui

@@ -1,11 +1,17 @@
 #include "portable/update/update_packages.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "common/update/package_trust.h"
+#include "common/update/update_texts.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/update/listfirmware.h"
+#include "portable/update/update_history.h"
+#include "portable/update/update_readiness.h"
+#include "portable/update/update_staging.h"
 #include "portable/widgets/boxes.h"
 
+#include <algorithm>
 #include <array>
 
 namespace Kavor::HandheldGui {
@@ -14,61 +20,37 @@ namespace {
 
 struct Flow {
     PackageType type;
+    const char* title;
     const char* question;
     const char* note;
-    QString (*run)(MANIFEST_DATA*, PanelHost&, const UpdateSettings&);
+    QString (*notFound)(const QString& path);
+    UpdateOutcome (*run)(MANIFEST_DATA*, PanelHost&, const UpdateSettings&);
 };
 
-const std::array<Flow, 3> Flows{
-    {{PackageType::Software, "Continue to update Firmware to version %1?", "The device will reboot when done.",
-      [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
-          return doFWUpdate(package, &host, settings);
-      }},
-     {PackageType::Fpga, "Continue to update FPGA to version %1?", "Device power off/on will be required when done.",
-      [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
-          return doFpgaUpdate(package, &host, &host.handler(), settings);
-      }},
-     {PackageType::Module, "Continue to update NMX module to version %1?", "The device will reboot when done.",
-      [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
-          return doNMXUpdate(package, &host, &host.handler(), settings);
-      }}}};
+const std::array<Flow, 3> Flows{{{PackageType::Software, "FW Update", "Continue to update Firmware to version %1?",
+                                  "The device will reboot when done.", UpdateTexts::packageNotFound,
+                                  [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
+                                      return doFWUpdate(package, &host, settings);
+                                  }},
+                                 {PackageType::Fpga, "FPGA Update", "Continue to update FPGA to version %1?",
+                                  "Device power off/on will be required when done.", UpdateTexts::cannotOpenImage,
+                                  [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
+                                      return doFpgaUpdate(package, &host, &host.handler(), settings);
+                                  }},
+                                 {PackageType::Module, "NMX Update", "Continue to update NMX module to version %1?",
+                                  "The device will reboot when done.", UpdateTexts::packageNotFound,
+                                  [](MANIFEST_DATA* package, PanelHost& host, const UpdateSettings& settings) {
+                                      return doNMXUpdate(package, &host, &host.handler(), settings);
+                                  }}}};
 
-constexpr int LowestCharge = 10; ///< percent; at it or below, an update may not live to its end
-
-bool radiates(EventHandler& handler) {
-    return handler.publishedChannels() > 0 && handler.snapshot().rfOutput == 1;
-}
-
-/// Whether the instrument is in a state to be updated, made so if the user wants that; otherwise the user has been
-/// told.
-bool isReady(PanelHost& host) {
-    EventHandler& handler = host.handler();
-    if (handler.publishedChannels() > 0)
-        handler.revert_preset(static_cast<int>(handler.currentChannel()));
-    const ChannelRecord& record = handler.snapshot();
-    if (record.batteryCurrent < 0 && record.batteryCharge >= 0 && record.batteryCharge <= LowestCharge) {
-        host.reportError(
-            QStringLiteral("The battery is at %1 %: connect the charger before an update.").arg(record.batteryCharge));
-        return false;
-    }
-    if (!radiates(handler))
-        return true;
-    if (!confirmAction(&host, QStringLiteral("RF output is on"), QStringLiteral("Switch RF off and go on?")))
-        return false;
-    const bool off = handler.set_rf_onoff(OnOff::off) == 0 && !radiates(handler);
-    host.switchModulationsOff();
-    host.UpdateStatusBar();
-    if (!off)
-        showCommandFailure(host);
-    return off;
-}
+const QString CutOff = QStringLiteral("cut off");
 
 } // namespace
 
 UpdatePackages::UpdatePackages(const UpdateSettings& settings) : m_settings(settings) {}
 
 QTableWidget* UpdatePackages::makeList(QWidget* parent, PanelHost& host) {
-    m_list = new fwList(parent, m_settings.look);
+    m_list = new fwList(parent, m_settings);
     connect(m_list, &fwList::loadList, this, &UpdateEntry::chosen);
     connect(m_list, &fwList::noteChanged, this, &UpdateEntry::noteChanged);
     // Whoever has left the page is not told that a look at the media failed.
@@ -79,8 +61,13 @@ QTableWidget* UpdatePackages::makeList(QWidget* parent, PanelHost& host) {
     return m_list;
 }
 
-void UpdatePackages::tellUnfinished(PanelHost& host) const {
-    const QString what = unfinishedInstallation(m_settings.install);
+QWidget* UpdatePackages::makeHistory(QWidget* parent) {
+    return new UpdateHistory(parent, m_settings.memory);
+}
+
+void UpdatePackages::clearUp(PanelHost& host) const {
+    PackageStaging::sweep(m_settings.stagingParent);
+    const QString what = InstallationMarker(m_settings.install.markerFile).what();
     if (!what.isEmpty())
         host.reportWhenFree(
             QStringLiteral("The installation of %1 was cut off. Please install it again.").arg(shortened(what)));
@@ -90,21 +77,49 @@ void UpdatePackages::refresh() {
     m_list->update_view(0, QStringLiteral("load"));
 }
 
+/// What is offered beside what is there, and what follows.
+QString UpdatePackages::noteOf(const MANIFEST_DATA& package, const char* after) const {
+    const PackageType kind = packageType(package.name);
+    const QString installed = fwList::installedVersion(m_settings.memory, kind);
+    return QStringLiteral("%1, %2. Installed: %3.\n%4")
+        .arg(kindName(kind), fwList::sealWord(package.seal).toLower(),
+             installed.isEmpty() ? QStringLiteral("not known") : shortened(installed), QString::fromLatin1(after));
+}
+
 void UpdatePackages::install(MANIFEST_DATA& package, PanelHost& host) {
     const PackageType type = packageType(package.name);
-    for (const Flow& flow : Flows) {
-        if (flow.type != type)
-            continue;
-        const QString question = QString::fromLatin1(flow.question).arg(shortened(package.version));
-        if (!confirmAction(&host, question, QString::fromLatin1(flow.note)) || !isReady(host))
-            return;
-        const QString outcome = flow.run(&package, host, m_settings);
-        emit outcomeChanged(outcome);
-        if (!outcome.isEmpty())
-            showToast(host, outcome);
+    const auto* const flow =
+        std::find_if(Flows.begin(), Flows.end(), [type](const Flow& row) { return row.type == type; });
+    if (flow == Flows.end()) {
+        host.reportError(QStringLiteral("Unknown package type"));
         return;
     }
-    host.reportError(QStringLiteral("Unknown package type"));
+    const QString question = QString::fromLatin1(flow->question).arg(shortened(package.version));
+    if (!confirmAction(&host, question, noteOf(package, flow->note)) || !isReadyForUpdate(host, type))
+        return;
+    const UpdateMemory& memory = m_settings.memory;
+    const UpdateBoxes boxes(&host, QString::fromLatin1(flow->title), m_settings.patienceMs);
+    StagedPackage staged = stagePackage(package, QString::fromStdString(host.handler().getSysModel()),
+                                        flow->notFound(package.package_path), &host, boxes, m_settings);
+    if (!staged.copies) {
+        if (!staged.end.isEmpty())
+            memory.note(package, false, staged.end);
+        return;
+    }
+    // Copying takes its time: a battery goes down, another client switches on.
+    if (!isReadyForUpdate(host, type))
+        return;
+    MANIFEST_DATA& copy = staged.copies->manifest();
+    UpdateSettings settings = m_settings;
+    settings.install.ending = [&memory, &copy](const InstallEnd& end) {
+        memory.note(copy, end.code == 0, endOfInstallation(end, static_cast<int>(copy.components.size())));
+    };
+    memory.note(copy, false, CutOff); // until something better can be said
+    const UpdateOutcome outcome = flow->run(&copy, host, settings);
+    if (!outcome.end.isEmpty())
+        memory.note(copy, outcome.ok, outcome.end);
+    if (!outcome.line.isEmpty())
+        showToast(host, outcome.line);
 }
 
 } // namespace Kavor::HandheldGui

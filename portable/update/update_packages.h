@@ -12,16 +12,20 @@ class UpdatePackages : public UpdateEntry {
     Q_OBJECT
 
 public:
-    explicit UpdatePackages(const UpdateSettings& settings = {});
+    explicit UpdatePackages(const UpdateSettings& settings = UpdateSettings());
 
-    /// Tells of an installation that was cut off by what ended the panel, or the instrument, before. At start.
-    void tellUnfinished(PanelHost& host) const;
+    /// Sweeps what an update left that was cut off by what ended the panel, or the instrument, before, and tells of
+    /// an installation that was. At start.
+    void clearUp(PanelHost& host) const;
 
     QTableWidget* makeList(QWidget* parent, PanelHost& host) override;
+    QWidget* makeHistory(QWidget* parent) override;
     void refresh() override;
     void install(MANIFEST_DATA& package, PanelHost& host) override;
 
 private:
+    QString noteOf(const MANIFEST_DATA& package, const char* after) const;
+
     UpdateSettings m_settings;
     fwList* m_list = nullptr; ///< the window's
 };

@@ -1,10 +1,17 @@
 #include "portable/widgets/buttonintf.h"
 
+#include "portable/widgets/freshness.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/styles.h"
+#include "portable/widgets/styles/tokens.h"
 
 #include <algorithm>
 
 namespace Kavor::HandheldGui {
+
+namespace {
+constexpr QSize TickRoom = {30, 24};
+}
 
 IntfButton::IntfButton(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width, int height)
     : QPushButton(text, parent), m_states(states) {
@@ -32,6 +39,20 @@ IntfButtonMod::IntfButtonMod(QWidget* parent, const std::vector<STATE>& states, 
     : IntfButton(parent, states, text, width, height) {
     setFocusPolicy(Qt::StrongFocus);
     setStyles(PRESSED_TAB_BTN_STYLE3, UNPRESSED_TAB_BTN_STYLE3);
+    setIconSize(TickRoom);
+    connect(&Freshness::panel(), &Freshness::changed, this, &IntfButtonMod::showTick);
+}
+
+void IntfButtonMod::setTicked(bool ticked) {
+    if (ticked == m_ticked)
+        return;
+    m_ticked = ticked;
+    showTick();
+}
+
+void IntfButtonMod::showTick() {
+    setIcon(m_ticked ? lineIcon(LineIcon::Tick, Freshness::panel().isStale() ? Style::Disabled : Style::Active)
+                     : QIcon());
 }
 
 } // namespace Kavor::HandheldGui

@@ -36,6 +36,14 @@ class IntfButtonMod : public IntfButton {
 
 public:
     IntfButtonMod(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width, int height);
+
+    /// A tick before the words: what the tab stands for is enabled.
+    void setTicked(bool ticked);
+
+private:
+    void showTick();
+
+    bool m_ticked = false;
 };
 
 } // namespace Kavor::HandheldGui

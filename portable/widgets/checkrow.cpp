@@ -1,5 +1,7 @@
 #include "portable/widgets/checkrow.h"
 
+#include "portable/widgets/freshness.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -9,17 +11,19 @@
 namespace Kavor::HandheldGui {
 
 namespace {
-constexpr int BoxSize = 44;
-}
+constexpr int BoxSize = 48;
+constexpr int LockGap = 12;
+} // namespace
 
 CheckRow::CheckRow(QWidget* parent, const QString& label, int boxX) : QCheckBox(label, parent), m_boxX(boxX) {
     setStyleSheet(WIDGET_CHKBOX_STYLE);
     setFocusPolicy(Qt::NoFocus);
     resize(CheckRow::sizeHint());
+    connect(&Freshness::panel(), &Freshness::changed, this, QOverload<>::of(&CheckRow::update));
 }
 
 QSize CheckRow::sizeHint() const {
-    return {m_boxX + BoxSize + 32, Style::EntryHeight};
+    return {m_boxX + BoxSize + LockGap + LineIconSize, Style::EntryHeight};
 }
 
 bool CheckRow::hitButton(const QPoint& position) const {
@@ -37,23 +41,28 @@ void CheckRow::paintEvent(QPaintEvent*) {
     const QRectF box =
         QRectF(m_boxX, (height() - BoxSize) / 2.0, BoxSize, BoxSize).adjusted(inset, inset, -inset, -inset);
     const bool on = checkState() == Qt::Checked;
-    const QRgb fill = !isEnabled() ? (on ? Style::FaintEdge : Style::Panel)
-                      : on         ? (isDown() ? Style::ActiveDown : Style::Active)
-                                   : (isDown() ? Style::RaisedDown : Style::Field);
-    const QRgb edge = !isEnabled() ? Style::FaintEdge : on ? fill : Style::Edge;
+    // Locked while it runs, it keeps its colour: it is on, and the lock says why it does not change.
+    const bool lit = on && !Freshness::panel().isStale();
+    const QRgb fill = lit            ? (isDown() ? Style::ActiveDown : Style::Active)
+                      : on           ? Style::FaintEdge
+                      : !isEnabled() ? Style::Panel
+                                     : (isDown() ? Style::RaisedDown : Style::Field);
+    const QRgb edge = on ? fill : isEnabled() ? Style::Edge : Style::FaintEdge;
     painter.setPen(QPen(QColor(edge), 2));
     painter.setBrush(QColor(fill));
     painter.drawRoundedRect(box, Style::Radius, Style::Radius);
+    if (!isEnabled())
+        painter.drawPixmap(m_boxX + BoxSize + LockGap, (height() - LineIconSize) / 2,
+                           linePixmap(LineIcon::Lock, Style::Label));
     if (!on)
         return;
     QPainterPath tick;
     const QPointF middle = box.center();
-    tick.moveTo(middle + QPointF(-12, 1));
-    tick.lineTo(middle + QPointF(-4, 10));
-    tick.lineTo(middle + QPointF(13, -10));
+    tick.moveTo(middle + QPointF(-13, 1));
+    tick.lineTo(middle + QPointF(-4, 11));
+    tick.lineTo(middle + QPointF(14, -11));
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(
-        QPen(QColor(isEnabled() ? Style::OnActive : Style::Label), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(QColor(lit ? Style::OnActive : Style::Text), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(tick);
 }
 

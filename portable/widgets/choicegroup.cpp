@@ -29,13 +29,39 @@ ChoiceGroup::ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QSt
         });
         button->setStyleSheet(m_unpressedStyle);
         m_buttons.push_back(button);
+        m_pictures.push_back(description.picture);
+    }
+    showPictures();
+}
+
+void ChoiceGroup::showPictures() {
+    for (int i = 0; i < static_cast<int>(m_buttons.size()); ++i) {
+        const Picture& picture = m_pictures[static_cast<std::size_t>(i)];
+        if (!picture)
+            continue;
+        const QPixmap drawn = picture(i == m_chosen ? Style::OnActive : Style::Text);
+        button(i)->setIconSize(drawn.size());
+        button(i)->setIcon(drawn);
     }
 }
 
 void ChoiceGroup::choose(int index) {
+    const bool moves = index != m_chosen;
     m_chosen = index;
+    if (moves)
+        showPictures();
     for (int i = 0; i < static_cast<int>(m_buttons.size()); ++i)
         applySheet(button(i), i == index ? m_pressedStyle : m_unpressedStyle);
+}
+
+void ChoiceGroup::setTone(int index, const QString& tone) {
+    QPushButton* changed = button(index);
+    if (changed->property("tone") == tone)
+        return;
+    changed->setProperty("tone", tone);
+    // The property is read when a sheet is applied.
+    changed->setStyleSheet(QString());
+    choose(m_chosen);
 }
 
 void ChoiceGroup::setEnabled(bool enabled) {

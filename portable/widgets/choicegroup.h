@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QObject>
+#include <QPixmap>
 #include <QString>
+#include <functional>
 #include <vector>
 
 class QPushButton;
@@ -15,11 +17,15 @@ class ChoiceGroup : public QObject {
     Q_OBJECT
 
 public:
-    /// One button of the group. tone: "rf", "off" or empty (see styles.h); name: the object name.
+    /// A picture drawn in a colour.
+    using Picture = std::function<QPixmap(QRgb)>;
+
+    /// One button of the group. tone: "rf", "off", "stale" or empty (see styles.h); name: the object name.
     struct Button {
         QString text;
         QString name;
         QString tone;
+        Picture picture = {}; ///< before the words
     };
 
     ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QString& unpressedStyle,
@@ -32,6 +38,9 @@ public:
 
     /// Moves the pressed style. -1 gives every button the unpressed one.
     void choose(int index);
+
+    /// Another tone for the pressed style of a button, from the next choose() on.
+    void setTone(int index, const QString& tone);
 
     void setEnabled(bool enabled);
     void setVisible(bool visible);
@@ -47,7 +56,10 @@ signals:
     void asked(int index);
 
 private:
+    void showPictures();
+
     std::vector<QPushButton*> m_buttons;
+    std::vector<Picture> m_pictures;
     QString m_pressedStyle;
     QString m_unpressedStyle;
     int m_chosen = -1;

@@ -1,6 +1,8 @@
 #include "portable/widgets/listpage.h"
 
+#include "portable/widgets/actioncolumn.h"
 #include "portable/widgets/pagegroup.h"
+#include "portable/widgets/rowdelegate.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/swipe.h"
@@ -14,13 +16,11 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int TableTop = 56;
-constexpr int TableHeight = 480;
-constexpr int HeaderHeight = 56;
-constexpr int TableGroupWidth = 956;
+constexpr int TableTop = SubPageRowsTop - TableHeaderHeight;
 constexpr int TableMargin = 16;
-constexpr int GroupGap = 12;
-constexpr int StatusX = 280; ///< behind the title
+constexpr int TableHeight = ActionColumn::Height - TableTop - 1; // inside the group's edge
+constexpr int GroupGap = Style::Gap;
+constexpr int FooterHeight = 128;
 
 } // namespace
 
@@ -30,6 +30,7 @@ void dressTable(QTableWidget& table) {
                                        "QTableView::item:selected { background-color: %2; color: %3; }")
                             .arg(Style::css(Style::PanelEdge), Style::css(Style::Field), Style::css(Style::Text)));
     Swipe::install(table);
+    table.setItemDelegate(new RowDelegate(&table));
     table.setFrameShape(QFrame::NoFrame);
     table.setEditTriggers(QAbstractItemView::NoEditTriggers);
     table.setSelectionMode(QAbstractItemView::SingleSelection);
@@ -41,10 +42,15 @@ void dressTable(QTableWidget& table) {
     table.verticalHeader()->hide();
     table.verticalHeader()->setDefaultSectionSize(Style::TableRowHeight);
     table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table.horizontalHeader()->setFixedHeight(HeaderHeight);
+    table.horizontalHeader()->setFixedHeight(TableHeaderHeight);
     table.horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table.horizontalHeader()->setHighlightSections(false);
     table.horizontalHeader()->setSectionsClickable(false);
+}
+
+QLabel* addSubPageTitle(PageGroup& group, const QString& title) {
+    constexpr int Top = 12;
+    return group.addCaption(PageGroup::Left.labelX, Top, SubPageRowsTop - TableHeaderHeight - 2 * Top, title);
 }
 
 QPushButton* makeButton(QWidget* parent, const QString& text, const QString& name) {
@@ -58,25 +64,18 @@ QPushButton* makeButton(QWidget* parent, const QString& text, const QString& nam
 ListPage::ListPage(QWidget* page, const QString& title, const QString& note, const QString& backName)
     : QObject(page),
       m_page(page),
-      m_group(new PageGroup(page, title, QRect(Style::PageMargin, 0, TableGroupWidth, Style::PageHeight - 8))),
+      m_group(
+          new PageGroup(page, QString(), QRect(Style::PageMargin, 0, ActionColumn::MainWidth, ActionColumn::Height))),
       m_note(new QLabel(note, m_group)),
-      m_status(new QLabel(m_group)) {
-    m_status->setGeometry(StatusX, 0, m_group->width() - TableMargin - StatusX, TableTop);
-    m_status->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_status->setTextFormat(Qt::PlainText);
-    m_status->setObjectName(QStringLiteral("listStatus"));
-    m_status->setStyleSheet(WIDGET_LBL_STYLE);
-    m_note->setGeometry(TableMargin, TableTop + HeaderHeight, m_group->width() - 2 * TableMargin,
-                        TableHeight - HeaderHeight);
+      m_tableHeight(TableHeight) {
+    addSubPageTitle(*m_group, title);
+    m_note->setGeometry(TableMargin, TableTop + TableHeaderHeight, m_group->width() - 2 * TableMargin,
+                        TableHeight - TableHeaderHeight);
     m_note->setAlignment(Qt::AlignCenter);
     m_note->setObjectName(QStringLiteral("listNote"));
     m_note->setStyleSheet(WIDGET_LBL_STYLE);
 
-    const int left = m_group->geometry().right() + 1 + GroupGap;
-    auto* side = new PageGroup(page, QString(),
-                               QRect(left, 0, Style::WindowWidth - Style::PageMargin - left, m_group->height()));
-    QPushButton* button = makeButton(side, QStringLiteral("Back"), backName);
-    button->setGeometry(TableMargin, TableMargin, side->width() - 2 * TableMargin, Style::ButtonHeight);
+    QPushButton* button = ActionColumn::addButton(page, 0, LineIcon::Back, QStringLiteral("Back"), backName);
     connect(button, &QPushButton::clicked, this, &ListPage::back);
 }
 
@@ -86,7 +85,7 @@ QWidget* ListPage::group() const {
 
 void ListPage::setTable(QTableWidget* table) {
     m_table = table;
-    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, TableHeight);
+    m_table->setGeometry(TableMargin, TableTop, m_group->width() - 2 * TableMargin, m_tableHeight);
     // Rows may come while the page is shown.
     connect(m_table->model(), &QAbstractItemModel::rowsInserted, this, &ListPage::showNote);
     connect(m_table->model(), &QAbstractItemModel::rowsRemoved, this, &ListPage::showNote);
@@ -96,14 +95,17 @@ void ListPage::setNote(const QString& note) {
     m_note->setText(note);
 }
 
-void ListPage::setStatus(const QString& status) {
-    m_status->setText(m_status->fontMetrics().elidedText(status, Qt::ElideMiddle, m_status->width()));
+void ListPage::setFooter(QWidget* footer) {
+    m_tableHeight = TableHeight - FooterHeight - GroupGap;
+    footer->setGeometry(TableMargin, TableTop + m_tableHeight + GroupGap, m_group->width() - 2 * TableMargin,
+                        FooterHeight);
+    m_note->setFixedHeight(m_tableHeight - TableHeaderHeight);
 }
 
 void ListPage::showNote() {
     const bool empty = m_table->rowCount() == 0;
     m_note->setVisible(empty);
-    m_table->setFixedHeight(empty ? HeaderHeight : TableHeight);
+    m_table->setFixedHeight(empty ? TableHeaderHeight : m_tableHeight);
 }
 
 void ListPage::show() {

@@ -8,6 +8,14 @@ class QTableWidget;
 
 namespace Kavor::HandheldGui {
 
+class PageGroup;
+
+/// Height of the header of every table of the panel, in pixels.
+constexpr int TableHeaderHeight = 30;
+
+/// Where the rows of a sub-page's table begin, below the top of its group, in pixels.
+constexpr int SubPageRowsTop = 120;
+
 /// A page with one table over its whole width, a note in its place while it has no rows, and a "Back" button. GUI
 /// thread.
 class ListPage : public QObject {
@@ -20,14 +28,14 @@ public:
     /// The group that a table is made in.
     QWidget* group() const;
 
+    /// Puts a widget below the table, which is the shorter for it. Once, before the table is set.
+    void setFooter(QWidget* footer);
+
     /// Puts the table in its place. Once.
     void setTable(QTableWidget* table);
 
     /// What the table says while it is empty.
     void setNote(const QString& note);
-
-    /// A line beside the title; none when empty.
-    void setStatus(const QString& status);
 
     void show();
     void hide();
@@ -39,11 +47,14 @@ private:
     void showNote();
 
     QWidget* m_page;
-    QWidget* m_group;
+    PageGroup* m_group;
     QLabel* m_note;
-    QLabel* m_status;
     QTableWidget* m_table = nullptr;
+    int m_tableHeight;
 };
+
+/// The title of a sub-page, as high as what may stand beside it.
+QLabel* addSubPageTitle(PageGroup& group, const QString& title);
 
 /// Gives a table of files the panel's look: rows to be touched, whole rows chosen, no editing, no row header.
 void dressTable(QTableWidget& table);

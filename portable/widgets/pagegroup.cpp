@@ -14,9 +14,20 @@ PageGroup::PageGroup(QWidget* parent, const QString& title, const QRect& geometr
     if (title.isEmpty())
         return;
     // No wider than its words: what stands beside it is touched over its whole height.
-    QLabel* caption = addLabel(Left.labelX, 10, geometry.width() - 2 * Left.labelX, 40, title);
+    addCaption(Left.labelX, 0, Style::CaptionHeight, title);
+}
+
+QLabel* PageGroup::addCaption(int x, int y, int height, const QString& text) {
+    QLabel* caption = addLabel(x, y, width() - x, height, text);
     applySheet(caption, WIDGET_LBL_BOLD_STYLE);
-    caption->resize(caption->sizeHint().width(), caption->height());
+    caption->resize(caption->sizeHint().width(), height);
+    return caption;
+}
+
+void PageGroup::addLine(const QRect& place) {
+    auto* line = new QFrame(this);
+    line->setGeometry(place);
+    line->setStyleSheet(QStringLiteral("background-color: %1;").arg(Style::css(Style::Raised)));
 }
 
 QLabel* PageGroup::addLabel(int x, int y, int width, int height, const QString& text) {

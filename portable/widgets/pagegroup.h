@@ -19,7 +19,7 @@ public:
         int unitWidth;
     };
 
-    static constexpr Column Left{24, 200, 232, 136};
+    static constexpr Column Left{24, 200, 228, 128};
 
     PageGroup(QWidget* parent, const QString& title, const QRect& geometry);
 
@@ -27,6 +27,12 @@ public:
     /// whose value begins at y. Returns the label.
     QLabel* addField(const Column& column, int y, const QString& label, QWidget* value, QWidget* unit = nullptr,
                      int height = 0);
+
+    /// A caption of the group, as wide as its words, centred on a line of the given height.
+    QLabel* addCaption(int x, int y, int height, const QString& text);
+
+    /// A thin line that sets parts of the group off from each other.
+    void addLine(const QRect& place);
 
     /// A label of the group, centred on a line of the given height.
     QLabel* addLabel(int x, int y, int width, int height, const QString& text);

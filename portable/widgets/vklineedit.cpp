@@ -1,21 +1,79 @@
 #include "portable/widgets/vklineedit.h"
 
 #include "portable/widgets/actiongate.h"
+#include "portable/widgets/freshness.h"
+#include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/vkeyboard.h"
 #include "values/formatting.h"
 #include "values/messagesink.h"
 
 #include <QComboBox>
 #include <QEvent>
+#include <QPainter>
 #include <QSignalBlocker>
+#include <QStyleOptionFrame>
 
 namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int GroupGap = 12; // between groups of three figures
+
+/// Where a gap stands before the figure at an index: groups are counted from the point, both ways.
+bool startsGroup(const QString& number, int index) {
+    const int found = number.indexOf(QLatin1Char('.'));
+    const int point = found < 0 ? number.length() : found;
+    const int first = number.startsWith(QLatin1Char('-')) ? 1 : 0;
+    if (index < point)
+        return index > first && (point - index) % 3 == 0;
+    return index > point + 1 && (index - point - 1) % 3 == 0;
+}
+
+void drawGrouped(QPainter& painter, const QRect& place, const QString& number) {
+    const QFontMetrics metrics(painter.font());
+    int x = place.right() + 1;
+    for (int i = number.length() - 1; i >= 0; --i) {
+        x -= metrics.horizontalAdvance(number.at(i));
+        painter.drawText(QRect(x, place.top(), place.width(), place.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                         QString(number.at(i)));
+        if (startsGroup(number, i))
+            x -= GroupGap;
+    }
+}
+
+} // namespace
 
 ValueEdit::ValueEdit(QWidget* parent, Units units, const QString& unit)
     : QLineEdit(parent), m_units(units), m_fixedUnit(unit) {
     setReadOnly(true);
     setContextMenuPolicy(Qt::NoContextMenu);
     setAttribute(Qt::WA_AcceptTouchEvents);
+    connect(&Freshness::panel(), &Freshness::changed, this, QOverload<>::of(&ValueEdit::update));
+}
+
+void ValueEdit::setMark(const QString& mark) {
+    m_mark = mark;
+    update();
+}
+
+// It is not typed into: a frame and a text is all there is.
+void ValueEdit::paintEvent(QPaintEvent*) {
+    QStyleOptionFrame frame;
+    initStyleOption(&frame);
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &frame, &painter, this);
+    // Two pixels on each side are what a line edit keeps for its cursor.
+    const QRect place = style()->subElementRect(QStyle::SE_LineEditContents, &frame, this).adjusted(2, 0, -2, 0);
+    const Freshness& freshness = Freshness::panel();
+    painter.setFont(font());
+    painter.setPen(freshness.isStale() ? QColor(Style::Disabled) : palette().color(QPalette::Text));
+    const QString shown = freshness.shown(text());
+    if (m_grouped)
+        drawGrouped(painter, place, shown);
+    else
+        painter.drawText(place, static_cast<int>(alignment() | Qt::AlignVCenter), shown);
+    if (!m_mark.isEmpty())
+        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, m_mark);
 }
 
 void ValueEdit::setUnitBox(QComboBox* box) {

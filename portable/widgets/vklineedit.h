@@ -38,6 +38,12 @@ public:
     /// Gives what may be entered, for the keyboard to show; asked for when it opens.
     void setRangeText(std::function<QString()> range) { m_range = std::move(range); }
 
+    /// Shows the number in groups of three figures, a thin gap between them. The text is what it was.
+    void setGrouped(bool grouped) { m_grouped = grouped; }
+
+    /// A few words at the left of the value, such as "=" before one that is calculated.
+    void setMark(const QString& mark);
+
     /// Where the editor says what is wrong with an entry; may be null, not owned, and must outlive the editor's edits.
     void setMessageSink(MessageSink* sink) { m_sink = sink; }
 
@@ -66,6 +72,7 @@ protected:
 
     bool event(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
     /// Prepares a keyboard that is about to open.
     virtual void prepare(VirtKeyboard& keyboard) { Q_UNUSED(keyboard) }
@@ -92,6 +99,8 @@ private:
     std::function<QString()> m_range;
     QPointer<QComboBox> m_unitBox;
     MessageSink* m_sink = nullptr;
+    QString m_mark;
+    bool m_grouped = false;
     bool m_editing = false;
 };
 

@@ -1,6 +1,7 @@
 #include "portable/window/controlrow.h"
 
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/freshness.h"
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -13,7 +14,8 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int ButtonTop = 12;
+constexpr int ButtonTop = 9;
+constexpr int LineHeight = 4;
 constexpr int UndimmedFrom = 784; ///< the RF pair stays in sight beside a dialog
 
 std::vector<ChoiceGroup::Button> onOff(const QString& name, const QString& toneOn) {
@@ -30,32 +32,55 @@ ControlRow::ControlRow(QWidget* parent) : QWidget(parent) {
     setStyleSheet(QStringLiteral("QWidget#controlRow { background-color: %1; border-top: 1px solid %2; }")
                       .arg(Style::css(Style::Panel), Style::css(Style::PanelEdge)));
 
-    addLabel(QStringLiteral("Modulation:"), 24, 148);
+    m_line = new QFrame(this);
+    m_line->setObjectName(QStringLiteral("rfLine"));
+    m_line->setGeometry(0, 0, Style::WindowWidth, LineHeight);
+
+    addLabel(QStringLiteral("Modulation:"), 24, 156);
     m_modulation =
         new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE, onOff(QStringLiteral("mod"), QString()));
-    m_modulation->place(176, ButtonTop, 112, Style::ButtonHeight);
+    m_modulation->place(184, ButtonTop, 104, Style::ButtonHeight);
 
-    addLabel(QStringLiteral("Trigger:"), 484, 100);
+    addLabel(QStringLiteral("Trigger:"), 452, 108);
     m_trigger = new QPushButton(QStringLiteral("Manual"), this);
     m_trigger->setObjectName(QStringLiteral("trigger"));
     m_trigger->setFocusPolicy(Qt::NoFocus);
-    m_trigger->setGeometry(588, ButtonTop, 144, Style::ButtonHeight);
+    m_trigger->setGeometry(564, ButtonTop, 152, Style::ButtonHeight);
     m_trigger->setStyleSheet(UNPRESSED_MOD_BTN_STYLE);
 
-    addLabel(QStringLiteral("RF OUT:"), 836, 112);
+    m_rfLabel = addLabel(QStringLiteral("RF OUT:"), 812, 124);
     m_rf = new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE,
                            onOff(QStringLiteral("rf"), QStringLiteral("rf")));
-    m_rf->place(952, ButtonTop, 144, Style::ButtonHeight);
+    m_rf->place(940, ButtonTop, 152, Style::ButtonHeight);
+    connect(&Freshness::panel(), &Freshness::changed, this, &ControlRow::showRf);
+    setRf(false);
 
     keepUndimmed(this, UndimmedFrom);
     keepLive(m_rf->button(Off));
     new TouchPress(m_rf->button(Off)); // a second finger reaches it
 }
 
-void ControlRow::addLabel(const QString& text, int x, int width) {
+QLabel* ControlRow::addLabel(const QString& text, int x, int width) {
     auto* label = new QLabel(text, this);
     label->setGeometry(x, ButtonTop, width, Style::ButtonHeight);
     label->setStyleSheet(WIDGET_LBL_STYLE);
+    return label;
+}
+
+void ControlRow::setRf(bool on) {
+    m_rfOn = on;
+    showRf();
+}
+
+// Nobody knows what an output does that cannot be reached: it is shown as it was, in grey.
+void ControlRow::showRf() {
+    const bool stale = Freshness::panel().isStale();
+    m_rf->setTone(On, stale ? QStringLiteral("stale") : QStringLiteral("rf"));
+    m_rf->setTone(Off, stale ? QStringLiteral("stale") : QStringLiteral("off"));
+    m_rf->choose(m_rfOn ? On : Off);
+    applySheet(m_rfLabel, m_rfOn && !stale ? WIDGET_LBL_BOLD_STYLE : WIDGET_LBL_STYLE);
+    m_line->setVisible(m_rfOn);
+    applySheet(m_line, QStringLiteral("background-color: %1;").arg(Style::css(stale ? Style::Edge : Style::RfOn)));
 }
 
 void ControlRow::setTriggerPressed(bool pressed) {

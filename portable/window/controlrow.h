@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+class QFrame;
+class QLabel;
 class QPushButton;
 
 namespace Kavor::HandheldGui {
@@ -23,15 +25,22 @@ public:
     ChoiceGroup& rf() const { return *m_rf; }
     QPushButton* trigger() const { return m_trigger; }
 
+    /// Shows the RF output on, with a line over the whole row, or off.
+    void setRf(bool on);
+
     /// The look of the trigger button while a finger holds it down.
     void setTriggerPressed(bool pressed);
 
 private:
-    void addLabel(const QString& text, int x, int width);
+    QLabel* addLabel(const QString& text, int x, int width);
+    void showRf();
 
     ChoiceGroup* m_modulation;
     ChoiceGroup* m_rf;
     QPushButton* m_trigger;
+    QFrame* m_line;
+    QLabel* m_rfLabel;
+    bool m_rfOn = false;
 };
 
 } // namespace Kavor::HandheldGui

@@ -7,6 +7,8 @@
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/dialogs.h"
+#include "portable/widgets/freshness.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/pressfilter.h"
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
@@ -32,6 +34,8 @@ namespace {
 // Mode texts by STATE; null where a state leaves the mode text alone.
 constexpr std::array<const char*, 14> ModeTexts{"CW",   "AM",   "FM",    "PM",    "Pulse", "Pattern", "Pattern",
                                                 "FRSW", "PRSW", nullptr, nullptr, nullptr, "LIST",    "LIST"};
+
+constexpr int RunningMark = 20; ///< pixels of the mark before what runs
 
 QString runModeText(bool continuous) {
     return continuous ? QStringLiteral("Continuous") : QStringLiteral("Trigger");
@@ -87,18 +91,20 @@ void MainWindow::buildStatusBar() {
     bar->setSizeGripEnabled(false);
     keepUndimmed(bar);
     bar->setStyleSheet(STATUS_BAR_STYLE);
-    const auto add = [bar](const QString& name, int width) {
+    const auto add = [bar](const QString& name, int x, int end) {
         auto* label = new QLabel(bar);
         label->setObjectName(name);
-        if (width > 0)
-            label->setFixedWidth(width);
-        bar->addWidget(label, width > 0 ? 0 : 1);
+        label->setGeometry(x, 0, end - x, Style::StatusBarHeight);
         return label;
     };
-    m_statusFrequency = add(QStringLiteral("statusFrequency"), 400);
-    m_statusPower = add(QStringLiteral("statusPower"), 230);
-    m_statusModulation = add(QStringLiteral("statusModulation"), 280);
-    m_statusRunMode = add(QStringLiteral("statusRunMode"), 0);
+    m_statusFrequency = add(QStringLiteral("statusFrequency"), 12, 408);
+    m_statusPower = add(QStringLiteral("statusPower"), 414, 632);
+    m_statusRunning = add(QStringLiteral("statusRunning"), 640, 664);
+    m_statusRunning->setPixmap(linePixmap(LineIcon::Run, Style::Active)
+                                   .scaled(RunningMark, RunningMark, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    m_statusModulation = add(QStringLiteral("statusModulation"), 644, 930);
+    m_statusRunMode = add(QStringLiteral("statusRunMode"), 936, Style::WindowWidth - 12);
+    connect(&Freshness::panel(), &Freshness::changed, this, &MainWindow::UpdateStatusBar);
 }
 
 void MainWindow::connectControls() {
@@ -196,6 +202,7 @@ void MainWindow::followRecord() {
 
 /// The looks of the controls and the status bar, from the snapshot. What has not changed costs nothing.
 void MainWindow::showOutputs() {
+    showLink();
     setRfLook(m_handler->snapshot().rfOutput == 1);
     setModulationLook(m_handler->isModulationsOn() != 0);
     UpdateStatusBar();
@@ -212,13 +219,22 @@ void MainWindow::countStarting(int change) {
 
 void MainWindow::UpdateStatusBar() {
     const ChannelRecord& record = m_handler->snapshot();
-    m_statusFrequency->setText(statusFrequencyText(record.frequency.value, m_frequencyUnit));
-    m_statusPower->setText(statusPowerText(record.power.value));
+    const Freshness& freshness = Freshness::panel();
+    m_statusFrequency->setText(freshness.isKnown() ? statusFrequencyText(record.frequency.value, m_frequencyUnit)
+                                                   : QStringLiteral("  Frequency: ---"));
+    m_statusPower->setText(freshness.isKnown() ? statusPowerText(record.power.value) : QStringLiteral("Power: ---"));
+    const unsigned running = m_handler->getModulationsState();
+    const bool marked = running != 0 && !freshness.isStale();
+    const QString ordinary = freshness.isStale() ? STATUS_STALE_STYLE : STATUS_VALUE_STYLE;
+    for (QLabel* label : {m_statusFrequency, m_statusPower, m_statusRunMode})
+        applySheet(label, ordinary);
+    applySheet(m_statusModulation, marked ? STATUS_RUNNING_STYLE : ordinary);
+    m_statusRunning->setVisible(marked);
+    m_statusModulation->setIndent(marked ? RunningMark + 4 : 0);
     const QFontMetrics metrics = m_statusModulation->fontMetrics();
-    m_statusModulation->setText(
-        shortenedAtComma(GetStatusBarMode(m_handler->getModulationsState()), [this, &metrics](const QString& text) {
-            return metrics.horizontalAdvance(text) <= m_statusModulation->width() - 2 * m_statusModulation->margin();
-        }));
+    m_statusModulation->setText(shortenedAtComma(GetStatusBarMode(running), [this, &metrics](const QString& text) {
+        return metrics.horizontalAdvance(text) <= m_statusModulation->width() - m_statusModulation->indent();
+    }));
     m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
 }
 
@@ -253,7 +269,7 @@ void MainWindow::onRfOffButton(bool fromUser) {
 }
 
 void MainWindow::setRfLook(bool on) {
-    m_controls->rf().choose(on ? ControlRow::On : ControlRow::Off);
+    m_controls->setRf(on);
     m_controls->modulation().setEnabled(on);
     emit modulationLookChanged(m_controls->modulation().chosen() == ControlRow::On, on);
 }
@@ -385,6 +401,10 @@ void MainWindow::reportWhenFree(const QString& text) {
 }
 
 void MainWindow::showLink() {
+    const bool reachable = m_handler->isLinkUp() && m_handler->isModuleConnected();
+    Freshness::panel().set(!m_handler->hasRecord() ? Freshness::Unknown
+                           : reachable             ? Freshness::Current
+                                                   : Freshness::Stale);
     m_functions->setMark(!m_handler->isLinkUp()            ? QStringLiteral("No link")
                          : !m_handler->isModuleConnected() ? QStringLiteral("No module")
                          : !m_handler->isAnswering()       ? QStringLiteral("No answer")

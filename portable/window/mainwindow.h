@@ -103,6 +103,7 @@ private:
     QLabel* m_statusFrequency = nullptr;
     QLabel* m_statusPower = nullptr;
     QLabel* m_statusModulation = nullptr;
+    QLabel* m_statusRunning = nullptr; ///< a mark before what runs
     QLabel* m_statusRunMode = nullptr;
     STATE m_state = STATE_CW;
     bool m_modOffOwed = false; ///< a MOD Off was overtaken by the RF output's Off

@@ -61,18 +61,18 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
     }
 
     m_temperature =
-        addPicture(QStringLiteral("temperatureIcon"), {1056, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
+        addPicture(QStringLiteral("temperatureIcon"), {1070, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
     m_mark = new QLabel(this);
     m_mark->setObjectName(QStringLiteral("linkLost"));
-    m_mark->setGeometry(1020, 8, 121, 44);
+    m_mark->setGeometry(1022, 8, 130, 44);
     m_mark->setAlignment(Qt::AlignCenter);
     m_mark->setStyleSheet(LINK_LOST_STYLE);
     m_mark->hide();
-    m_charging = addPicture(QStringLiteral("chargingIcon"), {1195, 14, 20, 32}, QStringLiteral(":/charging_icon.png"));
-    m_battery = addPicture(QStringLiteral("batteryIcon"), {1147, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
+    m_charging = addPicture(QStringLiteral("chargingIcon"), {1196, 14, 20, 32}, QStringLiteral(":/charging_icon.png"));
+    m_battery = addPicture(QStringLiteral("batteryIcon"), {1158, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
     m_percent = new QLabel(QStringLiteral("100%"), this);
     m_percent->setObjectName(QStringLiteral("batteryPercent"));
-    m_percent->setGeometry(1216, 10, 64, 40);
+    m_percent->setGeometry(1208, 10, 72, 40);
     m_percent->setAlignment(Qt::AlignVCenter | Qt::AlignLeft);
     m_percent->setStyleSheet(WIDGET_COMM_STYLE);
     m_lowBattery = new QMovie(QStringLiteral(":/lowBat.gif"), QByteArray(), this);

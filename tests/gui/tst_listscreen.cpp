@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
+#include <QScrollBar>
 
 using namespace Kavor::HandheldGui;
 
@@ -270,7 +271,9 @@ private slots:
     void origin() {
         openFetched();
         const auto state = [this] {
-            return panel().text(name("Name")) + (panel().hasStyle(name("Upload"), PUSH_BN_SEL_STYLE) ? "|due" : "|");
+            const bool unsaved = panel().widget<QWidget>(name("Unsaved"))->isVisible();
+            const bool due = panel().widget<QWidget>(name("Upload"))->property("lit").toBool();
+            return panel().text(name("Name")) + (unsaved ? " *" : "") + (due ? "|due" : "|");
         };
         for (int i = 0; i < 9; ++i)
             QVERIFY(panel().press(name("Add")));
@@ -291,6 +294,45 @@ private slots:
         QCOMPARE(table()->currentRow(), 0);
         QCOMPARE(table()->rowAt(0), 0);
         QVERIFY(!isList() || panel().hasStyle("listDwellStep", PRESSED_WIDGET_BTN_STYLE));
+    }
+
+    /// What is done with a row as a whole, and the way to a row.
+    void rowTools_data() { both(); }
+    void rowTools() {
+        openFetched();
+        edit(0, 1, "5", "keyUnit1");
+        const QString first = shown(0, 1);
+        const auto rows = [this, &first] {
+            QString all;
+            for (int row = 0; row < table()->rowCount(); ++row)
+                all += shown(row, 1) == first ? 'a' : 'd';
+            return all + QString::number(table()->currentRow()) + ' ' + panel().text(name("Position"));
+        };
+        QCOMPARE(rows(), QString("a0 1 / 1"));
+        QVERIFY(!panel().press(name("Up")) && !panel().press(name("Down")));
+        QVERIFY(panel().press(name("Insert")) && panel().press(name("Insert")));
+        QCOMPARE(rows(), QString("add2 3 / 3"));
+        touchCell(0, 0);
+        QVERIFY(panel().press(name("Repeat")) && panel().press(name("Down")));
+        QCOMPARE(rows(), QString("adad2 3 / 4"));
+        QVERIFY(panel().press(name("Up")) && panel().press(name("Up")) && !panel().press(name("Up")));
+        QCOMPARE(rows(), QString("aadd0 1 / 4"));
+        QCOMPARE(shown(3, 0), QString("4"));
+        QVERIFY(panel().widget<QWidget>(name("Upload"))->property("lit").toBool());
+        panel().dialogs().expectNumber("Go to step", "5", "keyEnter");
+        QVERIFY(panel().press(name("Position")));
+        QCOMPARE(panel().toast(), QString("Valid Step range: 1 to 4"));
+        for (int i = 0; i < 1200; ++i) {
+            QString error;
+            QVERIFY(table()->addStep(error));
+        }
+        panel().dialogs().expectNumber("Go to step", "1100", "keyEnter");
+        QVERIFY(panel().press(name("Position")));
+        QCOMPARE(table()->currentRow(), 1099);
+        QVERIFY(table()->viewport()->rect().contains(table()->visualRect(table()->currentIndex())));
+        QCOMPARE(panel().text(name("Position")), QString("1,100 / 1,204"));
+        table()->verticalScrollBar()->setValue(0); // the readout goes with the rows
+        QCOMPARE(panel().text(name("Position")), QString("1 / 1,204"));
     }
 
     /// Save, change, overwrite, load, delete: by hand from one end to the other.

@@ -1,3 +1,4 @@
+#include "common/update/signature.h"
 #include "platform/devicepaths.h"
 #include "portable/update/listfirmware.h"
 #include "portable/update/update_dialog.h"
@@ -120,6 +121,8 @@ class UpdateTest : public PanelTest {
     void startPanel(unsigned channels, const PackageLook& look = packagesBelow) {
         UpdateSettings settings;
         settings.look = look;
+        settings.watchMs = 50;
+        settings.trust = stick().trustSettings();
         settings.patienceMs = 60000; // a busy machine is no slow stick
         settings.fpga = [port = m_rig->port](int count) {
             FpgaUpdateSettings fpga = FpgaUpdateSettings::forChannels(count);
@@ -232,11 +235,10 @@ private slots:
         QVERIFY(stayed);
         QCOMPARE(dialogs().asked().size(), 2);
         QCOMPARE(panel().toast(), QString("Firmware 2.1 installed"));
-        QCOMPARE(panel().widget<QWidget>("pagePackages")->findChild<QLabel*>("listStatus")->text(),
-                 QString("Firmware 2.1 installed"));
         QCOMPARE(stick().sudoed(), (QStringList{"cp %D/home/tmpfw/patch/app %D/installed", "reboot"}));
         QCOMPARE(stick().contentOf("installed"), QByteArray("the application"));
-        QVERIFY(mainPageIsShown());
+        QVERIFY(mainPageIsShown() && panel().press("sysUpdate"));
+        QCOMPARE(panel().text("historyWhat0") + ": " + panel().text("historyEnd0"), QString("Software 2.1: done"));
     }
 
     void imageReachesEveryBoard_data() {
@@ -289,10 +291,8 @@ private slots:
         QFETCH(QString, fault);
         QFETCH(QString, message);
         fillStick();
-        openList(3);
-        panel().sent();
         if (fault == "archive") {
-            stick().put("media/tester/3-software/" + list().item(2, 3)->text(), "no archive");
+            stick().spoil("3-software", "FW-2.1.tar.gz", "no archive");
             expectMessage("failed extracting package");
         } else if (fault == "board") {
             Sim::FpgaFaults silent;
@@ -301,11 +301,12 @@ private slots:
             expectMessage("Failed to initialize");
             expectMessage("Transfer Phase Failed");
         } else {
-            const QString image = "media/tester/1-fpga/1-fpga.img";
-            QByteArray bytes = stick().contentOf(image);
+            QByteArray bytes = stick().contentOf("media/tester/1-fpga/1-fpga.img");
             bytes[100] = static_cast<char>(bytes[100] ^ 1);
-            stick().put(image, bytes);
+            stick().spoil("1-fpga", "1-fpga.img", bytes);
         }
+        openList(3);
+        panel().sent();
         answer(fault == "archive" ? SoftwareQuestion : FpgaQuestion);
         if (fault != "image")
             expectProgress(fault == "board" ? "Transferring FPGA image..." : "Wait until upgrade process finished");
@@ -319,39 +320,108 @@ private slots:
     void notReady_data() {
         QTest::addColumn<int>("charge");
         QTest::addColumn<int>("current");
-        QTest::addColumn<bool>("radiates");
+        QTest::addColumn<int>("radiates"); ///< a channel, -1 for none
         QTest::addColumn<bool>("goesOn");
-        addRow("low battery", 10, -1, true, false);
-        addRow("low, but charging", 3, 1, false, true);
-        addRow("enough", 11, -1, false, true);
-        addRow("RF stays on", 50, -1, true, false);
-        addRow("RF is switched off", 50, -1, true, true);
+        addRow("low battery", 10, -1, 0, false);
+        addRow("low, but charging", 3, 1, -1, true);
+        addRow("enough", 11, -1, -1, true);
+        addRow("RF stays on", 50, -1, 0, false);
+        addRow("RF is switched off", 50, -1, 0, true);
+        addRow("of another channel", 50, -1, 2, true);
     }
     /// No update with RF on or on a battery that may not live to its end; the user is told what to do.
     void notReady() {
         QFETCH(int, charge);
         QFETCH(int, current);
-        QFETCH(bool, radiates);
+        QFETCH(int, radiates);
         QFETCH(bool, goesOn);
         panel().module().modify(0, [&](ChannelRecord& r) {
             r.batteryCharge = charge;
             r.batteryCurrent = static_cast<std::int16_t>(current);
             r.lowBatteryThreshold = 0;
-            r.rfOutput = radiates;
         });
+        panel().module().modify(qMax(radiates, 0), [&](ChannelRecord& r) { r.rfOutput = radiates >= 0; });
         stick().addModule("m", "5.0", "module software");
         openList(1);
         panel().sent();
         answer(ModuleQuestion);
         if (charge <= 10 && current < 0)
             expectFailure("The battery is at 10 %: connect the charger before an update.");
-        else if (radiates)
-            answer("RF output is on", goesOn);
+        else if (radiates >= 0)
+            answer(QString("RF output is on: channel %1").arg(radiates + 1), goesOn);
         QVERIFY(choose(0));
         QCOMPARE(QDir(stick().at(Drop)).exists(), goesOn);
-        QCOMPARE(panel().record().rfOutput, radiates && !goesOn ? 1U : 0U);
+        for (int channel = 0; channel < 4; ++channel)
+            QCOMPARE(panel().module().record(channel).rfOutput, channel == radiates && !goesOn ? 1U : 0U);
+        QCOMPARE(panel().handler().currentChannel(), 0U);
         QCOMPARE(panel().sent().contains(":GUI:UPD:SOFT "), goesOn);
         QCOMPARE(panel().toast(), goesOn ? QString("NMX module 5.0 handed over") : QString());
+    }
+
+    void policies_data() {
+        addColumns<QString, QString, QString>("policy", "package", "told"); ///< told: empty when it is installed
+        const QString notSigned("This package is not signed.");
+        addRow("as it should be", QString("require"), QString("ours 7 KV-6000"), QString());
+        addRow("unsigned", QString("require"), QString("none"), notSigned);
+        addRow("unsigned, warned", QString("warn"), QString("none"), "?" + notSigned);
+        addRow("foreign key", QString("require"), QString("theirs 7 KV-6000"), QString("is broken"));
+        addRow("older", QString("require"), QString("ours 4 KV-6000"), QString("release 5 is installed"));
+        addRow("other model", QString("require"), QString("ours 7 KV-7"), QString("for KV-7 and not for KV-6000"));
+        addRow("policy of no meaning", QString("none"), QString("none"), notSigned);
+        addRow("other manifest", QString("require"), QString("ours 7 KV-6000 Manifest"), QString("another manifest"));
+        addRow("other package", QString("require"), QString("ours 7 KV-6000 3-software.bin"), QString("is damaged"));
+    }
+    void policies() {
+        QFETCH(QString, policy);
+        QFETCH(QString, package);
+        QFETCH(QString, told);
+        const auto ours = Signature::makeKeyPair();
+        const auto theirs = Signature::makeKeyPair();
+        const QStringList words = package.split(' ');
+        stick().trust(ours->publicKey, policy.toUtf8());
+        if (words[0] != "none")
+            stick().signing = {words[0] == "ours" ? ours->seed : theirs->seed, words[1].toInt(), words[2]};
+        MANIFEST_DATA before;
+        before.name = "NMX";
+        before.version = "4.9";
+        before.seal = Seal::Signed;
+        before.release = 5;
+        QVERIFY(UpdateMemory().note(before, true, "done"));
+        stick().addModule("3-software", "5.0", "module software");
+        openList(1);
+        QCOMPARE(list().item(0, 4)->text(), words[0] == "none"   ? QString("Unsigned")
+                                            : words[0] == "ours" ? QString("Signed")
+                                                                 : QString("Broken"));
+        const QString changed = "media/tester/3-software/" + words.value(3);
+        dialogs().expect(DialogKind::Question, ModuleQuestion, [&](QDialog& dialog) {
+            if (words.size() > 3) // between the question and its answer
+                stick().put(changed, stick().contentOf(changed) + ' ');
+            QTest::mouseClick(qobject_cast<QMessageBox*>(&dialog)->button(QMessageBox::Yes), Qt::LeftButton);
+        });
+        if (told.startsWith('?'))
+            answer(told.mid(1));
+        else if (!told.isEmpty())
+            expectFailure(told);
+        QVERIFY(choose(0));
+        const bool installed = told.isEmpty() || told.startsWith('?');
+        QCOMPARE(QDir(stick().at(Drop)).exists(), installed);
+        QCOMPARE(UpdateMemory().installedRelease(PackageType::Module), told.isEmpty() ? 7 : 5);
+        QCOMPARE(QDir(stick().at("home/kavor/upgrade")).entryList({".velda*"}, QDir::AllEntries | QDir::Hidden),
+                 QStringList());
+    }
+
+    /// It comes in, or goes, while the list is open; the row that is chosen stays.
+    void stickComesAndGoes() {
+        stick().addModule("m", "5.0", "module software");
+        stick().addModule("n", "5.1", "module software");
+        openList(2);
+        list().selectRow(1);
+        stick().addModule("a", "4.0", "older");
+        QTRY_COMPARE(list().rowCount(), 3);
+        QCOMPARE(list().item(list().currentRow(), 1)->text(), QString("5.1"));
+        QVERIFY(QDir(stick().package("n")).removeRecursively());
+        QTRY_COMPARE(list().rowCount(), 2);
+        QCOMPARE(list().currentRow(), 0);
     }
 
     /// Without records nobody knows how many boards there are.
@@ -367,11 +437,14 @@ private slots:
     }
 
     void cutOffInstallationIsTold() {
-        m_updates->tellUnfinished(panel().window());
+        m_updates->clearUp(panel().window());
         stick().put("home/kavor/upgrade/unfinished", "FW 2.1");
+        stick().put("home/kavor/upgrade/.velda-staged-aB3dE6/p", "half a package");
         expectFailure("The installation of FW 2.1 was cut off. Please install it again.");
-        m_updates->tellUnfinished(panel().window());
+        m_updates->clearUp(panel().window());
         QTRY_COMPARE(dialogs().asked().size(), 1);
+        QCOMPARE(QDir(stick().at("home/kavor/upgrade")).entryList(QDir::Hidden | QDir::AllDirs | QDir::NoDotAndDotDot),
+                 QStringList());
     }
 
     /// Two packages that differ in their last letters look different.

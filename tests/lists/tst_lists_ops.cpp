@@ -1,3 +1,4 @@
+#include "lists/list_content.h"
 #include "lists/lists_ops.h"
 #include "tests/lists/steplist.h"
 #include "tests/support/testbase.h"
@@ -137,8 +138,9 @@ private slots:
         row("no UTF-8", "{\"VeldaList\":[{\"FreqUnits\":\"\xff\xfe\"}]}", invalid);
         row("deep", "{\"VeldaList\":" + QByteArray(2000000, '['), invalid);
         const char* tooLarge = "List file is too large: the limit is 10000 steps or 4 MB";
-        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListsOps::MostSteps) + "]}", tooLarge);
-        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListsOps::MostBytes), ' '), tooLarge);
+        row("too many steps", "{\"VeldaList\":[{}" + QByteArray(",{}").repeated(ListContent::MostSteps) + "]}",
+            tooLarge);
+        row("too many bytes", "{\"VeldaList\":[{}]}" + QByteArray(int(ListContent::MostBytes), ' '), tooLarge);
         row("too many values", "{\"VeldaList\":[" + QByteArray("1,").repeated(1000000) + "{}]}", tooLarge);
     }
 

@@ -16,7 +16,7 @@ private slots:
         const ToolRun built = run("--version 2.1 --run touch_@ran --install app=@installed --install data=@opt/d "
                                   "--install data=@ --delete app --delete data --try false software @source @stick/FW");
         QVERIFY2(built.code == 0, qPrintable(built.error));
-        QVERIFY(run("list @stick/FW").output.contains("6. sudo cp -r "));
+        QVERIFY(run("list @stick/FW").output.contains("7. sudo cp -r "));
         m_dir->putProgram("bin/sudo", "#!/bin/sh\nexec \"$@\"\n");
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(at("bin")) + ':' + path);

@@ -22,6 +22,7 @@ const std::vector<Licence>& licences() {
         {"spdlog", "MIT", "G. Melman", "libspdlog"},
         {"fmt", "MIT", "V. Zverovich", "libfmt"},
         {"zlib", "zlib", "J. Gailly, M. Adler", "libz."},
+        {"libsodium", "ISC", "Frank Denis", "libsodium"},
         {"libsystemd", "LGPL 2.1+", "systemd's authors", "libsystemd"},
         {"GNU C library", "LGPL 2.1+", "FSF", "libc. libm. ld-linux librt libpthread"},
         {"GNU C++ library", "GPL 3 + exception", "FSF", "libstdc++ libgcc_s"},

@@ -20,10 +20,9 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int PictureWidth = 560;
-constexpr int GroupGap = 10;
 constexpr int GroupMargin = 16;
 constexpr int ValueX = 240;
-constexpr int GroupHeight = Style::PageHeight - 8;
+constexpr int GroupHeight = Style::ContentHeight;
 const char SaveText[] = "Save diagnostics";
 
 std::function<QString(const ChannelRecord&)> fixedText(const QString& text) {
@@ -61,16 +60,17 @@ void aboutScreen::buildPicture() {
 }
 
 void aboutScreen::buildVersions() {
-    const int x = Style::PageMargin + PictureWidth + GroupGap;
+    const int x = Style::PageMargin + PictureWidth + Style::Gap;
     using R = ChannelRecord;
     m_versions = new ReadoutGroup(
         m_page, QStringLiteral("About"), QRect(x, 0, Style::WindowWidth - Style::PageMargin - x, GroupHeight), ValueX,
         {{QStringLiteral("Model"), QStringLiteral("aboutModel"), textField(&R::model)},
          {QStringLiteral("Serial"), QStringLiteral("aboutSerial"), textField(&R::serial)},
-         {QStringLiteral("Panel Version"), QStringLiteral("aboutPanel"), fixedText(QStringLiteral(VELDA_VERSION))},
+         {QStringLiteral("Panel Version"), QStringLiteral("aboutPanel"), fixedText(QStringLiteral(VELDA_VERSION)),
+          false},
          {QStringLiteral("FW/FPGA Version"), QStringLiteral("aboutModule"), textField(&R::firmwareVersion)},
-         {QStringLiteral("Qt Version"), QStringLiteral("aboutQt"), fixedText(QString::fromLatin1(qVersion()))},
-         {QStringLiteral("Build"), QStringLiteral("aboutBuild"), fixedText(buildText())}});
+         {QStringLiteral("Qt Version"), QStringLiteral("aboutQt"), fixedText(QString::fromLatin1(qVersion())), false},
+         {QStringLiteral("Build"), QStringLiteral("aboutBuild"), fixedText(buildText()), false}});
 }
 
 void aboutScreen::showLicences() {

@@ -8,33 +8,33 @@
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vklineedit.h"
 
 namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int FrequencyGroupHeight = 228;
-constexpr PageGroup::Column FrequencyColumn{24, 200, 520, 150};
-constexpr PageGroup::Column PhaseColumn{480, 608, 274, 0};
-constexpr int FrequencyRow = 56;
-constexpr int PowerRow = 148;
+constexpr int FrequencyGroupHeight = 240;
+constexpr int ModulationsTop = FrequencyGroupHeight + Style::Gap;
+constexpr PageGroup::Column FrequencyColumn{24, 200, 508, 128};
+constexpr PageGroup::Column PhaseColumn{460, 592, 256, 0};
+constexpr int FrequencyRow = 40;
+constexpr int PowerRow = 152;
 
 } // namespace
 
 rfmodScreen::rfmodScreen(QWidget* parent, std::vector<STATE> states)
     : IGuiScreen(parent, std::move(states)), m_page(makePage(QStringLiteral("pageCw"))) {
     buildFrequencyGroup();
-    constexpr int top = FrequencyGroupHeight + 10;
     auto* group = new PageGroup(
-        m_page, QStringLiteral("Modulations"),
-        QRect(Style::PageMargin, top, Style::WindowWidth - 2 * Style::PageMargin, Style::PageHeight - top - 8));
+        m_page, QString(),
+        QRect(Style::PageMargin, ModulationsTop, Style::ContentWidth, Style::ContentHeight - ModulationsTop));
     m_modulations = new rfModulationsWidget(group, &host(), &handler(), 0);
 }
 
 void rfmodScreen::buildFrequencyGroup() {
-    auto* group =
-        new PageGroup(m_page, QStringLiteral("Frequency Settings"),
-                      QRect(Style::PageMargin, 0, Style::WindowWidth - 2 * Style::PageMargin, FrequencyGroupHeight));
+    auto* group = new PageGroup(m_page, QStringLiteral("Frequency Settings"),
+                                QRect(Style::PageMargin, 0, Style::ContentWidth, FrequencyGroupHeight));
 
     ValueField frequency{ValueField::Kind::Frequency, ValueModel::device(handler(), DeviceValueId::Frequency)};
     frequency.editStyle = WIDGET_EDIT_LARGE_STYLE;
@@ -43,6 +43,7 @@ void rfmodScreen::buildFrequencyGroup() {
         addValueField(*group, host(), FrequencyColumn, FrequencyRow,
                       {QStringLiteral("Frequency:"), QStringLiteral("cwFrequency"), QStringLiteral("CW frequency")},
                       frequency, Style::FrequencyHeight);
+    bound.edit->setGrouped(true);
     m_frequency = bound.entry;
     m_frequencyUnit = bound.unit;
     // The entry path redraws the status bar after this: the bar shows the frequency in the unit that was chosen here.

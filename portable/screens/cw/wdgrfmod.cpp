@@ -20,15 +20,16 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr PageGroup::Column RightColumn{592, 840, 232, 124};
-constexpr PageGroup::Column LeftColumn{24, 200, 232, 124};
-constexpr int TabTop = 56;
-constexpr int TabWidth = 140;
-constexpr int TabHeight = 64;
-constexpr int TabPitch = 148;
-constexpr int EnableRow = 144;
-constexpr int ParameterRow = 228;
-constexpr int SourceWidth = 178;
+constexpr PageGroup::Column RightColumn{592, 872, 196, 128}; ///< with a unit
+constexpr PageGroup::Column RightWideColumn{592, 872, 336, 0};
+constexpr PageGroup::Column LeftColumn = PageGroup::Left;
+constexpr int TabTop = Style::Gap;
+constexpr int TabsEnd = 848;
+constexpr int EnableRow = TabTop + Style::RowPitch;
+constexpr int ParameterRow = EnableRow + Style::RowPitch;
+constexpr int SourceWidth = 162;
+constexpr int ModulateX = 1004;
+constexpr int ModulateWidth = 96;
 enum Source { Internal = 0, External = 1 };
 enum Modulate { On = 0, Off = 1 };
 
@@ -56,7 +57,7 @@ struct ParameterRowText {
 const std::array<ParameterRowText, 8> ParameterRows{{
     {STATE_AM, &LeftColumn, "Frequency:", "AM Frequency", "amFrequency", DeviceValueId::AmRate,
      ValueField::Kind::Frequency, "", true},
-    {STATE_AM, &RightColumn, "Depth (%):", "AM Depth", "amDepth", DeviceValueId::AmDepth, ValueField::Kind::Percent,
+    {STATE_AM, &RightWideColumn, "Depth (%):", "AM Depth", "amDepth", DeviceValueId::AmDepth, ValueField::Kind::Percent,
      "Range %1% to %2%", false},
     {STATE_FM, &LeftColumn, "Frequency:", "FM Frequency", "fmFrequency", DeviceValueId::FmRate,
      ValueField::Kind::Frequency, "", true},
@@ -64,7 +65,7 @@ const std::array<ParameterRowText, 8> ParameterRows{{
      ValueField::Kind::Frequency, "", false},
     {STATE_PM, &LeftColumn, "Frequency:", "PM Frequency", "pmFrequency", DeviceValueId::PmRate,
      ValueField::Kind::Frequency, "", false},
-    {STATE_PM, &RightColumn, "Phase Deviation:", "PM Deviation", "pmDeviation", DeviceValueId::PmDeviation,
+    {STATE_PM, &RightWideColumn, "Phase Deviation:", "PM Deviation", "pmDeviation", DeviceValueId::PmDeviation,
      ValueField::Kind::Phase, "Range %1° to %2°", false},
     {STATE_PULSE, &LeftColumn, "Pulse Width:", "Pulse width", "pulseWidth", DeviceValueId::PulseWidth,
      ValueField::Kind::Time, "", true},
@@ -89,17 +90,18 @@ rfModulationsWidget::rfModulationsWidget(QWidget* parent, QWidget* mainWindow, E
 }
 
 void rfModulationsWidget::buildTabs() {
-    auto* line = new QFrame(this);
-    line->setGeometry(LeftColumn.labelX, TabTop + TabHeight, width() - 2 * LeftColumn.labelX, 2);
-    line->setStyleSheet(QStringLiteral("background-color: %1;").arg(Style::css(Style::Raised)));
-    int x = LeftColumn.labelX;
+    auto* group = qobject_cast<PageGroup*>(parentWidget());
+    group->addCaption(LeftColumn.labelX, TabTop, Style::ButtonHeight, QStringLiteral("Modulations"));
+    group->addLine({LeftColumn.labelX, TabTop + Style::ButtonHeight, TabsEnd - LeftColumn.labelX, 2});
+    int x = LeftColumn.valueX;
     for (const ModulationTab& tab : ModulationTabs) {
-        auto* button = new IntfButtonMod(this, {tab.state}, QString::fromLatin1(tab.text), TabWidth, TabHeight);
+        auto* button =
+            new IntfButtonMod(this, {tab.state}, QString::fromLatin1(tab.text), tab.tabWidth, Style::ButtonHeight);
         button->setObjectName(QStringLiteral("tab") + QString::fromLatin1(tab.text));
-        button->setGeometry(x, TabTop, TabWidth, TabHeight);
+        button->setGeometry(x, TabTop, tab.tabWidth, Style::ButtonHeight);
         connect(button, &QPushButton::clicked, this, &rfModulationsWidget::onModBnClicked);
         m_tabs.push_back(button);
-        x += TabPitch;
+        x += tab.tabWidth + Style::Gap;
 
         auto* box = new CheckRow(this, QString::fromLatin1(tab.enableText), LeftColumn.valueX - LeftColumn.labelX);
         box->setObjectName(QStringLiteral("enable") + QString::fromLatin1(tab.text));
@@ -126,7 +128,8 @@ void rfModulationsWidget::buildParameters() {
 
 void rfModulationsWidget::buildSource() {
     auto* group = qobject_cast<PageGroup*>(parentWidget());
-    m_sourceLabel = group->addLabel(RightColumn.labelX, EnableRow, 200, Style::ButtonHeight, QStringLiteral("Source:"));
+    m_sourceLabel = group->addLabel(RightColumn.labelX, EnableRow, RightColumn.valueX - RightColumn.labelX,
+                                    Style::ButtonHeight, QStringLiteral("Source:"));
     m_source = new ChoiceGroup(this, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                {{QStringLiteral("Internal"), QStringLiteral("sourceInternal"), QString()},
                                 {QStringLiteral("External"), QStringLiteral("sourceExternal"), QString()}});
@@ -137,11 +140,12 @@ void rfModulationsWidget::buildSource() {
 
 void rfModulationsWidget::buildModulate() {
     auto* group = qobject_cast<PageGroup*>(parentWidget());
-    group->addLabel(824, 44, 136, Style::ButtonHeight, QStringLiteral("Modulate:"));
+    group->addLabel(RightColumn.valueX, TabTop, ModulateX - RightColumn.valueX, Style::ButtonHeight,
+                    QStringLiteral("Modulate:"));
     m_modulate = new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE,
                                  {{QStringLiteral("On"), QStringLiteral("modulateOn"), QString()},
                                   {QStringLiteral("Off"), QStringLiteral("modulateOff"), QStringLiteral("off")}});
-    m_modulate->place(968, 44, 114, Style::ButtonHeight);
+    m_modulate->place(ModulateX, TabTop, ModulateWidth, Style::ButtonHeight);
     connect(m_modulate->button(On), &QPushButton::clicked, this, [this] {
         ActionGate::panel().ask(
             m_modulate->button(On), [this] { onModOnButton(); }, ActionGate::Kind::SwitchOn);
@@ -226,6 +230,8 @@ void rfModulationsWidget::updateEnableSatus(bool disable) {
 void rfModulationsWidget::setChecksFromConfig() {
     for (EnableBox* enable : m_enables)
         enable->setFromConfig();
+    for (std::size_t i = 0; i < ModulationTabs.size(); ++i)
+        m_tabs[i]->setTicked((m_handler.snapshot().modulationEnable & ModulationTabs[i].bit) != 0);
 }
 
 void rfModulationsWidget::onModBnClicked() {

@@ -11,6 +11,7 @@ namespace Kavor::HandheldGui {
 struct ModulationTab : Modulation {
     STATE state;
     const char* text;
+    int tabWidth; ///< pixels: its words, and a tick before them
     const char* enableText;
     const char* logName;                        ///< in the lines of the check box
     const char* startName;                      ///< in the lines of start and stop
@@ -19,14 +20,14 @@ struct ModulationTab : Modulation {
 };
 
 inline const std::array<ModulationTab, 5> ModulationTabs{{
-    {modulation(AM_MOD_BIT), STATE_AM, "AM", "Enable AM:", " AM ", "AM", &ChannelRecord::amSource,
+    {modulation(AM_MOD_BIT), STATE_AM, "AM", 108, "Enable AM:", " AM ", "AM", &ChannelRecord::amSource,
      &EventHandler::setModSrcAM},
-    {modulation(FM_MOD_BIT), STATE_FM, "FM", "Enable FM:", " FM ", "FM", &ChannelRecord::fmSource,
+    {modulation(FM_MOD_BIT), STATE_FM, "FM", 108, "Enable FM:", " FM ", "FM", &ChannelRecord::fmSource,
      &EventHandler::setModSrcFM},
-    {modulation(PM_MOD_BIT), STATE_PM, "PM", "Enable PM:", " PM ", "PM", nullptr, nullptr},
-    {modulation(PULSE_MOD_BIT), STATE_PULSE, "Pulse", "Enable Pulse:", " Pulse ", "Pulse", &ChannelRecord::pulseSource,
-     &EventHandler::setModSrcPulseM},
-    {modulation(PATTERN_MOD_BIT), STATE_PATTERN, "Pattern", "Enable Pattern:", " Patterns ", "Pattern", nullptr,
+    {modulation(PM_MOD_BIT), STATE_PM, "PM", 108, "Enable PM:", " PM ", "PM", nullptr, nullptr},
+    {modulation(PULSE_MOD_BIT), STATE_PULSE, "Pulse", 136, "Enable Pulse:", " Pulse ", "Pulse",
+     &ChannelRecord::pulseSource, &EventHandler::setModSrcPulseM},
+    {modulation(PATTERN_MOD_BIT), STATE_PATTERN, "Pattern", 136, "Enable Pattern:", " Patterns ", "Pattern", nullptr,
      nullptr},
 }};
 

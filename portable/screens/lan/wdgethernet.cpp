@@ -4,6 +4,7 @@
 #include "platform/logger.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
+#include "portable/widgets/actioncolumn.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/listpage.h"
@@ -26,23 +27,23 @@ struct ethScreen::FieldTexts {
     const char* label;
     const char* name;
     const char* prompt;
-    const PageGroup::Column* column;
-    int row;
 };
 
 namespace {
 
-constexpr PageGroup::Column LeftColumn{24, 216, 320, 0};
-constexpr PageGroup::Column RightColumn{616, 808, 400, 0};
-constexpr int FirstRow = 60;
-constexpr int RowPitch = 80;
-constexpr int ButtonTop = 464;
-constexpr int ButtonWidth = 240;
+constexpr PageGroup::Column FieldColumn{24, 248, 384, 0};
+constexpr int HeldX = 664; ///< what is in use
+constexpr int FirstRow = 48;
+constexpr int LineHeight = 36; ///< of the readouts at the end of the page
+constexpr int ReadoutTop = FirstRow + 5 * Style::RowPitch + 6;
+constexpr int ApplyPlace = 5; ///< in the column of buttons
+constexpr int CancelPlace = 6;
 constexpr unsigned HighestPort = 65535;
+constexpr int FirstFieldRow = 1;
 enum DhcpButton { Dynamic, Static };
 
 constexpr int rowTop(int row) {
-    return FirstRow + row * RowPitch;
+    return FirstRow + row * Style::RowPitch;
 }
 
 /// A TCP port: neither a sign nor a point.
@@ -68,9 +69,8 @@ bool isPort(const QString& text) {
 ethScreen::ethScreen(QWidget* parent, std::vector<STATE> states)
     : IGuiScreen(parent, std::move(states)),
       m_page(makePage(QStringLiteral("pageLan"))),
-      m_group(new PageGroup(
-          m_page, QStringLiteral("LAN settings"),
-          QRect(Style::PageMargin, 0, Style::WindowWidth - 2 * Style::PageMargin, Style::PageHeight - 8))),
+      m_group(new PageGroup(m_page, QStringLiteral("LAN settings"),
+                            QRect(Style::PageMargin, 0, ActionColumn::MainWidth, Style::ContentHeight))),
       m_timer(new QTimer(this)),
       m_thread(host().settings().readNetwork) {
     buildFields();
@@ -85,10 +85,10 @@ ethScreen::ethScreen(QWidget* parent, std::vector<STATE> states)
 
 void ethScreen::buildFields() {
     static const std::array<FieldTexts, FieldCount> fields{
-        {{"IP Address", "lanAddress", "Enter static IP for device", &LeftColumn, 0},
-         {"Subnet Mask", "lanMask", "Enter static IP mask for device", &LeftColumn, 1},
-         {"Defaut Gateway", "lanGateway", "Enter Defaut Gateway for device", &LeftColumn, 2},
-         {"SCPI Port", "lanPort", "Enter TCP SCPI port for device", &RightColumn, 1}}};
+        {{"IP Address", "lanAddress", "Enter static IP for device"},
+         {"Subnet Mask", "lanMask", "Enter static IP mask for device"},
+         {"Defaut Gateway", "lanGateway", "Enter Defaut Gateway for device"},
+         {"SCPI Port", "lanPort", "Enter TCP SCPI port for device"}}};
     for (int i = 0; i < FieldCount; ++i) {
         const auto field = static_cast<Field>(i);
         const FieldTexts& texts = fields[field];
@@ -100,53 +100,82 @@ void ethScreen::buildFields() {
         edit->setObjectName(QString::fromLatin1(texts.name));
         edit->setTitle(QString::fromLatin1(texts.prompt));
         edit->setStyleSheet(WIDGET_EDIT_STYLE);
-        m_group->addField(*texts.column, rowTop(texts.row), QString::fromLatin1(texts.label), edit);
+        const int y = rowTop(FirstFieldRow + i);
+        m_labels[field] = m_group->addField(FieldColumn, y, QString::fromLatin1(texts.label), edit);
+        m_held[field] = addHeld(y, QString::fromLatin1(texts.name) + QStringLiteral("InUse"));
+        m_marks[field] = new QFrame(m_group);
+        m_marks[field]->setGeometry(0, y, 5, Style::EntryHeight);
+        m_marks[field]->setStyleSheet(QStringLiteral("background-color: %1;").arg(Style::css(Style::Active)));
         connect(edit, &ValueEdit::valueChanged, this, [this, field] { onEntered(field); });
         connect(edit, &ValueEdit::keyboardClosed, this, &ethScreen::showRows);
         m_edits[field] = edit;
     }
-    m_group->addLabel(RightColumn.labelX, rowTop(0), RightColumn.valueX - RightColumn.labelX, Style::ButtonHeight,
+    m_group->addLabel(FieldColumn.labelX, rowTop(0), FieldColumn.valueX - FieldColumn.labelX, Style::ButtonHeight,
                       QStringLiteral("DHCP"));
+    applySheet(m_group->addLabel(HeldX, 0, m_group->width() - HeldX, Style::CaptionHeight, QStringLiteral("In use")),
+               WIDGET_LBL_STYLE);
+    m_heldDhcp = addHeld(rowTop(0), QStringLiteral("lanDhcpInUse"));
     m_dhcp = new ChoiceGroup(m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                              {{QStringLiteral("Dynamic"), QStringLiteral("lanDynamic"), QString()},
                               {QStringLiteral("Static IP"), QStringLiteral("lanStatic"), QString()}});
-    m_dhcp->place(RightColumn.valueX, rowTop(0), (RightColumn.valueWidth - Style::Gap) / 2, Style::ButtonHeight);
+    m_dhcp->place(FieldColumn.valueX, rowTop(0), (FieldColumn.valueWidth - Style::Gap) / 2, Style::ButtonHeight);
     connect(m_dhcp, &ChoiceGroup::clicked, this, [this](int index) {
         if (index != m_dhcp->chosen())
             onDhcpBnClicked();
     });
 }
 
+QLabel* ethScreen::addHeld(int y, const QString& name) {
+    QLabel* label = m_group->addLabel(HeldX, y, m_group->width() - HeldX - 24, Style::EntryHeight, QString());
+    label->setObjectName(name);
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
 void ethScreen::buildReadouts() {
-    const auto readout = [this](const PageGroup::Column& column, int row, const QString& label, const QString& name,
-                                int width) {
-        m_group->addLabel(column.labelX, rowTop(row), column.valueX - column.labelX, Style::EntryHeight, label);
-        QLabel* value = m_group->addLabel(column.valueX, rowTop(row), width, Style::EntryHeight, QString());
+    m_group->addLine({FieldColumn.labelX, ReadoutTop - 6, m_group->width() - 2 * FieldColumn.labelX, 1});
+    const auto readout = [this](int y, const QString& label, const QString& name, int end) {
+        m_group->addLabel(FieldColumn.labelX, y, FieldColumn.valueX - FieldColumn.labelX, LineHeight, label);
+        QLabel* value = m_group->addLabel(FieldColumn.valueX, y, end - FieldColumn.valueX, LineHeight, QString());
         value->setObjectName(name);
         value->setTextFormat(Qt::PlainText);
-        applySheet(value, DYN_VALUE_STYLE);
+        applySheet(value, DYN_VALUE_STYLE2);
         return value;
     };
-    m_hardwareAddress = readout(RightColumn, 2, QStringLiteral("MAC Address"), QStringLiteral("lanHardwareAddress"),
-                                RightColumn.valueWidth);
-    // A host name may have 64 characters: it gets a line of its own.
-    m_hostName = readout(LeftColumn, 3, QStringLiteral("Host Name"), QStringLiteral("lanHostName"),
-                         m_group->width() - LeftColumn.valueX - LeftColumn.labelX);
+    m_hardwareAddress = readout(ReadoutTop, QStringLiteral("MAC Address"), QStringLiteral("lanHardwareAddress"), HeldX);
+    m_cable = m_group->addLabel(HeldX, ReadoutTop, m_group->width() - HeldX - 24, LineHeight, QString());
+    m_cable->setObjectName(QStringLiteral("lanCable"));
+    m_hostName = readout(ReadoutTop + LineHeight, QStringLiteral("Host Name"), QStringLiteral("lanHostName"),
+                         m_group->width() - FieldColumn.labelX);
+}
+
+/// A host name may have 64 characters: it then begins right behind its label.
+void ethScreen::showHostName(const QString& name) {
+    const int end = m_group->width() - FieldColumn.labelX;
+    const QFontMetrics metrics = m_hostName->fontMetrics();
+    const int wanted = metrics.horizontalAdvance(name) + 1;
+    const int nearest = FieldColumn.labelX + metrics.horizontalAdvance(QStringLiteral("Host Name")) + 2 * Style::Gap;
+    const int x = qBound(nearest, end - wanted, FieldColumn.valueX);
+    m_hostName->setGeometry(x, m_hostName->y(), end - x, LineHeight);
+    m_hostName->setText(metrics.elidedText(name, Qt::ElideMiddle, end - x));
 }
 
 void ethScreen::buildButtons() {
-    int x = m_group->width() - LeftColumn.labelX - ButtonWidth;
-    const auto button = [this, &x](const QString& text, const QString& name) {
-        QPushButton* made = makeButton(m_group, text, name);
-        made->setGeometry(x, ButtonTop, ButtonWidth, Style::ButtonHeight);
-        x -= ButtonWidth + Style::Gap;
+    QPushButton* back =
+        ActionColumn::addButton(m_page, 0, LineIcon::Back, QStringLiteral("Back"), QStringLiteral("lanBack"));
+    connect(back, &QPushButton::clicked, this, &ethScreen::back);
+    const auto button = [this](int place, const QString& text, const QString& name) {
+        QPushButton* made = makeButton(m_page, text, name);
+        made->setGeometry(ActionColumn::place(place));
         return made;
     };
-    connect(button(QStringLiteral("Back"), QStringLiteral("lanBack")), &QPushButton::clicked, this, &ethScreen::back);
-    x = LeftColumn.valueX;
-    m_apply = button(QStringLiteral("Applay Changes"), QStringLiteral("lanApply"));
-    x = LeftColumn.valueX + ButtonWidth + Style::Gap;
-    m_cancel = button(QStringLiteral("Cancel"), QStringLiteral("lanCancel"));
+    m_apply = button(ApplyPlace, QStringLiteral("Applay Changes"), QStringLiteral("lanApply"));
+    m_cancel = button(CancelPlace, QStringLiteral("Cancel"), QStringLiteral("lanCancel"));
+    m_changes = new QLabel(m_page);
+    m_changes->setObjectName(QStringLiteral("lanChanges"));
+    m_changes->setGeometry(ActionColumn::place(ApplyPlace).translated(0, -64));
+    m_changes->setAlignment(Qt::AlignCenter);
+    m_changes->setStyleSheet(DYN_VALUE_STYLE2);
     connect(m_apply, &QPushButton::clicked, this,
             [this] { ActionGate::panel().ask(m_apply, [this, wanted = wantedNow()] { applyChanges(wanted); }); });
     connect(m_cancel, &QPushButton::clicked, this, &ethScreen::onCancelChangesBnClicked);
@@ -234,7 +263,10 @@ void ethScreen::getSysteminfo() {
         m_current[Mask] = address.mask;
     }
     m_hardwareAddress->setText(hardwareAddress);
-    m_hostName->setText(m_found.hostName);
+    m_cable->setText(own.interface == nullptr ? QString()
+                     : own.interface->carrier ? QStringLiteral("Cable connected")
+                                              : QStringLiteral("No cable"));
+    showHostName(m_found.hostName);
     readModule();
     showRows();
 }
@@ -249,7 +281,16 @@ void ethScreen::showRows() {
         const auto field = static_cast<Field>(i);
         if (!m_edits[field]->isEditing())
             m_edits[field]->setText(shown(field));
+        // What is pending differs from what is in use by a bar, an edge and weight, not by colour alone.
+        const bool pending = m_pending[field].has_value();
+        applySheet(m_edits[field], pending ? WIDGET_EDIT_PENDING_STYLE : WIDGET_EDIT_STYLE);
+        applySheet(m_labels[field], pending ? WIDGET_LBL_BOLD_STYLE : WIDGET_LBL_STYLE);
+        m_marks[field]->setVisible(pending);
+        applySheet(m_held[field], pending ? WIDGET_LBL_BRIGHT_STYLE : WIDGET_LBL_STYLE);
+        m_held[field]->setText(m_current[field]);
     }
+    applySheet(m_heldDhcp, m_pendingDhcp ? WIDGET_LBL_BRIGHT_STYLE : WIDGET_LBL_STYLE);
+    m_heldDhcp->setText(m_currentDhcp ? QStringLiteral("Dynamic") : QStringLiteral("Static IP"));
     m_dhcp->choose(isDynamic() ? Dynamic : Static);
     updateApplyCancel();
 }
@@ -257,6 +298,13 @@ void ethScreen::showRows() {
 void ethScreen::updateApplyCancel() {
     m_apply->setEnabled(hasEdits());
     m_cancel->setEnabled(hasEdits());
+    applySheet(m_apply, hasEdits() ? PUSH_BN_SEL_STYLE : PUSH_BN_STYLE);
+    const auto changes =
+        std::count_if(m_pending.begin(), m_pending.end(), [](const auto& edit) { return edit.has_value(); }) +
+        (m_pendingDhcp ? 1 : 0);
+    m_changes->setText(changes == 0   ? QString()
+                       : changes == 1 ? QStringLiteral("1 change pending")
+                                      : QStringLiteral("%1 changes pending").arg(changes));
 }
 
 void ethScreen::dropEdits() {

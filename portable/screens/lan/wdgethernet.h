@@ -85,6 +85,8 @@ private:
 
     void buildFields();
     void buildReadouts();
+    QLabel* addHeld(int y, const QString& name);
+    void showHostName(const QString& name);
     void buildButtons();
     void onEntered(Field field);
     QString shown(Field field) const { return m_pending[field].value_or(m_current[field]); }
@@ -108,6 +110,12 @@ private:
     PageGroup* m_group;
     std::array<ValueEdit*, FieldCount> m_edits{};
     ChoiceGroup* m_dhcp = nullptr;
+    std::array<QLabel*, FieldCount> m_labels{};
+    std::array<QLabel*, FieldCount> m_held{};   ///< what is in use, beside what would be applied
+    std::array<QWidget*, FieldCount> m_marks{}; ///< bars before the rows that are pending
+    QLabel* m_heldDhcp = nullptr;
+    QLabel* m_changes = nullptr;
+    QLabel* m_cable = nullptr;
     QLabel* m_hardwareAddress = nullptr;
     QLabel* m_hostName = nullptr;
     QPushButton* m_apply = nullptr;

@@ -1,17 +1,17 @@
 #include "portable/screens/lists/list_look.h"
 
+#include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
 namespace Kavor::HandheldGui {
 
 namespace {
-constexpr int HeaderHeight = 40;
 constexpr QRgb CurrentRow = 0xFF1B252E;
 } // namespace
 
 int listLookHeight(int rows) {
-    return HeaderHeight + rows * Style::TableRowHeight;
+    return TableHeaderHeight + rows * Style::TableRowHeight;
 }
 
 ListTableViewConfig listLook(int x, int y, int width, int rows, int firstColumnWidth) {
@@ -19,14 +19,18 @@ ListTableViewConfig listLook(int x, int y, int width, int rows, int firstColumnW
     config.geometry = QRect(x, y, width, listLookHeight(rows));
     config.rows = rows;
     config.firstColumnWidth = firstColumnWidth;
-    config.headerHeight = HeaderHeight;
-    config.tableStyle = LIST_STYLE;
+    config.headerHeight = TableHeaderHeight;
+    config.tableStyle = LIST_STYLE + QStringLiteral("QTableView { font-size: %1px; }").arg(Style::TextValue);
     config.text = QColor(Style::Text);
     config.quietText = QColor(Style::Label);
     config.wrongText = QColor(Style::WrongText);
     config.line = QColor(Style::PanelEdge);
     config.row = QColor(CurrentRow);
     config.accent = QColor(Style::Active);
+    config.button = QColor(Style::Raised);
+    config.edge = QColor(Style::Edge);
+    config.unitText = Style::TextLabel;
+    config.smallText = Style::TextLabel;
     return config;
 }
 

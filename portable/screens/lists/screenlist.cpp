@@ -7,10 +7,13 @@
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/combobox.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/widgets/vklineedit.h"
 #include "values/normalize.h"
 
+#include <QFontMetrics>
 #include <QLabel>
 #include <QPushButton>
 
@@ -18,13 +21,24 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int RunTypeX = 180;
-constexpr int DwellX = 412;
-constexpr PageGroup::Column FixedColumn{DwellX, 592, 252, 108};
+constexpr int RunTypeX = 192;
+constexpr int GroupGap = 12;
+constexpr int SideRoom = 24;
+constexpr int UnitWidth = 88;
+constexpr int RightMargin = 12;
 
-// Buttons as wide as their words: the row holds more than the grid's equal widths would let it.
-void placeButton(ChoiceGroup& group, int index, int x, int y, int width) {
-    group.button(index)->setGeometry(x, y, width, Style::ButtonHeight);
+/// Buttons side by side, each as wide as its word needs. Returns where the next one would begin.
+int placeButtons(ChoiceGroup& group, int x, int y) {
+    QFont font(QStringLiteral("Segoe UI"));
+    font.setPixelSize(Style::TextLabel);
+    font.setWeight(QFont::DemiBold); // the chosen one's
+    for (int i = 0; i < 2; ++i) {
+        QPushButton* button = group.button(i);
+        const int width = QFontMetrics(font).horizontalAdvance(button->text()) + 2 * SideRoom;
+        button->setGeometry(x, y, width, Style::ButtonHeight);
+        x += width + Style::Gap;
+    }
+    return x;
 }
 
 } // namespace
@@ -48,19 +62,18 @@ void listScreen::buildRunType() {
     m_runType = new ChoiceGroup(&settingsGroup(), PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                 {{QStringLiteral("List"), named("RunList"), QString()},
                                  {QStringLiteral("Selection"), named("RunSelection"), QString()}});
-    placeButton(*m_runType, List, RunTypeX, SettingsRow, 72);
-    placeButton(*m_runType, Selection, RunTypeX + 72 + Style::Gap, SettingsRow, 132);
+    m_dwellX = placeButtons(*m_runType, RunTypeX, SettingsRow) - Style::Gap + GroupGap;
     m_runType->choose(List);
     connect(m_runType, &ChoiceGroup::clicked, m_runType, &ChoiceGroup::choose);
 }
 
 void listScreen::buildDwell() {
-    addCaption(DwellX, QStringLiteral("Dwell time"));
+    addCaption(m_dwellX, QStringLiteral("Dwell time"));
     m_dwellMode = new ChoiceGroup(&settingsGroup(), PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                   {{QStringLiteral("Step"), named("DwellStep"), QString()},
                                    {QStringLiteral("Fixed"), named("DwellFixed"), QString()}});
-    placeButton(*m_dwellMode, Step, DwellX, SettingsRow, 76);
-    placeButton(*m_dwellMode, Fixed, DwellX + 76 + Style::Gap, SettingsRow, 80);
+    const int entryX = placeButtons(*m_dwellMode, m_dwellX, SettingsRow);
+    const int entryWidth = settingsGroup().width() - RightMargin - UnitWidth - Style::Gap - entryX;
     connect(m_dwellMode, &ChoiceGroup::clicked, this, [this](int index) { setDwellMode(DwellMode(index)); });
 
     ValueField field;
@@ -76,9 +89,12 @@ void listScreen::buildDwell() {
                    [this](double ns) {
                        return applyFixedDwell(ns);
                    }};
-    m_fixed = addValueField(settingsGroup(), host(), FixedColumn, SettingsRow,
+    m_fixed = addValueField(settingsGroup(), host(), {m_dwellX, entryX, entryWidth, UnitWidth}, SettingsRow,
                             {QString(), named("FixedDwell"), QStringLiteral("Dwell time")}, field);
     m_fixed.label->hide();
+    m_fixed.edit->setProperty("compact", true);
+    m_fixed.unit->setProperty("compact", true);
+    m_fixed.unit->setStyleSheet(WIDGET_COMBO_STYLE); // which reads the property
     m_fixed.entry->reload();
 }
 

@@ -45,6 +45,7 @@ private:
     ChoiceGroup* m_runType = nullptr;
     ChoiceGroup* m_dwellMode = nullptr;
     BoundField m_fixed;
+    int m_dwellX = 0;
     double m_fixedDwell = 0; ///< ns; the last one accepted
 };
 

@@ -6,6 +6,8 @@
 #include "portable/host/screentexts.h"
 #include "portable/screens/lists/list_edit.h"
 #include "portable/screens/lists/list_look.h"
+#include "portable/screens/lists/rowtools.h"
+#include "portable/widgets/actioncolumn.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/boxes.h"
 #include "portable/widgets/checkrow.h"
@@ -22,19 +24,18 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int GroupHeight = Style::PageHeight - 8;
-constexpr int ButtonsWidth = 240;
-constexpr int MainWidth = Style::WindowWidth - 2 * Style::PageMargin - Style::Gap - ButtonsWidth;
-constexpr int SettingsHeight = 108;
+constexpr int SettingsHeight = 116;
+constexpr int TitleHeight = 34;
 constexpr int TableRows = 5;
-constexpr int TableTop = 46;
 constexpr int TableInset = 16;
-constexpr int StepColumnWidth = 96;
-constexpr int NameX = 260;
-constexpr int CaptionHeight = 32;
+constexpr int TableWidth = RowTools::X - Style::Gap - TableInset;
+constexpr int StepColumnWidth = 88; ///< for five figures
+constexpr int NameX = 180;
+constexpr int NameGap = 12;
+constexpr int CaptionHeight = 34;
 
 QRect mainPlace(int y, int height) {
-    return {Style::PageMargin, y, MainWidth, height};
+    return {Style::PageMargin, y, ActionColumn::MainWidth, height};
 }
 
 } // namespace
@@ -43,7 +44,7 @@ StepListScreen::StepListScreen(QWidget* parent, std::vector<STATE> states, const
     : IGuiScreen(parent, std::move(states)), m_kind(kind), m_page(makePage(QString::fromLatin1(kind.pageName))) {
     buildTable();
     buildSettings();
-    m_filesGroup = new PageGroup(m_page, QString::fromLatin1(kind.filesCaption), mainPlace(0, GroupHeight));
+    m_filesGroup = new PageGroup(m_page, QString(), mainPlace(0, ActionColumn::Height));
     m_files = new ListFilesView(host(), kind, *m_filesGroup, [this]() -> IListConfig& { return list(); });
     connect(m_files, &ListFilesView::cancelled, this, &StepListScreen::onCancel);
     connect(m_files, &ListFilesView::saved, this, [this](const QString& name) {
@@ -69,15 +70,24 @@ QString StepListScreen::named(const char* part) const {
 void StepListScreen::buildTable() {
     // Below the settings, so that a toast about an entry does not cover it.
     constexpr int Top = SettingsHeight + Style::Gap;
-    m_tableGroup = new PageGroup(m_page, QString::fromLatin1(m_kind.editCaption), mainPlace(Top, GroupHeight - Top));
-    m_name = m_tableGroup->addLabel(NameX, 8, MainWidth - NameX - 24, 36, QString());
+    m_tableGroup = new PageGroup(m_page, QString(), mainPlace(Top, ActionColumn::Height - Top));
+    QLabel* title = m_tableGroup->addLabel(PageGroup::Left.labelX, 0, NameX - NameGap - PageGroup::Left.labelX,
+                                           TitleHeight, QString::fromLatin1(m_kind.editCaption));
+    applySheet(title, WIDGET_LBL_BOLD_STYLE);
+    m_name = m_tableGroup->addLabel(NameX, 0, 10, TitleHeight, QString());
     m_name->setObjectName(named("Name"));
-    m_name->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_name->setTextFormat(Qt::PlainText);
+    m_unsaved = m_tableGroup->addLabel(NameX, 0, TitleHeight, TitleHeight, QString(QChar(0x25CF)));
+    m_unsaved->setObjectName(named("Unsaved"));
+    applySheet(m_unsaved, WIDGET_LBL_STYLE + QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Active)));
     m_table = new ListTable(m_tableGroup);
     m_table->setObjectName(named("Table"));
-    m_table->applyViewConfig(listLook(TableInset, TableTop, MainWidth - 2 * TableInset, TableRows, StepColumnWidth));
+    ListTableViewConfig look = listLook(TableInset, TitleHeight, TableWidth, TableRows, StepColumnWidth);
+    look.verticalScrollBar = false; // it stands beside the tools
+    m_table->applyViewConfig(look);
     Swipe::install(*m_table);
+    m_tools = new RowTools(host(), *m_tableGroup, *m_table, QString::fromLatin1(m_kind.prefix),
+                           [this](bool done, const QString& error) { afterChange(done, error); });
     connect(m_table, &ListTable::editRequested, this, &StepListScreen::onEditRequested);
 }
 
@@ -91,22 +101,15 @@ void StepListScreen::buildSettings() {
 }
 
 void StepListScreen::addCaption(int x, const QString& text) {
-    QLabel* caption = m_settings->addLabel(x, 4, 10, CaptionHeight, text);
+    QLabel* caption = m_settings->addLabel(x, 0, 10, CaptionHeight, text);
     applySheet(caption, WIDGET_LBL_BOLD_STYLE);
     caption->resize(caption->sizeHint().width(), CaptionHeight);
 }
 
 void StepListScreen::buildButtons() {
-    auto* group = new PageGroup(
-        m_page, QString(), QRect(Style::WindowWidth - Style::PageMargin - ButtonsWidth, 0, ButtonsWidth, GroupHeight));
-    const auto add = [&](const char* text, const char* name, int place, const std::function<void()>& pressed,
-                         bool gated = false) {
-        auto* button = new QPushButton(QString::fromLatin1(text), group);
-        button->setObjectName(named(name));
-        button->setGeometry(16, 16 + place * (Style::ButtonHeight + Style::Gap), ButtonsWidth - 32,
-                            Style::ButtonHeight);
-        button->setFocusPolicy(Qt::NoFocus);
-        button->setStyleSheet(PUSH_BN_STYLE);
+    const auto add = [&](LineIcon icon, const char* text, const char* name, int place,
+                         const std::function<void()>& pressed, bool gated = false) {
+        QPushButton* button = ActionColumn::addButton(m_page, place, icon, QString::fromLatin1(text), named(name));
         connect(button, &QPushButton::clicked, this,
                 [button, pressed, gated] { gated ? ActionGate::panel().ask(button, pressed) : pressed(); });
         return button;
@@ -116,17 +119,18 @@ void StepListScreen::buildButtons() {
             onFiles(mode);
         };
     };
-    m_tableButtons = {add("Add Step", "Add", 0, [this] { onAddStep(); }),
-                      add("Delete Step", "DeleteStep", 1, [this] { onDeleteStep(); }),
-                      add(
-                          m_kind.newLabel, "New", 2, [this] { onNew(); }, m_kind.newQuestion != nullptr),
-                      add(
-                          "Upload", "Upload", 3, [this] { onUpload(); }, true),
-                      add(m_kind.loadLabel, "Load", 4, files(ListFileMode::Load)),
-                      add(m_kind.saveLabel, "Save", 5, files(ListFileMode::Save)),
-                      add(m_kind.deleteLabel, "Delete", 6, files(ListFileMode::Delete))};
+    m_tableButtons = {
+        add(LineIcon::Plus, "Add Step", "Add", 0, [this] { onAddStep(); }),
+        add(LineIcon::Minus, "Delete Step", "DeleteStep", 1, [this] { onDeleteStep(); }),
+        add(
+            LineIcon::Page, m_kind.newLabel, "New", 2, [this] { onNew(); }, m_kind.newQuestion != nullptr),
+        add(
+            LineIcon::Upload, "Upload", "Upload", 3, [this] { onUpload(); }, true),
+        add(LineIcon::Folder, m_kind.loadLabel, "Load", 4, files(ListFileMode::Load)),
+        add(LineIcon::Save, m_kind.saveLabel, "Save", 5, files(ListFileMode::Save)),
+        add(LineIcon::Bin, m_kind.deleteLabel, "Delete", 6, files(ListFileMode::Delete))};
     m_upload = m_tableButtons[3];
-    m_cancel = add("Cancel", "Cancel", 0, [this] { onCancel(); });
+    m_cancel = add(LineIcon::Back, "Cancel", "Cancel", 0, [this] { onCancel(); });
 }
 
 void StepListScreen::update_static_controls(STATE state) {
@@ -134,6 +138,8 @@ void StepListScreen::update_static_controls(STATE state) {
         return;
     m_subState = state;
     const bool files = state == m_kind.filesState;
+    if (!files)
+        m_files->leave();
     m_tableGroup->setVisible(!files);
     m_settings->setVisible(!files);
     for (QPushButton* button : m_tableButtons)
@@ -156,6 +162,7 @@ void StepListScreen::show() {
 }
 
 void StepListScreen::hide() {
+    m_files->leave();
     m_page->hide();
 }
 
@@ -179,11 +186,14 @@ void StepListScreen::showList() {
 void StepListScreen::showOrigin() {
     const Origin& origin = m_origins[handler().currentChannel()];
     const quint64 steps = list().fingerprint();
-    const QString mark = origin.file.isEmpty() || origin.kept == steps ? QString() : QStringLiteral(" *");
     const QFontMetrics metrics = m_name->fontMetrics();
-    const int room = m_name->width() - metrics.horizontalAdvance(mark);
-    m_name->setText(metrics.elidedText(origin.file, Qt::ElideMiddle, room) + mark);
-    applySheet(m_upload, origin.given == steps ? PUSH_BN_STYLE : PUSH_BN_SEL_STYLE);
+    const QString name = metrics.elidedText(origin.file, Qt::ElideMiddle, RowTools::X - NameX - 2 * TitleHeight);
+    m_name->setText(name);
+    m_name->resize(m_name->sizeHint().width(), TitleHeight);
+    m_unsaved->move(NameX + m_name->width() + (name.isEmpty() ? 0 : NameGap), 0);
+    m_unsaved->setVisible(!origin.file.isEmpty() && origin.kept != steps);
+    m_tools->refresh();
+    ActionColumn::setLit(m_upload, LineIcon::Upload, origin.given != steps);
 }
 
 void StepListScreen::takeName(const QString& name) {

@@ -15,6 +15,7 @@ namespace Kavor::HandheldGui {
 
 class EnableBox;
 class PageGroup;
+class RowTools;
 
 /// What the list screen and the pattern screen are: a page with the table of steps, the settings and the buttons, and
 /// a page with the saved files. Each channel has a list of its own. GUI thread.
@@ -60,7 +61,7 @@ protected:
     bool isEnabled() const; ///< on the module
     QString named(const char* part) const;
 
-    static constexpr int SettingsRow = 38; ///< top of the controls of the settings group
+    static constexpr int SettingsRow = 36; ///< top of the controls of the settings group
 
 private:
     void buildTable();
@@ -85,6 +86,8 @@ private:
     ListFilesView* m_files = nullptr;
     EnableBox* m_enable = nullptr;
     QLabel* m_name = nullptr;
+    QLabel* m_unsaved = nullptr; ///< the mark of a list that differs from its file
+    RowTools* m_tools = nullptr;
     std::vector<QPushButton*> m_tableButtons;
     QPushButton* m_upload = nullptr;
     QPushButton* m_cancel = nullptr;

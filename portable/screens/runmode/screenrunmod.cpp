@@ -5,11 +5,16 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPushButton>
+#include <cmath>
 
 namespace Kavor::HandheldGui {
 
@@ -31,11 +36,55 @@ enum AdvanceButton { Once, Step };
 enum SlopeButton { Positive, Negative };
 enum RunModeButton { Continuous, Triggered };
 
-constexpr PageGroup::Column EntryColumn{660, 836, 236, 128};
-constexpr int ChoiceX = 228;
-constexpr int ChoiceWidth = 130;
-constexpr int FirstRow = 60;
-constexpr int RowPitch = 88;
+constexpr PageGroup::Column EntryColumn{704, 888, 192, 116};
+constexpr PageGroup::Column CountColumn{704, 888, 320, 0};
+constexpr int ChoiceX = 240;
+constexpr int ChoicesWidth = 432;
+constexpr int CardTop = 46;
+constexpr int CardWidth = 478;
+constexpr int CardHeight = 148;
+constexpr int TallCardHeight = Style::ContentHeight - CardTop - Style::Gap; ///< with nothing below them
+constexpr int GroupHeight = 206;
+constexpr int FirstRow = 44;
+
+QPixmap waveBefore(const QPainterPath& before, qreal waveX, int waves, qreal end, QRgb colour) {
+    constexpr QSize Size(200, 64);
+    constexpr qreal Period = 36;
+    constexpr qreal Height = 23;
+    QPainterPath path = before;
+    const qreal middle = Size.height() / 2.0;
+    path.moveTo(waveX, middle);
+    for (qreal x = 0; x <= waves * Period; x += 1)
+        path.lineTo(waveX + x, middle - Height * std::sin(x / Period * 2 * M_PI));
+    path.lineTo(end, middle);
+    QPixmap pixmap(Size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(colour), 2.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPath(path);
+    return pixmap;
+}
+
+/// A wave that never ends.
+QPixmap continuousPicture(QRgb colour) {
+    return withGap(waveBefore(QPainterPath(), 4, 5, 184, colour));
+}
+
+/// An edge, and a wave that it sets off.
+QPixmap triggerPicture(QRgb colour) {
+    QPainterPath edge;
+    edge.moveTo(12, 54);
+    edge.lineTo(32, 54);
+    edge.lineTo(32, 10);
+    edge.lineTo(44, 10);
+    edge.moveTo(25, 38);
+    edge.lineTo(32, 28);
+    edge.lineTo(39, 38);
+    edge.moveTo(46, 32);
+    edge.lineTo(60, 32);
+    return withGap(waveBefore(edge, 60, 2, 160, colour));
+}
 
 } // namespace
 
@@ -56,7 +105,8 @@ const runmodeScreen::WordChoice& runmodeScreen::wordChoice(Parameter parameter) 
          &EventHandler::setCachedTriggerAdvance,
          &EventHandler::setTRGadv},
         {"Trigger Slope:",
-         {{"Positive", "slopePositive", ""}, {"Negative", "slopeNegative", ""}},
+         {{"Positive", "slopePositive", "", pictureOf(LineIcon::EdgeRising)},
+          {"Negative", "slopeNegative", "", pictureOf(LineIcon::EdgeFalling)}},
          {TriggerEdgeToString[0], TriggerEdgeToString[1]},
          -1,
          &ChannelRecord::triggerEdge,
@@ -73,14 +123,17 @@ runmodeScreen::runmodeScreen(QWidget* parent, std::vector<STATE> states)
 }
 
 void runmodeScreen::buildRunMode() {
-    const int width = Style::WindowWidth - 2 * Style::PageMargin;
-    auto* group = new PageGroup(m_page, QStringLiteral("Run mode Settings"), QRect(Style::PageMargin, 0, width, 136));
-    group->addLabel(PageGroup::Left.labelX, 52, ChoiceX - PageGroup::Left.labelX, Style::ButtonHeight,
-                    QStringLiteral("Run Mode:"));
-    m_runMode = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
-                                {{QStringLiteral("Continous"), QStringLiteral("runContinuous"), QString()},
-                                 {QStringLiteral("Trigger"), QStringLiteral("runTrigger"), QString()}});
-    m_runMode->place(ChoiceX, 52, 201, Style::ButtonHeight);
+    m_runModeGroup = new PageGroup(m_page, QStringLiteral("Run mode Settings"),
+                                   QRect(Style::PageMargin, 0, Style::ContentWidth, GroupHeight));
+    m_runModeLabel = m_runModeGroup->addLabel(PageGroup::Left.labelX, CardTop, ChoiceX - PageGroup::Left.labelX,
+                                              CardHeight, QStringLiteral("Run Mode:"));
+    m_runMode =
+        new ChoiceGroup(m_runModeGroup, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
+                        {{QStringLiteral("Continous"), QStringLiteral("runContinuous"), QString(), continuousPicture},
+                         {QStringLiteral("Trigger"), QStringLiteral("runTrigger"), QString(), triggerPicture}});
+    for (const int index : {Continuous, Triggered})
+        m_runMode->button(index)->setProperty("card", true);
+    m_runMode->place(ChoiceX, CardTop, CardWidth, CardHeight);
     connect(m_runMode, &ChoiceGroup::asked, this, [this](int index) {
         if (index == Continuous)
             onContButton();
@@ -90,34 +143,35 @@ void runmodeScreen::buildRunMode() {
 }
 
 void runmodeScreen::buildParameters() {
-    const int width = Style::WindowWidth - 2 * Style::PageMargin;
+    constexpr int top = GroupHeight + Style::Gap;
     m_parameters = new PageGroup(m_page, QStringLiteral("Trigger Parameters"),
-                                 QRect(Style::PageMargin, 146, width, Style::PageHeight - 154));
+                                 QRect(Style::PageMargin, top, Style::ContentWidth, Style::ContentHeight - top));
     for (int i = 0; i < ParameterCount; ++i) {
         const auto parameter = static_cast<Parameter>(i);
         const WordChoice& choice = wordChoice(parameter);
-        const int y = FirstRow + i * RowPitch;
+        const int y = FirstRow + i * Style::RowPitch;
         m_parameters->addLabel(PageGroup::Left.labelX, y, ChoiceX - PageGroup::Left.labelX, Style::ButtonHeight,
                                QString::fromLatin1(choice.label));
         m_choices[i] =
             new ChoiceGroup(m_parameters, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, choice.buttons);
-        m_choices[i]->place(ChoiceX, y, ChoiceWidth, Style::ButtonHeight);
+        const int count = static_cast<int>(choice.buttons.size());
+        m_choices[i]->place(ChoiceX, y, (ChoicesWidth - (count - 1) * Style::Gap) / count, Style::ButtonHeight);
         connect(m_choices[i], &ChoiceGroup::asked, this,
                 [this, parameter](int index) { chooseWord(parameter, index); });
     }
 
     const auto timeEntry = [this](int row, const char* label, const char* name, const char* title, DeviceValueId id) {
-        return addValueField(*m_parameters, host(), EntryColumn, FirstRow + row * RowPitch,
+        return addValueField(*m_parameters, host(), EntryColumn, FirstRow + row * Style::RowPitch,
                              {QString::fromLatin1(label), QString::fromLatin1(name), QString::fromLatin1(title)},
                              ValueField{ValueField::Kind::Time, ValueModel::device(handler(), id)});
     };
-    m_delay = timeEntry(0, "Trigger Delay:", "trigDelay", "Trigger Delay", DeviceValueId::TriggerDelay);
-    m_timer = timeEntry(1, "Trigger Timer:", "trigTimer", "Trigger Timer time", DeviceValueId::TriggerTimer);
+    m_delay = timeEntry(2, "Trigger Delay:", "trigDelay", "Trigger Delay", DeviceValueId::TriggerDelay);
+    m_timer = timeEntry(0, "Trigger Timer:", "trigTimer", "Trigger Timer time", DeviceValueId::TriggerTimer);
     ValueField count{ValueField::Kind::Number, ValueModel::device(handler(), DeviceValueId::TriggerCount)};
     count.whole = true;
     count.rangeText = QStringLiteral("Range %1 to %2");
     m_count = addValueField(
-        *m_parameters, host(), EntryColumn, FirstRow + 2 * RowPitch,
+        *m_parameters, host(), CountColumn, FirstRow + Style::RowPitch,
         {QStringLiteral("Once Count:"), QStringLiteral("trigCount"), QStringLiteral("Trigger Count")}, count);
 }
 
@@ -132,7 +186,12 @@ void runmodeScreen::chooseRunMode(bool continuous) {
 
 void runmodeScreen::showRunMode(bool continuous) {
     m_runMode->choose(continuous ? Continuous : Triggered);
+    // Without triggers there is nothing below the cards: they take the room.
+    const int height = continuous ? TallCardHeight : CardHeight;
     m_parameters->setVisible(!continuous);
+    m_runModeGroup->resize(Style::ContentWidth, continuous ? Style::ContentHeight : GroupHeight);
+    m_runModeLabel->resize(m_runModeLabel->width(), height);
+    m_runMode->place(ChoiceX, CardTop, CardWidth, height);
     host().SetManualBnEnable(!continuous);
     showRows();
 }

@@ -61,6 +61,8 @@ private:
     std::optional<bool> m_continuousSeen; ///< the module's run mode that the status bar was last told
     PageGroup* m_parameters = nullptr;
     ChoiceGroup* m_runMode = nullptr;
+    PageGroup* m_runModeGroup = nullptr;
+    QLabel* m_runModeLabel = nullptr;
     ChoiceGroup* m_choices[ParameterCount] = {};
     BoundField m_delay;
     BoundField m_timer;

@@ -4,11 +4,13 @@
 #include "portable/fields/enablebox.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
+#include "portable/screens/sweep/sweepdrawing.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/checkrow.h"
 #include "portable/widgets/choicegroup.h"
 #include "portable/widgets/entry.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/vklineedit.h"
@@ -54,15 +56,17 @@ const SweepKind PowerSweep{modulation(PRSW_MOD_BIT),
 
 namespace {
 
-constexpr PageGroup::Column LeftColumn{24, 176, 260, 128};
-constexpr PageGroup::Column RightColumn{668, 808, 260, 128};
-constexpr int FirstRow = 24;
-constexpr int RowPitch = 88;
-constexpr int LockX = 588;
-constexpr int LockSize = 64;
+constexpr PageGroup::Column LeftColumn{24, 160, 264, 112};
+constexpr PageGroup::Column RightColumn{668, 812, 268, 116};
+constexpr int FirstRow = 16;
+constexpr int LockX = 564;
+constexpr int LockSize = Style::ButtonHeight;
+constexpr int DividerX = 652;
+constexpr int DirectionWidth = 192;
+constexpr int RowCount = 5;
 
 constexpr int rowTop(int row) {
-    return FirstRow + row * RowPitch;
+    return FirstRow + row * Style::RowPitch;
 }
 
 ValueLimits inNanoseconds(const ValueLimits& seconds) {
@@ -76,13 +80,17 @@ SweepPage::SweepPage(QWidget* parent, PanelHost& host, const SweepKind& kind, co
       m_host(host),
       m_handler(host.handler()),
       m_kind(kind),
-      m_group(new PageGroup(this, QString(), QRect(QPoint(0, 0), place.size()))) {
+      m_group(new PageGroup(this, QString(), QRect(QPoint(0, 0), place.size()))),
+      m_drawing(new SweepDrawing(parent)) {
     setGeometry(place);
     auto* box = new CheckRow(m_group, QStringLiteral("Enable:"), LeftColumn.valueX - LeftColumn.labelX);
     box->setObjectName(QString::fromLatin1(m_kind.prefix) + QStringLiteral("Enable"));
     box->move(LeftColumn.labelX, rowTop(0));
     m_enable = new EnableBox(m_host, box, m_kind.bit, QStringLiteral("sweepScreen::"), QString());
+    m_drawing->setObjectName(QString::fromLatin1(m_kind.prefix) + QStringLiteral("Drawing"));
+    m_group->addLine({DividerX, FirstRow, 1, rowTop(RowCount) - Style::Gap - FirstRow});
     buildEntries();
+    buildUnits();
     buildLocks();
     buildDirection();
     setStopIsEntered(true);
@@ -166,7 +174,28 @@ void SweepPage::buildEntries() {
         m_fields[StepSize].edit->setUnitNames({QStringLiteral("dB")});
 }
 
+/// A level has its unit beside it as text: there is none other to choose from.
+void SweepPage::buildUnits() {
+    const auto unit = [this](Entry entry, const PageGroup::Column& column, int row, const QString& text) {
+        if (!m_fields[entry].unit)
+            m_group->addLabel(column.valueX + column.valueWidth + Style::Gap + 2, rowTop(row), 64, Style::EntryHeight,
+                              text);
+    };
+    const QString dBm = QStringLiteral("dBm");
+    unit(Start, LeftColumn, 1, dBm);
+    unit(Stop, LeftColumn, 2, dBm);
+    unit(StepSize, LeftColumn, 3, QStringLiteral("dB"));
+    unit(Fixed, RightColumn, 3, dBm);
+}
+
 void SweepPage::buildLocks() {
+    // A bracket from the two rows that the locks couple.
+    const int unitEnd =
+        LeftColumn.valueX + LeftColumn.valueWidth + Style::Gap + (m_fields[Stop].unit ? LeftColumn.unitWidth : 68);
+    for (const int row : {2, 3})
+        m_group->addLine({unitEnd, rowTop(row) + LockSize / 2 - 1, LockX - unitEnd, 2});
+    m_group->addLine({LockX + LockSize / 2 - 1, rowTop(2) + LockSize, 2, Style::Gap});
+
     const auto lock = [this](const char* name, int row) {
         auto* button = new QPushButton(m_group);
         button->setObjectName(QString::fromLatin1(m_kind.prefix) + QString::fromLatin1(name));
@@ -185,16 +214,18 @@ void SweepPage::buildDirection() {
     m_group->addLabel(RightColumn.labelX, rowTop(0), RightColumn.valueX - RightColumn.labelX, Style::ButtonHeight,
                       QStringLiteral("Direction:"));
     const QString prefix = QString::fromLatin1(m_kind.prefix);
-    m_direction = new ChoiceGroup(m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
-                                  {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString()},
-                                   {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString()}});
-    m_direction->place(RightColumn.valueX, rowTop(0), 194, Style::ButtonHeight);
+    m_direction = new ChoiceGroup(
+        m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
+        {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString(), pictureOf(LineIcon::SweepUp)},
+         {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString(), pictureOf(LineIcon::SweepUpDown)}});
+    m_direction->place(RightColumn.valueX, rowTop(0), DirectionWidth, Style::ButtonHeight);
     connect(m_direction, &ChoiceGroup::asked, this, &SweepPage::chooseDirection);
 
     // Marks a planned function; nothing listens to it yet.
     auto* exportButton = new QPushButton(QStringLiteral("Export to List"), m_group);
     exportButton->setObjectName(prefix + QStringLiteral("Export"));
-    exportButton->setGeometry(RightColumn.valueX, rowTop(4), 400, Style::ButtonHeight);
+    exportButton->setGeometry(RightColumn.valueX, rowTop(4), 2 * DirectionWidth + Style::Gap, Style::ButtonHeight);
+    exportButton->setProperty("quiet", true);
     exportButton->setFocusPolicy(Qt::NoFocus);
     exportButton->setStyleSheet(PUSH_BN_STYLE);
     connect(exportButton, &QPushButton::clicked, this, &SweepPage::exportToList);
@@ -219,6 +250,21 @@ void SweepPage::reload() {
     const std::string word = recordText(m_handler.snapshot().*m_kind.direction);
     m_direction->choose(word == SweepDirectionToString[SweepDirection::upDown] ? SweepDirection::upDown
                                                                                : SweepDirection::normal);
+    showDrawing();
+}
+
+/// From what the module holds, so that it is the sweep that would run.
+void SweepPage::showDrawing() {
+    const SweepValues held = heldValues();
+    SweepDrawing::Sweep sweep;
+    sweep.start = held.start;
+    sweep.stop = held.stop;
+    sweep.steps = held.steps;
+    sweep.stepTime = held.stepTime;
+    sweep.isFrequency = m_kind.kind == ValueField::Kind::Frequency;
+    sweep.upDown = m_direction->chosen() == SweepDirection::upDown;
+    sweep.runs = m_handler.snapshot().*m_kind.running == 1;
+    m_drawing->showSweep(sweep);
 }
 
 void SweepPage::chooseDirection(int index) {

@@ -14,6 +14,7 @@ namespace Kavor::HandheldGui {
 class ChoiceGroup;
 class EnableBox;
 class PanelHost;
+class SweepDrawing;
 
 /// What the two sweeps differ in.
 struct SweepKind : Modulation {
@@ -54,6 +55,9 @@ public:
     ValueEntry& entry(Entry which) const { return *m_fields[which].entry; }
     EnableBox& enable() const { return *m_enable; }
 
+    /// What the page draws of its sweep, for the screen to place.
+    SweepDrawing& drawing() const { return *m_drawing; }
+
     /// Which of stop and step size the user enters; the other one is calculated and locked.
     void setStopIsEntered(bool stopIsEntered);
     bool stopIsEntered() const { return m_stopIsEntered; }
@@ -68,7 +72,9 @@ signals:
 private:
     void buildEntries();
     void buildLocks();
+    void buildUnits();
     void buildDirection();
+    void showDrawing();
     ValueField valueField(ValueField::Kind kind, const ValueModel& model) const;
     ValueModel plannedModel(SweepField field, const std::function<double()>& value,
                             const std::function<ValueLimits()>& limits);
@@ -89,6 +95,7 @@ private:
     QPushButton* m_stopLock = nullptr;
     QPushButton* m_sizeLock = nullptr;
     ChoiceGroup* m_direction = nullptr;
+    SweepDrawing* m_drawing;
     bool m_stopIsEntered = true;
     std::optional<double> m_size; ///< the step size that was entered
     SweepValues m_sizeBasis;      ///< what the module held after the last entry

@@ -8,6 +8,7 @@
 #include "portable/screens/system/listcfg.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -26,22 +27,25 @@ struct systemScreen::Button {
     const char* text;
     const char* name;
     void (systemScreen::*slot)();
-    bool asks = false; ///< opens a dialog
+    LineIcon sign;
+    bool asks = false;  ///< opens a dialog
+    bool leads = false; ///< to a page of its own
 };
 
 namespace {
 
-constexpr int LeftWidth = 404;
-constexpr int GroupGap = 10;
-constexpr int TitleHeight = 52;
+constexpr int LeftWidth = 416;
 constexpr int ButtonX = 24;
-constexpr int ButtonWidth = 172;
+constexpr int ButtonWidth = 178;
 constexpr int ButtonPitch = ButtonWidth + Style::Gap;
-constexpr int RowPitch = Style::ButtonHeight + Style::Gap;
-constexpr int StateHeight = 212;
-constexpr int ReferenceHeight = 136;
-constexpr int ValueX = 240;
-constexpr int ProtectionWidth = 340;
+constexpr int FirstRow = 46;
+constexpr int StateHeight = 216;
+constexpr int ReferenceHeight = 128;
+constexpr int ReferenceRow = 43;
+constexpr int EntriesTop = StateHeight + ReferenceHeight + 2 * Style::Gap;
+constexpr int EntriesRow = 16;
+constexpr int ValueX = 292;
+constexpr int ProtectionWidth = 330;
 constexpr double NoTemperature = 1000; ///< degrees; what is no less is no reading
 
 QString temperatureText(const ChannelRecord& record) {
@@ -79,6 +83,15 @@ systemScreen::~systemScreen() = default;
 QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const Button& button) {
     QPushButton* made = makeButton(group, QString::fromLatin1(button.text), QString::fromLatin1(button.name));
     made->setGeometry(place);
+    made->setProperty("side", "left");
+    made->setIconSize(LineIconRoom);
+    made->setIcon(lineIcon(button.sign, Style::Text));
+    if (button.leads) {
+        auto* sign = new QLabel(made);
+        sign->setAttribute(Qt::WA_TransparentForMouseEvents);
+        sign->setPixmap(linePixmap(LineIcon::Forward, Style::Label));
+        sign->setGeometry(place.width() - LineIconSize - 8, 0, LineIconSize, place.height());
+    }
     connect(made, &QPushButton::clicked, this, [this, made, slot = button.slot, asks = button.asks] {
         asks ? ActionGate::panel().ask(made, [this, slot] { (this->*slot)(); }) : (this->*slot)();
     });
@@ -86,16 +99,16 @@ QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const
 }
 
 void systemScreen::buildState() {
-    static const Button buttons[] = {{"Store", "sysStore", &systemScreen::onStoreButton},
-                                     {"Recall", "sysRecall", &systemScreen::onRecallButton},
-                                     {"Preset", "sysPreset", &systemScreen::onPresetButton, true},
-                                     {"Erase", "sysErase", &systemScreen::onEraseButton}};
+    static const Button buttons[] = {{"Store", "sysStore", &systemScreen::onStoreButton, LineIcon::Save},
+                                     {"Recall", "sysRecall", &systemScreen::onRecallButton, LineIcon::Upload},
+                                     {"Preset", "sysPreset", &systemScreen::onPresetButton, LineIcon::Undo, true},
+                                     {"Erase", "sysErase", &systemScreen::onEraseButton, LineIcon::Bin}};
     auto* group =
         new PageGroup(m_page, QStringLiteral("Instrument State"), QRect(Style::PageMargin, 0, LeftWidth, StateHeight));
     int index = 0;
     for (const Button& button : buttons) {
         placeButton(group,
-                    QRect(ButtonX + index % 2 * ButtonPitch, TitleHeight + index / 2 * RowPitch, ButtonWidth,
+                    QRect(ButtonX + index % 2 * ButtonPitch, FirstRow + index / 2 * Style::RowPitch, ButtonWidth,
                           Style::ButtonHeight),
                     button);
         ++index;
@@ -104,31 +117,29 @@ void systemScreen::buildState() {
 
 void systemScreen::buildReference() {
     auto* group = new PageGroup(m_page, QStringLiteral("Reference Settings"),
-                                QRect(Style::PageMargin, StateHeight + GroupGap, LeftWidth, ReferenceHeight));
+                                QRect(Style::PageMargin, StateHeight + Style::Gap, LeftWidth, ReferenceHeight));
     std::vector<ChoiceGroup::Button> words;
     words.reserve(ReferenceOscillatorToString.size());
     for (const char* word : ReferenceOscillatorToString)
         words.push_back({QString::fromLatin1(word), QStringLiteral("reference") + QLatin1String(word), QString()});
     m_reference = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, words);
-    m_reference->place(ButtonX, TitleHeight, ButtonWidth, Style::ButtonHeight);
+    m_reference->place(ButtonX, ReferenceRow, ButtonWidth, Style::ButtonHeight);
     connect(m_reference, &ChoiceGroup::asked, this, &systemScreen::chooseReference);
 }
 
 void systemScreen::buildEntries() {
-    const int top = StateHeight + ReferenceHeight + 2 * GroupGap;
-    const QRect place(Style::PageMargin, top, LeftWidth, Style::PageHeight - 8 - top);
-    auto* group = new PageGroup(m_page, QString(), place);
-    const QRect first(ButtonX, (place.height() - RowPitch - Style::ButtonHeight) / 2, LeftWidth - 2 * ButtonX,
-                      Style::ButtonHeight);
-    placeButton(group, first, {"LAN settings", "sysLan", &systemScreen::onLanButton});
-    m_update =
-        placeButton(group, first.translated(0, RowPitch), {"Update SW", "sysUpdate", &systemScreen::onUpdButton});
+    auto* group = new PageGroup(m_page, QString(),
+                                QRect(Style::PageMargin, EntriesTop, LeftWidth, Style::ContentHeight - EntriesTop));
+    const QRect first(ButtonX, EntriesRow, LeftWidth - 2 * ButtonX, Style::ButtonHeight);
+    placeButton(group, first, {"LAN settings", "sysLan", &systemScreen::onLanButton, LineIcon::Network, false, true});
+    m_update = placeButton(group, first.translated(0, Style::RowPitch),
+                           {"Update SW", "sysUpdate", &systemScreen::onUpdButton, LineIcon::Upload, false, true});
     m_update->setEnabled(host().settings().updateEntry != nullptr);
 }
 
 void systemScreen::buildInformation() {
-    const int left = Style::PageMargin + LeftWidth + GroupGap;
-    const QRect place(left, 0, Style::WindowWidth - Style::PageMargin - left, Style::PageHeight - 8);
+    const int left = Style::PageMargin + LeftWidth + Style::Gap;
+    const QRect place(left, 0, Style::WindowWidth - Style::PageMargin - left, Style::ContentHeight);
     using R = ChannelRecord;
     m_information = new ReadoutGroup(
         m_page, QStringLiteral("System Information"), place, ValueX,
@@ -139,13 +150,16 @@ void systemScreen::buildInformation() {
          {QStringLiteral("FW/FPGA Version"), QStringLiteral("sysVersion"), textField(&R::firmwareVersion)},
          {QStringLiteral("Calibration Date"), QStringLiteral("sysCalibration"), textField(&R::calibrationDate)}});
     const int y = m_information->rowsEnd();
-    m_protection = m_information->addLabel(ButtonX, y, ProtectionWidth, ReadoutGroup::RowHeight, QString());
+    m_information->addLabel(ButtonX, y, LineIconSize, ReadoutGroup::RowHeight, QString())
+        ->setPixmap(linePixmap(LineIcon::Shield, Style::Label));
+    const int protectionX = ButtonX + LineIconSize + Style::Gap;
+    m_protection = m_information->addLabel(protectionX, y, ProtectionWidth, ReadoutGroup::RowHeight, QString());
     m_protection->setObjectName(QStringLiteral("sysBatteryProtection"));
-    const int emptyX = ButtonX + ProtectionWidth;
+    const int emptyX = protectionX + ProtectionWidth;
     m_empty = m_information->addLabel(emptyX, y, place.width() - emptyX - ButtonX, ReadoutGroup::RowHeight,
                                       QStringLiteral("Battery is Empty: module is OFF!"));
     m_empty->setObjectName(QStringLiteral("sysBatteryEmpty"));
-    m_empty->setStyleSheet(DYN_VALUE_STYLE + QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Wrong)));
+    m_empty->setStyleSheet(DYN_VALUE_STYLE2 + QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Wrong)));
     m_empty->hide();
 }
 
@@ -171,10 +185,10 @@ void systemScreen::buildSubPages() {
         return;
     m_packagePage = new ListPage(makePage(QStringLiteral("pagePackages")), QStringLiteral("Update Packages"),
                                  QStringLiteral("No update package found"), QStringLiteral("packagesBack"));
+    m_packagePage->setFooter(update->makeHistory(m_packagePage->group()));
     m_packagePage->setTable(update->makeList(m_packagePage->group(), host()));
     connect(update, &UpdateEntry::chosen, this, &systemScreen::onMsgLoadFWList);
     connect(update, &UpdateEntry::noteChanged, m_packagePage, &ListPage::setNote);
-    connect(update, &UpdateEntry::outcomeChanged, m_packagePage, &ListPage::setStatus);
     connect(m_packagePage, &ListPage::back, this, [this] { showSubPage(Main); });
 }
 

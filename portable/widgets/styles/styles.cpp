@@ -49,36 +49,46 @@ QString rule(const QString& selector, const QString& body) {
     return selector + QStringLiteral(" { ") + body + QStringLiteral(" }\n");
 }
 
+/// What the dynamic properties of a button change: "side" is "left" for words behind a sign, "card" is set on one that
+/// fills a page with its picture, "quiet" leaves an outline only.
+QString buttonVariants() {
+    return rule(QStringLiteral("QPushButton[side=\"left\"]"), QStringLiteral("text-align: left; padding-left: 16px;")) +
+           rule(QStringLiteral("QPushButton[card=\"true\"]"), font(TextValue, true)) +
+           rule(QStringLiteral("QPushButton[quiet=\"true\"]"), colours(Label, Panel) + border(2, FaintEdge));
+}
+
 QString disabledButton(bool strong = false) {
     return rule(QStringLiteral("QPushButton:disabled"),
                 colours(Disabled, Panel) + border(2, PanelEdge) + (strong ? font(TextLabel, true) : QString()));
 }
 
-QString filledButton(QRgb text, QRgb fill, QRgb down, const QString& variant = QString()) {
+QString filledButton(QRgb text, QRgb fill, QRgb down, const QString& variant = QString(), int pixels = TextLabel) {
     const QString selector = QStringLiteral("QPushButton") + variant;
-    return rule(selector, colours(text, fill) + border(2, fill) + font(TextLabel, true)) +
+    return rule(selector, colours(text, fill) + border(2, fill) + font(pixels, true)) +
            rule(selector + QStringLiteral(":pressed"),
                 QStringLiteral("background-color: %1;").arg(css(down)) + border(2, Text) + Sunk);
 }
 
 QString raisedButton() {
-    return rule(QStringLiteral("QPushButton"), colours(Text, Raised) + border(2, FaintEdge) + font(TextLabel)) +
+    return rule(QStringLiteral("QPushButton"), colours(Text, Raised) + border(2, Edge) + font(TextLabel)) +
            rule(QStringLiteral("QPushButton:pressed"),
                 QStringLiteral("background-color: %1;").arg(css(RaisedDown)) + border(2, Active) + Sunk) +
-           disabledButton();
+           buttonVariants() + disabledButton();
 }
 
 QString chosenButton() {
     return filledButton(OnActive, Active, ActiveDown) +
-           filledButton(OnRfOn, RfOn, RfOnDown, QStringLiteral("[tone=\"rf\"]")) +
-           filledButton(OnNeutral, Neutral, Text, QStringLiteral("[tone=\"off\"]")) + disabledButton(true);
+           filledButton(OnRfOn, RfOn, RfOnDown, QStringLiteral("[tone=\"rf\"]"), TextOutput) +
+           filledButton(OnNeutral, Neutral, Text, QStringLiteral("[tone=\"off\"]")) +
+           filledButton(Label, RaisedDown, Raised, QStringLiteral("[tone=\"stale\"]")) + buttonVariants() +
+           disabledButton(true);
 }
 
 QString functionTab(bool pressed) {
     const QString edge = QStringLiteral("border: none; border-right: 1px solid %1; border-bottom: 4px solid %2;")
                              .arg(css(Ground), css(pressed ? Active : Panel));
     return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Panel) + edge +
-                                                   font(TextGroup, pressed) + QStringLiteral("padding-top: 4px;")) +
+                                                   font(TextLabel, pressed) + QStringLiteral("padding-top: 4px;")) +
            rule(QStringLiteral("QPushButton:pressed"),
                 colours(Text, RaisedDown) + QStringLiteral("border-bottom: 4px solid %1;").arg(css(Text)));
 }
@@ -86,9 +96,9 @@ QString functionTab(bool pressed) {
 QString pageTab(bool pressed, int pixels = TextLabel) {
     const QString edge = QStringLiteral("border: none; border-top: 4px solid %1; border-top-left-radius: %2px;"
                                         "border-top-right-radius: %2px;")
-                             .arg(css(pressed ? Active : Ground))
+                             .arg(css(pressed ? Active : Field))
                              .arg(Radius);
-    return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Ground) + edge +
+    return rule(QStringLiteral("QPushButton"), colours(pressed ? Text : Label, pressed ? Raised : Field) + edge +
                                                    font(pixels, pressed) + QStringLiteral("padding-bottom: 2px;")) +
            rule(QStringLiteral("QPushButton:pressed"),
                 colours(Text, RaisedDown) + QStringLiteral("border-top: 4px solid %1;").arg(css(Text))) +
@@ -105,21 +115,24 @@ QString label(int pixels, QRgb colour, bool strong = false) {
 QString edit(int pixels, QRgb text, QRgb background, QRgb edge, bool strong = false) {
     return rule(QStringLiteral("QLineEdit"),
                 colours(text, background) + border(2, edge) + font(pixels, strong) +
-                    QStringLiteral("padding: 0 16px; selection-background-color: %1; selection-color: %2;")
+                    QStringLiteral("padding: 0 12px; selection-background-color: %1; selection-color: %2;")
                         .arg(css(Active), css(OnActive))) +
+           rule(QStringLiteral("QLineEdit[compact=\"true\"]"), font(TextGroup) + QStringLiteral("padding: 0 6px;")) +
            rule(QStringLiteral("QLineEdit:disabled"),
                 colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge)));
 }
 
 QString combo(int pixels) {
     return rule(QStringLiteral("QComboBox"),
-                colours(Text, Field) + border(2, Edge) + font(pixels) + QStringLiteral("padding-left: 18px;")) +
+                colours(Text, Field) + border(2, Edge) + font(pixels) + QStringLiteral("padding-left: 12px;")) +
+           rule(QStringLiteral("QComboBox[compact=\"true\"]"), QStringLiteral("padding-left: 10px;")) +
            rule(QStringLiteral("QComboBox:on"), QStringLiteral("border-color: %1;").arg(css(Active))) +
            rule(QStringLiteral("QComboBox:disabled"),
                 colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge))) +
-           rule(QStringLiteral("QComboBox::drop-down"), QStringLiteral("border: none; width: 44px;")) +
+           rule(QStringLiteral("QComboBox::drop-down"), QStringLiteral("border: none; width: 40px;")) +
+           rule(QStringLiteral("QComboBox[compact=\"true\"]::drop-down"), QStringLiteral("width: 28px;")) +
            rule(QStringLiteral("QComboBox::down-arrow"),
-                QStringLiteral("image: url(:/down_arrow.png); width: 16px; height: 8px;")) +
+                QStringLiteral("image: url(:/down_arrow.png); width: 22px; height: 14px;")) +
            rule(QStringLiteral("QComboBox::down-arrow:disabled"),
                 QStringLiteral("image: url(:/down_arrow_disabled.png);"));
 }
@@ -147,7 +160,7 @@ QString table() {
                     QStringLiteral("border: none; gridline-color: %1; selection-background-color: %2;"
                                    "selection-color: %3; outline: none;")
                         .arg(css(PanelEdge), css(Field), css(Text)) +
-                    font(26)) +
+                    font(TextLabel)) +
            rule(QStringLiteral("QHeaderView::section"), colours(Label, Panel) +
                                                             QStringLiteral("border: none; border-bottom: 1px solid %1;"
                                                                            "padding-left: 16px;")
@@ -176,6 +189,10 @@ const QString STATUS_BAR_STYLE =
     rule(QStringLiteral("QStatusBar QLabel"),
          QStringLiteral("color: %1; background: transparent;").arg(css(Text)) + font(TextGroup));
 
+const QString STATUS_VALUE_STYLE = label(TextGroup, Text);
+const QString STATUS_RUNNING_STYLE = label(TextGroup, Active, true);
+const QString STATUS_STALE_STYLE = label(TextGroup, Disabled);
+
 const QString PRESSED_TAB_BTN_STYLE = pageTab(true);
 const QString UNPRESSED_TAB_BTN_STYLE = pageTab(false);
 const QString PRESSED_TAB_BTN_STYLE_SMALL = pageTab(true, TextGroup);
@@ -196,21 +213,22 @@ const QString BORDER_LBL_STYLE =
 const QString MOD_WIDGET_STYLE = QStringLiteral("background: transparent;");
 const QString WIDGET_LBL_STYLE = label(TextLabel, Label);
 const QString WIDGET_COMM_STYLE = label(TextGroup, Label);
-const QString WIDGET_LBL_BOLD_STYLE = label(TextGroup, Label, true);
+const QString WIDGET_LBL_BOLD_STYLE = label(TextLabel, Text, true);
+const QString WIDGET_LBL_BRIGHT_STYLE = label(TextLabel, Text);
 const QString DYN_LABEL_STYLE = label(TextLabel, Label);
-const QString DYN_VALUE_STYLE = label(TextLabel, Text, true);
+const QString DYN_VALUE_STYLE = label(TextValue, Text, true);
 const QString DYN_LABEL_STYLE2 = label(TextGroup, Label);
 const QString DYN_VALUE_STYLE2 = label(TextGroup, Text, true);
 const QString LINK_LOST_STYLE =
     rule(QStringLiteral("QLabel"), QStringLiteral("color: %1; background: %2;").arg(css(OnWrong), css(Wrong)) +
-                                       border(2, Wrong) + font(21, true));
+                                       border(2, Wrong) + font(TextLabel, true));
 
 const QString WIDGET_GROUP_STYLE = group(Panel, PanelEdge);
 const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER = group(Ground, Ground);
 const QString WIDGET_GROUP_STYLE_MISC = group(Ground, PanelEdge);
 
-const QString WIDGET_COMBO_STYLE = combo(TextValue);
-const QString WIDGET_COMBO_STYLE_BIG = combo(30);
+const QString WIDGET_COMBO_STYLE = combo(TextLabel);
+const QString WIDGET_COMBO_STYLE_BIG = combo(TextValue);
 const QString WIDGET_COMBO_LIST_STYLE =
     rule(QStringLiteral("QListView"),
          colours(Text, Panel) + border(2, Edge, 0) + font(TextValue) + QStringLiteral("outline: none;")) +
@@ -219,8 +237,11 @@ const QString WIDGET_COMBO_LIST_STYLE =
     rule(QStringLiteral("QListView::item:selected"), colours(OnActive, Active));
 const QString WIDGET_EDIT_STYLE = edit(TextValue, Text, Field, Edge);
 const QString WIDGET_EDIT_STYLE_RED = edit(TextValue, Wrong, Field, Wrong, true);
+const QString WIDGET_EDIT_PENDING_STYLE = edit(TextValue, Text, Field, Active, true);
 const QString WIDGET_EDIT_STYLE_GRAY = edit(TextValue, Label, Field, FaintEdge);
-const QString WIDGET_NO_EDIT_STYLE_GRAY = edit(TextValue, Disabled, Panel, PanelEdge);
+const QString WIDGET_NO_EDIT_STYLE_GRAY =
+    edit(TextValue, Label, Panel, FaintEdge) +
+    rule(QStringLiteral("QLineEdit:disabled"), colours(Label, Panel) + border(2, FaintEdge));
 const QString WIDGET_EDIT_LARGE_STYLE = edit(TextFrequency, Text, Field, Edge, true);
 const QString WIDGET_EDIT_LARGE_STYLE_RED = edit(TextFrequency, Wrong, Field, Wrong, true);
 

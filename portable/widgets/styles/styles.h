@@ -12,6 +12,9 @@ namespace Kavor::HandheldGui {
 extern const QString MAIN_WINDOW_STYLE;
 extern const QString CONTENT_BAR_STYLE;
 extern const QString STATUS_BAR_STYLE;
+extern const QString STATUS_VALUE_STYLE;
+extern const QString STATUS_RUNNING_STYLE; ///< what runs
+extern const QString STATUS_STALE_STYLE;   ///< the module cannot be reached
 
 // Tabs: the function row (2), the modulation tabs (3), and the plain and small ones.
 extern const QString PRESSED_TAB_BTN_STYLE;
@@ -22,8 +25,9 @@ extern const QString UNPRESSED_TAB_BTN_STYLE2;
 extern const QString PRESSED_TAB_BTN_STYLE3;
 extern const QString UNPRESSED_TAB_BTN_STYLE3;
 
+// Buttons read the dynamic properties "side" ("left": words behind a sign), "card" and "quiet" (an outline only).
 // Choices of two or three buttons. The pressed style reads the dynamic property "tone" of the button: "rf" is amber and
-// belongs to the RF output alone, "off" is neutral, anything else takes the accent.
+// belongs to the RF output alone, "off" is neutral, "stale" grey, anything else takes the accent.
 extern const QString PRESSED_MOD_BTN_STYLE;
 extern const QString UNPRESSED_MOD_BTN_STYLE;
 extern const QString PRESSED_WIDGET_BTN_STYLE;
@@ -36,6 +40,7 @@ extern const QString MOD_WIDGET_STYLE;
 extern const QString WIDGET_LBL_STYLE;
 extern const QString WIDGET_COMM_STYLE;
 extern const QString WIDGET_LBL_BOLD_STYLE;
+extern const QString WIDGET_LBL_BRIGHT_STYLE;
 extern const QString DYN_LABEL_STYLE;
 extern const QString DYN_VALUE_STYLE;
 extern const QString DYN_LABEL_STYLE2;
@@ -46,12 +51,14 @@ extern const QString WIDGET_GROUP_STYLE;
 extern const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER;
 extern const QString WIDGET_GROUP_STYLE_MISC;
 
+// The dynamic property "compact" of an entry or a unit box saves room at its sides, and in the entry's figures.
 extern const QString WIDGET_COMBO_STYLE;
 extern const QString WIDGET_COMBO_STYLE_BIG;
 extern const QString WIDGET_COMBO_LIST_STYLE; ///< the list of a combo box, rows to be touched
 extern const QString WIDGET_EDIT_STYLE;
 extern const QString WIDGET_EDIT_STYLE_RED; ///< the entry shows a value that is out of range
 extern const QString WIDGET_EDIT_STYLE_GRAY;
+extern const QString WIDGET_EDIT_PENDING_STYLE; ///< entered, and not applied yet
 extern const QString WIDGET_NO_EDIT_STYLE_GRAY; ///< a calculated value
 extern const QString WIDGET_EDIT_LARGE_STYLE;
 extern const QString WIDGET_EDIT_LARGE_STYLE_RED;

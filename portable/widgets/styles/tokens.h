@@ -32,26 +32,31 @@ constexpr QRgb Wrong = 0xFFFF6B61;
 constexpr QRgb WrongText = 0xFFFF8F87;
 constexpr QRgb OnWrong = 0xFF2B0805;
 
-constexpr int TextGroup = 22;
-constexpr int TextLabel = 24;
-constexpr int TextValue = 28;
-constexpr int TextFrequency = 42;
-constexpr int TextEntry = 50;
+constexpr int TextGroup = 24;  ///< header text, status bar, headings of tables
+constexpr int TextLabel = 26;  ///< labels, buttons, captions of groups
+constexpr int TextValue = 30;  ///< what an entry holds
+constexpr int TextOutput = 30; ///< "On" of a radiating RF output
+constexpr int TextFrequency = 54;
+constexpr int TextEntry = 54; ///< the entry on a keyboard
 
 constexpr int WindowWidth = 1280;
 constexpr int WindowHeight = 800;
 constexpr int HeaderRowHeight = 60;
-constexpr int HeaderLabelHeight = 48;
+constexpr int HeaderLabelHeight = 40;
 constexpr int ControlRowHeight = 87;
 constexpr int StatusBarHeight = 45;
 constexpr int PageTop = HeaderRowHeight + HeaderLabelHeight;
 constexpr int PageHeight = WindowHeight - PageTop - ControlRowHeight - StatusBarHeight;
+constexpr int ContentHeight = 552; ///< of what stands on a page, from its top
 constexpr int PageMargin = 24;
-constexpr int EntryHeight = 64;
-constexpr int ButtonHeight = 64;
-constexpr int FrequencyHeight = 80;
-constexpr int TableRowHeight = 68;
+constexpr int ContentWidth = WindowWidth - 2 * PageMargin;
+constexpr int EntryHeight = 72;
+constexpr int ButtonHeight = 72;
+constexpr int FrequencyHeight = 96;
+constexpr int TableRowHeight = 72;
 constexpr int Gap = 12;
+constexpr int RowPitch = EntryHeight + Gap;
+constexpr int CaptionHeight = 40; ///< of a group's caption, at its top
 constexpr int Radius = 8;
 
 /// The colour as a style sheet writes it.

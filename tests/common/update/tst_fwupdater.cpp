@@ -2,6 +2,7 @@
 #include "tests/support/testbase.h"
 
 #include <QCoreApplication>
+#include <QTimer>
 
 namespace {
 
@@ -65,6 +66,47 @@ private slots:
             QCOMPARE(board->counts().malformed, 0);
             QCOMPARE(board->counts().inits, begun ? 1 + std::min(faults.ignoredInits, 2) : 3);
         }
+    }
+
+    /// A board that falls silent among the data blocks is seen in its row while the same block goes on being sent.
+    void silentBoardIsSeen() {
+        FpgaRig rig;
+        QVERIFY(rig.start(2));
+        const QByteArray image = testImage(40 * 1024);
+        FpgaBoardStates last;
+        bool interrupted = false;
+        QTimer whenHalf;
+        connect(&whenHalf, &QTimer::timeout, this, [&] {
+            if (rig.boards[1]->image().size() < 10 * 1024)
+                return;
+            Faults deaf;
+            deaf.ignoredData = Faults::Always;
+            rig.boards[1]->setFaults(deaf);
+        });
+        whenHalf.start(0);
+        QStringList silent;
+        QString step;
+        onWorker([&] {
+            FpgaUpdater updater;
+            setImage(updater, image);
+            updater.setTargets(rig.addresses.constData(), rig.addresses.size(), rig.port);
+            updater.setSilentAfter(800);
+            updater.setBoardCallback([&](const FpgaBoardStates& states) {
+                last = states;
+                if (states[1].isSilent) {
+                    interrupted = true;
+                    QThread::currentThread()->requestInterruption();
+                }
+            });
+            interrupted = !updater.doTransfer(150, 5) && interrupted;
+            silent = updater.silentBoards();
+            step = updater.step();
+        });
+        QVERIFY(interrupted && last[0].phase == FpgaBoardState::Acknowledged && !last[0].isSilent);
+        QVERIFY(last[1].phase == FpgaBoardState::Waiting && last[1].quietMs < 1300 && last[1].percent < 100);
+        QCOMPARE(silent, QStringList(rig.addresses[1].toString()));
+        QVERIFY2(step.startsWith("Block ") && step.endsWith(" of 40"), qPrintable(step));
+        QVERIFY(rig.boards[0]->counts().repeated >= 3); // the same block, to all, every 150 ms
     }
 
     // Block numbers have 16 bits, and the first and the last are markers.

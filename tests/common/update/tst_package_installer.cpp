@@ -1,5 +1,6 @@
 #include "common/update/package_installer.h"
 #include "tests/common/update/tar_file.h"
+#include "tests/support/killed_process.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/testbase.h"
 
@@ -52,7 +53,7 @@ private slots:
             expectMessage("^fwThread::fwUpgrade " + failure);
         QTEST(install(), "code");
         QTEST(sudoed(), "commands");
-        QCOMPARE(unfinishedInstallation(m_settings), QString());
+        QCOMPARE(InstallationMarker(m_settings.markerFile).what(), QString());
     }
 
     // An installation that is cut off leaves its mark; a pipe in the archive does not make it wait for ever.
@@ -66,11 +67,40 @@ private slots:
         fwThread installer(m_manifest.get(), m_settings);
         installer.fwUpgrade();
         QCOMPARE(m_dir->contentOf("seen"), QByteArray("FW 2 1"));
-        QCOMPARE(installer.failedSteps(), 1); // before the reboot it is gone
-        QVERIFY(installer.firstFailure().contains("/pipe"));
+        QCOMPARE(installer.end().failedSteps, 1); // before the reboot it is gone
+        QVERIFY(installer.end().firstFailure.contains("/pipe"));
         m_dir->put("kavor/marker", "FW 2\n" + QByteArray(5000, 'x'));
-        QVERIFY(unfinishedInstallation(m_settings).startsWith("FW 2 xxx"));
-        QVERIFY(unfinishedInstallation(m_settings).size() < 300);
+        const QString what = InstallationMarker(m_settings.markerFile).what();
+        QVERIFY(what.startsWith("FW 2 xxx") && what.size() < 300);
+    }
+
+    /// The mark is there or not, never half, and a reboot that fails puts it back.
+    void markAtEverySystemCall() {
+        const InstallationMarker marker(m_settings.markerFile);
+        for (const bool sets : {true, false}) {
+            auto end = KilledProcess::End::Killed;
+            QMap<QString, int> found;
+            for (int stop = 1; end == KilledProcess::End::Killed; ++stop) {
+                QVERIFY(marker.set("FW 2.1") && (!sets || marker.clear()));
+                end = KilledProcess::runAndKill([&] { return sets ? marker.set("FW 2.1") : marker.clear(); }, stop);
+                if (end == KilledProcess::End::NotTraced)
+                    QSKIP("Processes may not be traced here.");
+                ++found[marker.what()];
+            }
+            QCOMPARE(found.keys(), (QStringList{"", "FW 2.1"}));
+            QVERIFY(end == KilledProcess::End::Done && marker.clear());
+        }
+        QCOMPARE(QDir(at("kavor")).entryList(QDir::Files | QDir::Hidden), QStringList());
+        m_dir->putProgram("bin/sudo", "#!/bin/sh\nexit 3\n");
+        QStringList ends;
+        m_settings.ending = [&](const InstallEnd& end) {
+            ends << end.failure + (marker.what().isEmpty() ? "" : "|marked");
+        };
+        useComponents({"file|action|sudo reboot"});
+        expectMessage("failed action command: sudo reboot$");
+        QCOMPARE(install(), -5);
+        QCOMPARE(ends, (QStringList{"|marked", "Step 1 of 1: sudo reboot|marked"}));
+        QVERIFY(marker.what().isEmpty());
     }
 
     void refusedNames() {
@@ -171,6 +201,7 @@ protected:
         qputenv("SUDO_LOG", QFile::encodeName(at("sudo.log")));
         m_dir->put("canary", "alive");
         m_dir->put("target/mine", "x");
+        m_settings = InstallSettings();
         m_settings.scratchFolder = at("scratch");
         m_settings.markerFile = at("kavor/marker");
         m_manifest = std::make_unique<MANIFEST_DATA>();

@@ -1,0 +1,108 @@
+#include "portable/update/package_row.h"
+
+#include "portable/update/marks.h"
+#include "portable/widgets/breakable.h"
+#include "portable/widgets/styles/tokens.h"
+
+#include <QAbstractItemView>
+#include <QPainter>
+
+namespace Kavor::HandheldGui {
+
+namespace {
+
+constexpr int PaddingX = 16;
+constexpr int PaddingY = 10;
+constexpr int MarkSide = 32;
+constexpr int FrameWidth = 3;
+constexpr int LongestWord = 1; ///< a text that is too wide may be broken behind every character
+
+QFont fontOf(int pixels, bool strong) {
+    QFont font(QStringLiteral("Segoe UI"));
+    font.setPixelSize(pixels);
+    font.setWeight(strong ? QFont::DemiBold : QFont::Normal);
+    return font;
+}
+
+QFont firstFont(const QModelIndex& index) {
+    const bool marked = index.data(PackageRowDelegate::MarkRole).isValid();
+    return fontOf(marked ? Style::TextLabel : Style::TextValue, index.data(PackageRowDelegate::Strong).toBool());
+}
+
+const QFont& secondFont() {
+    static const QFont font = fontOf(Style::TextLabel, false);
+    return font;
+}
+
+QRect textPlace(const QString& text, const QFont& font, int width) {
+    return QFontMetrics(font).boundingRect(QRect(0, 0, width, 1 << 20), Qt::TextWordWrap, text);
+}
+
+QColor colourOf(const QModelIndex& index) {
+    const QVariant mark = index.data(PackageRowDelegate::MarkRole);
+    if (mark.isValid() && mark.toInt() == static_cast<int>(Mark::ShieldCross))
+        return Style::WrongText;
+    const bool calm = mark.isValid() && mark.toInt() == static_cast<int>(Mark::ShieldDash);
+    return calm ? Style::Label : Style::Text;
+}
+
+/// Of the whole row, of which each cell paints its own part.
+void paintFrame(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    if (!view)
+        return;
+    const int last = index.model()->columnCount() - 1;
+    const QRect row = view->visualRect(index.siblingAtColumn(0)).united(view->visualRect(index.siblingAtColumn(last)));
+    const double inset = FrameWidth / 2.0;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(Style::Active), FrameWidth));
+    painter.setBrush(QColor(Style::Field));
+    painter.drawRoundedRect(QRectF(row).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
+}
+
+} // namespace
+
+QString PackageRowDelegate::fitted(const QString& text, int width, bool strong) {
+    const QFontMetrics metrics(fontOf(Style::TextValue, strong));
+    return metrics.horizontalAdvance(text) <= width - 2 * PaddingX ? text : breakable(text, LongestWord);
+}
+
+int PackageRowDelegate::heightOf(const QModelIndex& index, int width) {
+    const int room = width - 2 * PaddingX;
+    const QString second = index.data(SecondLine).toString();
+    int height = textPlace(index.data().toString(), firstFont(index), room).height();
+    if (!second.isEmpty())
+        height += textPlace(second, secondFont(), room).height();
+    return height + 2 * PaddingY;
+}
+
+void PackageRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const QRect cell = option.rect;
+    painter->save();
+    painter->setClipRect(cell);
+    if (option.state & QStyle::State_Selected)
+        paintFrame(*painter, option, index);
+    else
+        painter->fillRect(cell.left(), cell.bottom(), cell.width(), 1, QColor(Style::PanelEdge));
+    const QString text = index.data().toString();
+    const QString second = index.data(SecondLine).toString();
+    const QVariant mark = index.data(MarkRole);
+    QRect room = cell.adjusted(PaddingX, PaddingY, -PaddingX, -PaddingY);
+    painter->setPen(colourOf(index));
+    painter->setFont(firstFont(index));
+    if (mark.isValid()) {
+        const QRectF place(cell.left(), cell.center().y() - MarkSide / 2, MarkSide, MarkSide);
+        drawMark(*painter, static_cast<Mark>(mark.toInt()), place, colourOf(index));
+        room.setLeft(cell.left() + MarkSide + PaddingX / 2);
+        painter->drawText(room, Qt::AlignVCenter | Qt::TextWordWrap, text);
+    } else {
+        const int first = textPlace(text, firstFont(index), room.width()).height();
+        painter->drawText(room, Qt::AlignTop | Qt::TextWordWrap, text);
+        painter->setFont(secondFont());
+        painter->setPen(QColor(Style::Label));
+        painter->drawText(room.adjusted(0, first, 0, 0), Qt::AlignTop | Qt::TextWordWrap, second);
+    }
+    painter->restore();
+}
+
+} // namespace Kavor::HandheldGui
