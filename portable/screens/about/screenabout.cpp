@@ -21,7 +21,7 @@ namespace {
 
 constexpr int PictureWidth = 560;
 constexpr int GroupMargin = 16;
-constexpr int ValueX = 240;
+constexpr int ValueX = 256;
 constexpr int GroupHeight = Style::ContentHeight;
 const char SaveText[] = "Save diagnostics";
 
