@@ -44,11 +44,11 @@ private:
 /// The table page with some steps, the edit of a cell, the refusals, and the file browser of one of the list screens.
 void stepListStops(TourGuide& g, const QString& prefix, const QStringList& way);
 
+/// A stick with packages of each kind, what is asked about them, and how their installation shows and ends.
+void updateStops(TourGuide& g);
+
 /// The licences, and diagnostics to a stick.
 void aboutStops(TourGuide& g);
 
 /// One frame of the animation that covers the start.
 void splashStop(TourGuide& g);
-
-/// A stick with packages of each kind, what is asked about them, and how their installation shows and ends.
-void updateStops(TourGuide& g);

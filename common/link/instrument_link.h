@@ -68,14 +68,14 @@ public:
     /// The snapshot's record of the current channel; zeros when there is none. The reference stays valid.
     const ChannelRecord& snapshot() const { return m_snapshot[m_channel]; }
 
+    /// Of any channel, as it was last copied; zeros for one that does not exist.
+    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
+
     /// Copies of all records as they stand in the region; empty without one. The snapshot is left alone.
     std::vector<ChannelRecord> publishedRecords();
 
     /// What was last sent, answered and told.
     CommandHistory& history() { return m_history; }
-
-    /// Of any channel, as it was last copied; zeros for one that does not exist.
-    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
 
     /// Channels of the region, 1 to 4; 1 when there is no usable region.
     unsigned channelCount() const;
