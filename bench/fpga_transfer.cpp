@@ -1,6 +1,7 @@
 // Rate of the FPGA transfer against a QUdpSocket stop-and-wait written plainly, both to the same boards in one run. The
 // boards are processes of their own with a bare socket, so that what is measured is the sender.
 
+#include "bench/report.h"
 #include "common/update/fwUpdater.h"
 
 #include <QCoreApplication>
@@ -92,28 +93,21 @@ double updaterSeconds(const QByteArray& image, int boards, quint16 port) {
     return updater.doTransfer(5000, 10) ? static_cast<double>(timer.nsecsElapsed()) * 1e-9 : -1;
 }
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-bool measure(int boards, quint16 port, std::vector<QByteArray>& ratios) {
+bool measure(int boards, quint16 port, BenchReport& report) {
     const QByteArray image(ImageBytes, 'x');
-    std::vector<double> plain;
-    std::vector<double> ours;
-    for (int round = 0; round < Rounds; ++round) { // taking turns, so that a busy machine hits both
-        plain.push_back(plainSeconds(image, boards, port));
-        ours.push_back(updaterSeconds(image, boards, port));
-        if (plain.back() < 0 || ours.back() < 0)
+    PairedTimes seconds; // rates are compared: the plain one's time stands above the line
+    for (int round = 0; round < Rounds; ++round) {
+        const double plain = plainSeconds(image, boards, port);
+        const double ours = updaterSeconds(image, boards, port);
+        if (plain < 0 || ours < 0)
             return false;
+        seconds.add(plain, ours);
     }
     const double mebibytes = ImageBytes / 1048576.0;
-    std::printf("fpga_transfer_%d_boards %.2f MiB/s\n", boards, mebibytes / median(ours));
-    std::printf("fpga_transfer_%d_boards_plain %.2f MiB/s\n", boards, mebibytes / median(plain));
-    ratios.push_back(QStringLiteral("ratio fpga_transfer_%1_boards %2 x")
-                         .arg(boards)
-                         .arg(median(plain) / median(ours), 0, 'f', 3)
-                         .toLatin1());
+    const std::string name = "fpga_transfer_" + std::to_string(boards) + "_boards";
+    report.value(name, mebibytes / seconds.peer(), "MiB/s");
+    report.value(name + "_plain", mebibytes / seconds.ours(), "MiB/s");
+    report.ratio(name, seconds.ratio());
     return true;
 }
 
@@ -126,11 +120,11 @@ int main(int argc, char** argv) {
         children.push_back(startBoard(board, port));
     bool ok = std::find(children.begin(), children.end(), -1) == children.end();
     QCoreApplication app(argc, argv);
-    std::vector<QByteArray> ratios;
-    for (const int boards : {1, 2, 4})
-        ok = ok && measure(boards, port, ratios);
-    for (const QByteArray& ratio : ratios)
-        std::printf("%s\n", ratio.constData());
+    {
+        BenchReport report;
+        for (const int boards : {1, 2, 3, 4})
+            ok = ok && measure(boards, port, report);
+    }
     for (const pid_t child : children) {
         if (child > 0) {
             kill(child, SIGKILL);

@@ -86,36 +86,34 @@ private:
 
 bool commands(BenchReport& report, PanelFixture& panel) {
     SmallestClient peer(panel.module().port());
-    std::vector<double> ours, least;
+    PairedTimes times;
     bool ok = true;
     for (int i = 0; i < 3000; ++i) {
         const double power = i % 2 ? -7 : -8;
         const QByteArray line = ":POW " + QByteArray::number(power - 0.5, 'f', 4) + "\r\n";
-        ours.push_back(BenchReport::milliseconds([&] { ok = panel.handler().set_power(power) == 0 && ok; }));
-        least.push_back(BenchReport::milliseconds([&] { ok = peer.ask(line).startsWith("+OK") && ok; }));
+        times.round([&] { ok = panel.handler().set_power(power) == 0 && ok; },
+                    [&] { ok = peer.ask(line).startsWith("+OK") && ok; });
     }
     for (const int percent : {50, 99}) {
         const std::string name = "set_round_trip_p" + std::to_string(percent);
-        report.value(name, BenchReport::percentile(ours, percent), "ms");
-        report.value(name + "_peer", BenchReport::percentile(least, percent), "ms");
-        report.ratio(name, BenchReport::percentile(ours, percent) / BenchReport::percentile(least, percent));
+        report.value(name, times.ours(percent), "ms");
+        report.value(name + "_peer", times.peer(percent), "ms");
+        report.ratio(name, percent == 50 ? times.ratio() : times.ratio(percent, 100));
     }
 
     const QByteArray query = "SIMulator:BLOCk? " + QByteArray::number(BlockBytes);
     const int whole = BlockBytes + 10; // "#8" and the length before it
-    std::vector<double> oursBlock, leastBlock;
-    for (int i = 0; i < 15; ++i) {
-        oursBlock.push_back(BenchReport::milliseconds([&] {
-            std::string reply;
-            ok = panel.handler().send_scpi(query.toStdString(), reply, QByteArray(), false) == 0 &&
-                 reply.size() == BlockBytes && ok;
-        }));
-        leastBlock.push_back(
-            BenchReport::milliseconds([&] { ok = peer.ask(query + "\r\n", whole).size() >= whole && ok; }));
-    }
-    report.value("block_15_MiB", 15e3 / BenchReport::percentile(oursBlock, 50), "MiB/s");
-    report.value("block_15_MiB_peer", 15e3 / BenchReport::percentile(leastBlock, 50), "MiB/s");
-    report.ratio("block_15_MiB_rate", BenchReport::percentile(leastBlock, 50) / BenchReport::percentile(oursBlock, 50));
+    PairedTimes blocks;                // rates are compared: the peer's time stands above the line
+    for (int i = 0; i < 15; ++i)
+        blocks.round([&] { ok = peer.ask(query + "\r\n", whole).size() >= whole && ok; },
+                     [&] {
+                         std::string reply;
+                         ok = panel.handler().send_scpi(query.toStdString(), reply, QByteArray(), false) == 0 &&
+                              reply.size() == BlockBytes && ok;
+                     });
+    report.value("block_15_MiB", 15e3 / blocks.peer(), "MiB/s");
+    report.value("block_15_MiB_peer", 15e3 / blocks.ours(), "MiB/s");
+    report.ratio("block_15_MiB_rate", blocks.ratio());
     return ok;
 }
 

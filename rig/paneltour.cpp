@@ -11,8 +11,6 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
-#include <QMovie>
-#include <QPainter>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>

@@ -125,9 +125,9 @@ def restarts():
 
 
 def contents():
-    kept = [f"{HOME}/kavor/preset/preset/preset-3.json", f"{HOME}/kavor/preset/list/hop.json",
-            f"{HOME}/kavor/preset/pattern/gap.json", f"{HOME}/kavor/settings.json", "/etc/velda/update/policy",
-            "/etc/velda/update/key-1.pub"]
+    kept = [f"{HOME}/kavor/preset/preset/preset-3.json", f"{HOME}/kavor/list/0/hop.json",
+            f"{HOME}/kavor/pattern/0/gap.json", f"{HOME}/kavor/upgrade/unfinished", "/etc/velda/update/policy",
+            "/etc/velda/update/update-1.pub"]
     return kept, {path: hashlib.sha256(open(path, "rb").read()).hexdigest() for path in kept if os.path.exists(path)}
 
 

@@ -22,7 +22,6 @@ const std::vector<Licence>& licences() {
         {"spdlog", "MIT", "G. Melman", "libspdlog"},
         {"fmt", "MIT", "V. Zverovich", "libfmt"},
         {"zlib", "zlib", "J. Gailly, M. Adler", "libz."},
-        {"libsodium", "ISC", "F. Denis", "libsodium"},
         {"libsystemd", "LGPL 2.1+", "systemd's authors", "libsystemd"},
         {"libsodium", "ISC", "F. Denis", "libsodium"},
         {"GNU C library", "LGPL 2.1+", "FSF", "libc. libm. ld-linux librt libpthread"},
