@@ -138,8 +138,28 @@ void InstrumentLink::noteModule() {
 }
 
 void InstrumentLink::selectChannel(unsigned channel) {
+    const bool changes = channel != m_channel;
     m_channel = channel;
+    m_otherSelected = m_otherSelected || channel != 0;
     greet();
+    if (changes)
+        emit channelChanged();
+}
+
+/// A region that was made anew may hold fewer channels. One channel more than it holds is nobody's choice: whoever
+/// selects it knows that it is empty.
+void InstrumentLink::keepChannelInside() {
+    if (!m_region.isUsable() || m_channel >= MaxChannels || m_region.holds(m_channel))
+        return;
+    qCWarning(lcScpi) << "[SCPI] the region holds no channel" << m_channel << "any more: the first is selected";
+    selectChannel(0);
+    // Not under a command that may be waiting.
+    QMetaObject::invokeMethod(this, &InstrumentLink::renewConnection, Qt::QueuedConnection);
+}
+
+void InstrumentLink::renewConnection() {
+    stopClient(); // and forgets the port that it was made for
+    followService();
 }
 
 void InstrumentLink::fetchBytes(void* cachedField, std::size_t size) {
@@ -178,6 +198,7 @@ void InstrumentLink::followRegion() {
         qCWarning(lcScpi) << "[SCPI] the module's region was made anew or resized";
     if (m_region.isUsable())
         takeSnapshot();
+    keepChannelInside();
     noteModule();
     QMetaObject::invokeMethod(this, &InstrumentLink::updateLink, Qt::QueuedConnection);
 }
