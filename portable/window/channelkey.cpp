@@ -59,7 +59,11 @@ void ChannelKey::paintEvent(QPaintEvent*) {
     if (lost) {
         painter.setFont(keyFont(Style::TextGroup));
         painter.drawText(QRect(key.x(), key.y() - 3, key.width(), 30), Qt::AlignCenter, text());
-        painter.drawText(QRect(key.x() - 4, key.y() + 21, key.width() + 8, 30), Qt::AlignCenter, m_mark);
+        // As long as "No answer" may be.
+    QFont narrow = keyFont(Style::TextGroup);
+    narrow.setStretch(QFont::SemiCondensed);
+    painter.setFont(narrow);
+    painter.drawText(QRect(key.x(), key.y() + 21, key.width(), 30), Qt::AlignCenter, m_mark);
         return;
     }
     painter.setFont(font());

@@ -86,8 +86,6 @@ void ChannelRow::paintEvent(QPaintEvent*) {
         painter.setPen(m_chosen ? QPen(QColor(Style::Active), FrameWidth) : QPen(Qt::NoPen));
         painter.setBrush(QColor(isDown() ? Style::Raised : ChosenGround));
         painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
-    } else {
-        painter.fillRect(0, height() - 1, width(), 1, QColor(Style::PanelEdge));
     }
     if (m_chosen)
         painter.fillRect(0, 2, BarWidth, height() - 4, QColor(Style::Active));

@@ -25,8 +25,9 @@ namespace {
 constexpr int RowX = 16;
 constexpr int RowsTop = 48;
 constexpr int RowWidth = 1200;
-constexpr int RowHeight = 100;
-constexpr int FooterTop = RowsTop + 4 * RowHeight + 18;
+constexpr int RowPitch = 100;
+constexpr int RowHeight = RowPitch - Style::Gap;
+constexpr int FooterTop = RowsTop + 4 * RowPitch + 18;
 constexpr int AllOffWidth = 228;
 constexpr unsigned MostChannels = 4;
 
@@ -67,7 +68,8 @@ channelsScreen::channelsScreen(QWidget* parent, std::vector<STATE> states)
     for (unsigned channel = 0; channel < MostChannels; ++channel) {
         auto* row = new ChannelRow(m_group, QStringLiteral("CH %1").arg(channel + 1));
         row->setObjectName(QStringLiteral("channel%1").arg(channel + 1));
-        row->setGeometry(RowX, RowsTop + static_cast<int>(channel) * RowHeight, RowWidth, RowHeight);
+        row->setGeometry(RowX, RowsTop + static_cast<int>(channel) * RowPitch, RowWidth, RowHeight);
+        m_group->addLine({RowX, row->y() + RowHeight + Style::Gap / 2, RowWidth, 1});
         connect(row, &ChannelRow::clicked, this, [this, row, channel] {
             ActionGate::panel().ask(row, [this, channel] { host().selectChannel(channel); });
         });
