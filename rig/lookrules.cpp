@@ -83,7 +83,7 @@ QRect contentPlace(const QWidget& widget) {
                                label->rect());
 }
 
-/// The function row is one bar of buttons that touch each other.
+/// The function row is one bar of buttons that touch each other, 60 pixels high.
 bool inFunctionRow(const QWidget& widget) {
     return widget.objectName().startsWith(QLatin1String("func"));
 }
@@ -175,17 +175,17 @@ bool LookRules::canBeTouched(const QWidget& widget) {
 
 const LookRules::Limits& LookRules::limits(Rule rule) {
     static const std::array<Limits, InsideWindow + 1> all{{
-        {"smaller side of what can be touched", "px", 60, 72},
-        {"smaller side of a key", "px", 96, 112},
+        {"smaller side of what can be touched", "px", 68, 72},
+        {"smaller side of a key", "px", 104, 112},
         {"smaller side of a wide key", "px", 80, 80},
-        {"gap between what can be touched", "px", 8, 12},
-        {"height of a table row", "px", 60, 72},
-        {"smaller side of a scroll handle", "px", 40, 56},
-        {"contrast of text", ":1", 4.5, 7},
+        {"gap between what can be touched", "px", 12, 12},
+        {"height of a table row", "px", 68, 72},
+        {"smaller side of a scroll handle", "px", 56, 56},
+        {"contrast of text", ":1", 5.4, 7},
         {"contrast of disabled text", ":1", 3, 3},
         {"contrast of disabled to enabled text", ":1", 1.5, 1.5},
-        {"capital height of text", "px", 15, 18},
-        {"capital height of the frequency", "px", 28, 40},
+        {"capital height of text", "px", 17, 18},
+        {"capital height of the frequency", "px", 36, 40},
         {"room left beside or below a text", "px", 0, 0},
         {"distance of contents", "px", 0, 0},
         {"distance to the window's edge", "px", 0, 0},
@@ -219,7 +219,7 @@ void LookRules::look(const PanelTour::Stop& stop) {
     m_stop = stop.name;
     m_picture = stop.picture.toImage();
     if (!stop.toast.isEmpty())
-        lookAtContrast(stop.toast.adjusted(20, 10, -20, -10), true, QStringLiteral("toast"));
+        lookAtContrast(stop.toast.adjusted(20, 10, -20, -10), true, QStringLiteral("toast"), Style::Text);
     if (!stop.shown)
         return;
     const QWidget& window = *stop.shown;
@@ -268,14 +268,15 @@ void LookRules::lookAtText(const QWidget& widget, const QRect& place) {
     measure(CapitalHeight, metrics.capHeight(), name);
     if (widget.objectName() == QLatin1String("cwFrequency") || widget.objectName() == QLatin1String("keyboardEntry"))
         measure(FrequencyCapitalHeight, metrics.capHeight(), name);
-    lookAtContrast(room.translated(place.topLeft() + m_origin), widget.isEnabled(), name);
+    const QRgb enabled = qobject_cast<const QLineEdit*>(&widget) ? Style::Text : Style::Label;
+    lookAtContrast(room.translated(place.topLeft() + m_origin), widget.isEnabled(), name, enabled);
 }
 
-void LookRules::lookAtContrast(const QRect& where, bool enabled, const QString& what) {
+void LookRules::lookAtContrast(const QRect& where, bool enabled, const QString& what, QRgb whenEnabled) {
     const Colours colours = coloursOf(m_picture, where);
     measure(enabled ? Contrast : DisabledContrast, contrast(colours.text, colours.ground), what);
     if (!enabled)
-        measure(DisabledUnlikeEnabled, contrast(colours.text, Style::Label), what);
+        measure(DisabledUnlikeEnabled, contrast(colours.text, whenEnabled), what);
 }
 
 void LookRules::lookAtTable(const QAbstractItemView& view, const QRect& place) {
@@ -301,7 +302,7 @@ void LookRules::lookAtTable(const QAbstractItemView& view, const QRect& place) {
                     text.contains(QChar(0x200B)) ? qMin(cell.width() - broken.width(), cell.height() - broken.height())
                                                  : cell.width() - metrics.horizontalAdvance(text),
                     what);
-            lookAtContrast(cell.adjusted(6, 6, -6, -6).translated(corner), view.isEnabled(), what);
+            lookAtContrast(cell.adjusted(6, 6, -6, -6).translated(corner), view.isEnabled(), what, Style::Text);
         }
     }
     if (const auto* table = qobject_cast<const QTableView*>(&view)) {
@@ -313,7 +314,8 @@ void LookRules::lookAtTable(const QAbstractItemView& view, const QRect& place) {
                 continue;
             measure(TextRoom, header.sectionSize(i) - header.fontMetrics().horizontalAdvance(text), what);
             const QRect section(header.sectionViewportPosition(i), 0, header.sectionSize(i), header.height() - 2);
-            lookAtContrast(section.translated(place.topLeft() + m_origin + header.pos()), view.isEnabled(), what);
+            lookAtContrast(section.translated(place.topLeft() + m_origin + header.pos()), view.isEnabled(), what,
+                           Style::Text);
         }
     }
     const QScrollBar& bar = *view.verticalScrollBar();
@@ -347,7 +349,7 @@ void LookRules::lookAtDistances(const QWidget& window) {
         if (qobject_cast<const VKButton*>(&a)) {
             const bool wide = a.objectName() == QLatin1String("keyEnter") || a.objectName() == QLatin1String("keyEsc");
             measure(wide ? WideKeySide : KeySide, side, nameOf(a));
-        } else if (touchable) {
+        } else if (touchable && !inFunctionRow(a)) {
             measure(TouchSide, side, nameOf(a));
         }
         for (std::size_t j = i + 1; j < contents.size(); ++j) {

@@ -73,7 +73,7 @@ private:
     void measure(Rule rule, double value, const QString& what);
     void lookAtText(const QWidget& widget, const QRect& place);
     void lookAtTable(const class QAbstractItemView& view, const QRect& place);
-    void lookAtContrast(const QRect& where, bool enabled, const QString& what);
+    void lookAtContrast(const QRect& where, bool enabled, const QString& what, QRgb whenEnabled);
     void lookAtDistances(const QWidget& window);
 
     std::vector<Exception> m_exceptions;

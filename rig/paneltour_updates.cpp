@@ -75,7 +75,7 @@ void progressStops(TourGuide& g, QWidget* window) {
     copying.showPercent(37);
     show("update-copying", copying);
     UpdateDialog installing(window, "installProgress", "Wait until upgrade process finished");
-    installing.setAdvice("Do not switch the device off. The stick may be removed");
+    installing.freeStick();
     show("update-installing", installing);
     using S = FpgaBoardState;
     const FpgaBoardStates answering =

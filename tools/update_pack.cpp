@@ -89,7 +89,7 @@ int build(PackageType type, const QCommandLineParser& parser, const QStringList&
     if (problem.isEmpty())
         problem = takeSigning(parser, request.signing);
     if (!problem.isEmpty())
-        return Console::refuse(problem, Console::Usage);
+        return Console::refuse(Console::visible(problem), Console::Usage);
     if (type != PackageType::Software && !request.components.isEmpty())
         return Console::refuse("only a software package has components", Console::Usage);
     return tell(buildPackage(request));

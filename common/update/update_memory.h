@@ -33,7 +33,7 @@ public:
 
     /// The policy in force. One that is stated is remembered; where none is, the last one that was holds: who deletes
     /// the policy file has not loosened it. One that was never stated allows unsigned packages.
-    [[nodiscard]] UpdatePolicy policyInForce(const Trust& trust) const;
+    UpdatePolicy policyInForce(const Trust& trust) const;
 
 private:
     QJsonObject read() const;

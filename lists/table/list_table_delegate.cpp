@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int Margin = 16;
-constexpr int NumberMargin = 12; ///< behind the number of a step
+constexpr int NumberMargin = 24; ///< behind the number of a step
 constexpr int AccentWidth = 3;
 constexpr int Radius = 6;
 constexpr int BarWidth = 5;
@@ -115,8 +115,7 @@ void ListCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
             font.setWeight(QFont::DemiBold);
         }
         if (kind.isValid())
-            paintText(*painter, option.rect.adjusted(BarWidth + 2, 0, -NumberMargin, 0), font, index.data().toString(),
-                      Qt::AlignRight);
+            paintNumber(*painter, option.rect.adjusted(BarWidth + 2, 0, 0, 0), font, index.data().toString());
         else
             paintText(*painter, option.rect.adjusted(Margin, 0, -Margin / 2, 0), font, index.data().toString());
         break;
@@ -136,6 +135,12 @@ void ListCellDelegate::paintText(QPainter& painter, const QRect& room, QFont fon
     painter.setFont(font);
     painter.drawText(room, static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine,
                      width > room.width() ? QFontMetrics(font).elidedText(text, Qt::ElideMiddle, room.width()) : text);
+}
+
+// Below the title of its column where there is room for that.
+void ListCellDelegate::paintNumber(QPainter& painter, const QRect& cell, const QFont& font, const QString& text) const {
+    const bool fits = QFontMetrics(font).horizontalAdvance(text) <= cell.width() - NumberMargin;
+    paintText(painter, cell.adjusted(0, 0, fits ? -NumberMargin : -Margin / 2, 0), font, text, Qt::AlignRight);
 }
 
 void ListCellDelegate::paintValue(QPainter& painter, const QRect& cell, QFont font, const QModelIndex& index) const {

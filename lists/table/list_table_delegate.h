@@ -30,6 +30,7 @@ public:
 private:
     void paintText(QPainter& painter, const QRect& room, QFont font, const QString& text,
                    Qt::Alignment side = Qt::AlignLeft) const;
+    void paintNumber(QPainter& painter, const QRect& cell, const QFont& font, const QString& text) const;
     void paintValue(QPainter& painter, const QRect& cell, QFont font, const QModelIndex& index) const;
     void paintChoice(QPainter& painter, const QRect& cell, QFont font, const QString& text, bool current) const;
     void paintAccent(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) const;

@@ -24,7 +24,7 @@ int widthOf(const QString& text, int pixels) {
 void showFitted(QLabel* label, const QString& text, bool grey) {
     const int room = label->width();
     const bool large = widthOf(text, Style::TextValue) <= room;
-    const QString colour = grey ? QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Disabled)) : QString();
+    const QString colour = grey ? QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Stale)) : QString();
     applySheet(label, (large ? DYN_VALUE_STYLE : DYN_VALUE_STYLE2) + colour);
     const bool twoLines = !large && widthOf(text, Style::TextGroup) > room;
     label->setWordWrap(twoLines);

@@ -110,9 +110,17 @@ bool ValueEntry::enter() {
 }
 
 bool ValueEntry::enter(double value) {
+    return enter(value, false);
+}
+
+bool ValueEntry::step(double by) {
+    return !isEditing() && enter(m_field.model.value() + by, true);
+}
+
+bool ValueEntry::enter(double value, bool isCanonical) {
     clearRefusal();
     double canonical = value;
-    if (!normalise(value, canonical)) {
+    if (!normalise(value, isCanonical, canonical)) {
         refuse();
         return false;
     }
@@ -137,13 +145,13 @@ bool ValueEntry::take(double canonical) {
 
 /// The number that the module would be sent is what is checked. The editor shows the entry first, so that one out of
 /// range stays in sight.
-bool ValueEntry::normalise(double value, double& canonical) {
+bool ValueEntry::normalise(double value, bool isCanonical, double& canonical) {
     switch (m_field.kind) {
     case ValueField::Kind::Frequency:
-        canonical = normalizeFreq(m_field.edit, m_field.unit, value, false, m_field.row);
+        canonical = normalizeFreq(m_field.edit, m_field.unit, value, isCanonical, m_field.row);
         break;
     case ValueField::Kind::Time:
-        canonical = normalizeTime(m_field.edit, m_field.unit, value, false);
+        canonical = normalizeTime(m_field.edit, m_field.unit, value, isCanonical);
         break;
     default:
         canonical = m_field.whole ? std::trunc(value) + 0.0 : value; // no count of minus nothing

@@ -80,6 +80,9 @@ public:
     /// Takes a number in the unit that the unit box shows.
     bool enter(double value);
 
+    /// Takes the value that the module holds, and so much more; in canonical units.
+    bool step(double by);
+
     void setEnabled(bool enabled);
     void setVisible(bool visible);
     /// A calculated value is shown grey and cannot be entered.
@@ -96,7 +99,8 @@ signals:
     void settled();
 
 private:
-    bool normalise(double value, double& canonical);
+    bool normalise(double value, bool isCanonical, double& canonical);
+    bool enter(double value, bool isCanonical);
     bool take(double canonical);
     ShownEntry shownFor(double canonical) const;
     bool shows(const ShownEntry& shown) const;

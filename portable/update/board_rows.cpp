@@ -1,6 +1,6 @@
 #include "portable/update/board_rows.h"
 
-#include "portable/update/marks.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>
@@ -20,29 +20,28 @@ constexpr int BarX = AddressX + AddressWidth + 8;
 constexpr int BarWidth = 232;
 constexpr int BarHeight = 12;
 constexpr int MarkX = BarX + BarWidth + 32;
-constexpr int MarkSide = 26;
-constexpr int WordX = MarkX + MarkSide + 14;
+constexpr int WordX = MarkX + LineIconRoom.width();
 
 struct Look {
-    Mark mark;
+    LineIcon mark;
     QRgb colour;
     QString word;
 };
 
 Look lookOf(const FpgaBoardState& state) {
     if (state.isSilent)
-        return {Mark::Cross, Style::WrongText, QStringLiteral("no answer for %1 s").arg(state.quietMs / 1000)};
+        return {LineIcon::Cross, Style::WrongText, QStringLiteral("no answer for %1 s").arg(state.quietMs / 1000)};
     switch (state.phase) {
     case FpgaBoardState::Waiting:
         break;
     case FpgaBoardState::Acknowledged:
-        return {Mark::Check, Style::Active, QStringLiteral("acknowledged")};
+        return {LineIcon::Tick, Style::Active, QStringLiteral("acknowledged")};
     case FpgaBoardState::Programming:
-        return {Mark::Clock, Style::Active, QStringLiteral("programming")};
+        return {LineIcon::Clock, Style::Active, QStringLiteral("programming")};
     case FpgaBoardState::Done:
-        return {Mark::Check, Style::Text, QStringLiteral("done")};
+        return {LineIcon::Tick, Style::Text, QStringLiteral("done")};
     }
-    return {Mark::Clock, Style::Label, QStringLiteral("waiting")};
+    return {LineIcon::Clock, Style::Label, QStringLiteral("waiting")};
 }
 
 QString coloured(QRgb colour, const QString& more = {}) {
@@ -104,10 +103,11 @@ void BoardRows::paintEvent(QPaintEvent*) {
         painter.setBrush(QColor(Style::Field));
         painter.drawRoundedRect(bar, BarHeight / 2, BarHeight / 2);
         bar.setWidth(bar.width() * m_states[row].percent / 100);
-        painter.setBrush(QColor(look.mark == Mark::Clock && look.colour == Style::Label ? Style::Edge : look.colour));
+        painter.setBrush(
+            QColor(look.mark == LineIcon::Clock && look.colour == Style::Label ? Style::Edge : look.colour));
         if (bar.width() >= 1)
             painter.drawRoundedRect(bar, qMin(bar.width(), bar.height()) / 2, BarHeight / 2);
-        drawMark(painter, look.mark, QRectF(MarkX, place.center().y() - MarkSide / 2, MarkSide, MarkSide), look.colour);
+        painter.drawPixmap(MarkX, place.center().y() - LineIconSize / 2, linePixmap(look.mark, look.colour));
     }
     painter.fillRect(QRect(0, height() - 1, width(), 1), QColor(Style::PanelEdge));
 }

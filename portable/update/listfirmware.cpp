@@ -1,12 +1,12 @@
 #include "portable/update/listfirmware.h"
 
 #include "portable/host/screentexts.h"
-#include "portable/update/marks.h"
 #include "portable/update/package_row.h"
 #include "portable/update/update_flows.h"
 #include "portable/update/update_history.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/tokens.h"
 
@@ -33,8 +33,10 @@ QString whole(const QString& text) {
     return line;
 }
 
-Mark markOf(Seal seal) {
-    return seal == Seal::Signed ? Mark::ShieldCheck : seal == Seal::Broken ? Mark::ShieldCross : Mark::ShieldDash;
+LineIcon markOf(Seal seal) {
+    return seal == Seal::Signed   ? LineIcon::Shield
+           : seal == Seal::Broken ? LineIcon::ShieldCross
+                                  : LineIcon::ShieldDash;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "portable/update/package_row.h"
 
-#include "portable/update/marks.h"
 #include "portable/widgets/breakable.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QAbstractItemView>
@@ -12,8 +12,7 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int PaddingX = 16;
-constexpr int PaddingY = 10;
-constexpr int MarkSide = 32;
+constexpr int PaddingY = 9;
 constexpr int FrameWidth = 3;
 constexpr int LongestWord = 1; ///< a text that is too wide may be broken behind every character
 
@@ -40,9 +39,9 @@ QRect textPlace(const QString& text, const QFont& font, int width) {
 
 QColor colourOf(const QModelIndex& index) {
     const QVariant mark = index.data(PackageRowDelegate::MarkRole);
-    if (mark.isValid() && mark.toInt() == static_cast<int>(Mark::ShieldCross))
+    if (mark.isValid() && mark.toInt() == static_cast<int>(LineIcon::ShieldCross))
         return Style::WrongText;
-    const bool calm = mark.isValid() && mark.toInt() == static_cast<int>(Mark::ShieldDash);
+    const bool calm = mark.isValid() && mark.toInt() == static_cast<int>(LineIcon::ShieldDash);
     return calm ? Style::Label : Style::Text;
 }
 
@@ -91,9 +90,9 @@ void PackageRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->setPen(colourOf(index));
     painter->setFont(firstFont(index));
     if (mark.isValid()) {
-        const QRectF place(cell.left(), cell.center().y() - MarkSide / 2, MarkSide, MarkSide);
-        drawMark(*painter, static_cast<Mark>(mark.toInt()), place, colourOf(index));
-        room.setLeft(cell.left() + MarkSide + PaddingX / 2);
+        painter->drawPixmap(cell.left(), cell.center().y() - LineIconSize / 2,
+                            linePixmap(static_cast<LineIcon>(mark.toInt()), colourOf(index).rgb()));
+        room.setLeft(cell.left() + LineIconRoom.width());
         painter->drawText(room, Qt::AlignVCenter | Qt::TextWordWrap, text);
     } else {
         const int first = textPlace(text, firstFont(index), room.width()).height();

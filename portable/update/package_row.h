@@ -14,7 +14,7 @@ public:
     enum Role {
         SecondLine = Qt::UserRole, ///< a text
         Strong,                    ///< bool: the first text is bold
-        MarkRole                   ///< an int of Mark, before the text
+        MarkRole                   ///< an int of LineIcon, before the text
     };
 
     using QStyledItemDelegate::QStyledItemDelegate;

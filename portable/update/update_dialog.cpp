@@ -76,7 +76,7 @@ void UpdateDialog::arrange() {
     place(m_progress, BarHeight, 2 * Style::Gap);
     if (m_rows)
         place(m_rows, m_rows->height(), Style::Gap);
-    place(m_advice, m_rows ? LineHeight : 2 * LineHeight, 0);
+    place(m_advice, 2 * LineHeight, 0);
     place(m_times, LineHeight, TopMargin);
     setFixedSize(width + 2 * Margin, y);
 }
@@ -127,11 +127,18 @@ void UpdateDialog::setAdvice(const QString& advice) {
     showTimes();
 }
 
+void UpdateDialog::freeStick() {
+    m_stickIsFree = true;
+    showTimes();
+}
+
 void UpdateDialog::showTimes() {
     const int seconds = static_cast<int>(m_started.elapsed() / 1000);
     const int still = static_cast<int>(m_changed.elapsed() / 1000);
     m_advice->setText(m_next.isEmpty() ? m_whatToLeave : m_whatToLeave + QStringLiteral(". ") + m_next);
     QString times = QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
+    if (m_stickIsFree)
+        times += QStringLiteral("    The stick may be removed");
     // Where there are no steps, none can fail to come.
     if (!m_progress->isHidden() && still >= StillSeconds)
         times += QStringLiteral("    No progress for %1 s").arg(still);
@@ -140,7 +147,7 @@ void UpdateDialog::showTimes() {
 
 FpgaProgressDialog::FpgaProgressDialog(QWidget* parent, const QVector<QHostAddress>& boards)
     : UpdateDialog(parent, QStringLiteral("fpgaProgress"), QStringLiteral("Transferring FPGA image...")) {
-    setAdvice(StaysOn + QStringLiteral(". The stick may be removed"));
+    freeStick();
     setInfoText(text());
     if (boards.isEmpty())
         return;

@@ -28,8 +28,11 @@ public:
 
     QString text() const;
 
-    /// What the user is to leave alone meanwhile, and what need not be; at first, that the device stays on.
+    /// What the user is to leave alone meanwhile; at first, that the device stays on.
     void setAdvice(const QString& advice);
+
+    /// The medium is not needed any more: says so.
+    void freeStick();
 
 public slots:
     void end();
@@ -61,6 +64,7 @@ private:
     QElapsedTimer m_started;
     QElapsedTimer m_changed; ///< when the text or the bar changed last
     QString m_whatToLeave;
+    bool m_stickIsFree = false;
     QString m_next;
     bool m_ended = false;
 };

@@ -49,7 +49,7 @@ UpdateOutcome doFWUpdate(MANIFEST_DATA* manifest, QWidget* parent, const UpdateS
     int code = 0;
     UpdateDialog dialog(parent, QStringLiteral("installProgress"),
                         QStringLiteral("Wait until upgrade process finished"));
-    dialog.setAdvice(QStringLiteral("Do not switch the device off. The stick may be removed"));
+    dialog.freeStick();
     fwThread installer(manifest, settings.install);
     QObject::connect(&installer, &fwThread::fwUpgraded, &dialog, [&code, &dialog](int result) {
         code = result;

@@ -1,7 +1,7 @@
 #include "portable/update/update_history.h"
 
 #include "portable/host/screentexts.h"
-#include "portable/update/marks.h"
+#include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/tokens.h"
 
 #include <QLabel>
@@ -13,8 +13,7 @@ namespace {
 
 constexpr int TitleWidth = 172;
 constexpr int WhatWidth = 208;
-constexpr int MarkSide = 24;
-constexpr int EndX = TitleWidth + WhatWidth + MarkSide + 2 * Style::Gap;
+constexpr int EndX = TitleWidth + WhatWidth + LineIconSize + 2 * Style::Gap;
 
 QLabel* makeLabel(QWidget* parent, const QString& name, QRgb colour, const char* weight = "normal") {
     auto* label = new QLabel(parent);
@@ -92,9 +91,9 @@ void UpdateHistory::paintEvent(QPaintEvent*) {
         if (!line.ended)
             continue;
         const QRect place = line.what->geometry();
-        drawMark(painter, line.ok ? Mark::Check : Mark::Cross,
-                 QRectF(place.right() + Style::Gap, place.center().y() - MarkSide / 2, MarkSide, MarkSide),
-                 line.ok ? Style::Text : Style::WrongText);
+        painter.drawPixmap(
+            place.right() + Style::Gap, place.center().y() - LineIconSize / 2,
+            linePixmap(line.ok ? LineIcon::Tick : LineIcon::Cross, line.ok ? Style::Text : Style::WrongText));
     }
 }
 

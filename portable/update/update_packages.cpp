@@ -3,6 +3,7 @@
 #include "common/instrument/handlerscpi.h"
 #include "common/update/package_trust.h"
 #include "common/update/update_texts.h"
+#include "platform/durable_file.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/update/listfirmware.h"
@@ -66,7 +67,9 @@ QWidget* UpdatePackages::makeHistory(QWidget* parent) {
 }
 
 void UpdatePackages::clearUp(PanelHost& host) const {
+    DurableFile::sweep(m_settings.stagingParent);
     PackageStaging::sweep(m_settings.stagingParent);
+    m_settings.memory.policyInForce(readTrust(m_settings.trust)); // before anybody takes its file away
     const QString what = InstallationMarker(m_settings.install.markerFile).what();
     if (!what.isEmpty())
         host.reportWhenFree(

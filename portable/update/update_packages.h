@@ -14,8 +14,8 @@ class UpdatePackages : public UpdateEntry {
 public:
     explicit UpdatePackages(const UpdateSettings& settings = UpdateSettings());
 
-    /// Sweeps what an update left that was cut off by what ended the panel, or the instrument, before, and tells of
-    /// an installation that was. At start.
+    /// At start: sweeps what an update left that was cut off by what ended the panel, or the instrument, before; tells
+    /// of an installation that was; remembers the policy that is stated.
     void clearUp(PanelHost& host) const;
 
     QTableWidget* makeList(QWidget* parent, PanelHost& host) override;

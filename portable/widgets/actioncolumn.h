@@ -1,6 +1,7 @@
 #pragma once
 
 #include "portable/widgets/lineicons.h"
+#include "portable/widgets/styles/tokens.h"
 
 #include <QRect>
 
@@ -15,7 +16,7 @@ namespace ActionColumn {
 
 constexpr int X = 1024;
 constexpr int Width = 232;
-constexpr int Height = 552; ///< of the page's content
+constexpr int Height = Style::ContentHeight;
 constexpr int Places = 7;
 constexpr int ButtonHeight = 68;
 constexpr int MainWidth = 984; ///< of the group beside it

@@ -26,6 +26,10 @@ QSize CheckRow::sizeHint() const {
     return {m_boxX + BoxSize + LockGap + LineIconSize, Style::EntryHeight};
 }
 
+int CheckRow::narrowWidth(int boxX) {
+    return boxX + BoxSize;
+}
+
 bool CheckRow::hitButton(const QPoint& position) const {
     return rect().contains(position);
 }
@@ -51,9 +55,15 @@ void CheckRow::paintEvent(QPaintEvent*) {
     painter.setPen(QPen(QColor(edge), 2));
     painter.setBrush(QColor(fill));
     painter.drawRoundedRect(box, Style::Radius, Style::Radius);
-    if (!isEnabled())
-        painter.drawPixmap(m_boxX + BoxSize + LockGap, (height() - LineIconSize) / 2,
-                           linePixmap(LineIcon::Lock, Style::Label));
+    const QRgb inside = lit ? Style::OnActive : on ? Style::Text : Style::Label;
+    if (!isEnabled()) {
+        const bool narrow = width() < CheckRow::sizeHint().width();
+        const int x = m_boxX + (narrow ? (BoxSize - LineIconSize) / 2 : BoxSize + LockGap);
+        painter.drawPixmap(x, (height() - LineIconSize) / 2,
+                           linePixmap(LineIcon::Lock, narrow ? inside : Style::Label));
+        if (narrow)
+            return;
+    }
     if (!on)
         return;
     QPainterPath tick;
@@ -62,7 +72,7 @@ void CheckRow::paintEvent(QPaintEvent*) {
     tick.lineTo(middle + QPointF(-4, 11));
     tick.lineTo(middle + QPointF(14, -11));
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(QColor(lit ? Style::OnActive : Style::Text), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(QPen(QColor(inside), 5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(tick);
 }
 

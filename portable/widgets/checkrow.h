@@ -15,6 +15,9 @@ public:
 
     QSize sizeHint() const override;
 
+    /// Without room for the lock beside the box: it then takes the tick's place.
+    static int narrowWidth(int boxX);
+
 protected:
     bool hitButton(const QPoint& position) const override;
     void paintEvent(QPaintEvent* event) override;

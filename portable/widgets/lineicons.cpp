@@ -28,6 +28,10 @@ void tray(QPainterPath& path, qreal headY, qreal tailY) {
     line(path, {{11, headY + barb}, {16, headY}, {21, headY + barb}});
 }
 
+void shield(QPainterPath& path) {
+    line(path, {{16, 4}, {26, 8}, {26, 16}, {22, 23}, {16, 28}, {10, 23}, {6, 16}, {6, 8}, {16, 4}});
+}
+
 void arrow(QPainterPath& path, const QPointF& tail, const QPointF& head, const QPointF& side) {
     const QPointF back = (tail - head) * (7.0 / 20);
     line(path, {tail, head});
@@ -130,8 +134,25 @@ QPainterPath pathOf(LineIcon icon) {
         line(path, {{12, 6}, {22, 16}, {12, 26}});
         break;
     case LineIcon::Shield:
-        line(path, {{16, 4}, {26, 8}, {26, 16}, {22, 23}, {16, 28}, {10, 23}, {6, 16}, {6, 8}, {16, 4}});
+        shield(path);
         line(path, {{11, 16}, {15, 20}, {21, 12}});
+        break;
+    case LineIcon::ShieldDash:
+        shield(path);
+        line(path, {{11, 16}, {21, 16}});
+        break;
+    case LineIcon::ShieldCross:
+        shield(path);
+        line(path, {{12, 12}, {20, 20}});
+        line(path, {{20, 12}, {12, 20}});
+        break;
+    case LineIcon::Cross:
+        line(path, {{7, 7}, {25, 25}});
+        line(path, {{25, 7}, {7, 25}});
+        break;
+    case LineIcon::Clock:
+        path.addEllipse(QPointF(16, 16), 11, 11);
+        line(path, {{16, 9}, {16, 17}, {21, 20}});
         break;
     case LineIcon::SweepUp:
         line(path, {{4, 26}, {27, 7}, {27, 26}});

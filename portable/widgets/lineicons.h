@@ -32,7 +32,11 @@ enum class LineIcon {
     Undo,
     Network,
     Forward,
-    Shield,
+    Shield, ///< with a tick, as the next two with what they say
+    ShieldDash,
+    ShieldCross,
+    Cross,
+    Clock,
     SweepUp,
     SweepUpDown,
     EdgeRising,

@@ -20,7 +20,7 @@ constexpr int TableTop = SubPageRowsTop - TableHeaderHeight;
 constexpr int TableMargin = 16;
 constexpr int TableHeight = ActionColumn::Height - TableTop - 1; // inside the group's edge
 constexpr int GroupGap = Style::Gap;
-constexpr int FooterHeight = 128;
+constexpr int FooterHeight = 120;
 
 } // namespace
 

@@ -11,7 +11,7 @@ namespace Kavor::HandheldGui {
 class PageGroup;
 
 /// Height of the header of every table of the panel, in pixels.
-constexpr int TableHeaderHeight = 30;
+constexpr int TableHeaderHeight = 32;
 
 /// Where the rows of a sub-page's table begin, below the top of its group, in pixels.
 constexpr int SubPageRowsTop = 120;

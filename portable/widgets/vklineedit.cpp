@@ -66,7 +66,7 @@ void ValueEdit::paintEvent(QPaintEvent*) {
     const QRect place = style()->subElementRect(QStyle::SE_LineEditContents, &frame, this).adjusted(2, 0, -2, 0);
     const Freshness& freshness = Freshness::panel();
     painter.setFont(font());
-    painter.setPen(freshness.isStale() ? QColor(Style::Disabled) : palette().color(QPalette::Text));
+    painter.setPen(freshness.isStale() ? QColor(Style::Stale) : palette().color(QPalette::Text));
     const QString shown = freshness.shown(text());
     if (m_grouped)
         drawGrouped(painter, place, shown);

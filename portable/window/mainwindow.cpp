@@ -35,6 +35,8 @@ namespace {
 constexpr std::array<const char*, 14> ModeTexts{"CW",   "AM",   "FM",    "PM",    "Pulse", "Pattern", "Pattern",
                                                 "FRSW", "PRSW", nullptr, nullptr, nullptr, "LIST",    "LIST"};
 
+constexpr int ModeX = 644;
+constexpr int ModeEnd = 930;
 constexpr int RunningMark = 20; ///< pixels of the mark before what runs
 
 QString runModeText(bool continuous) {
@@ -99,10 +101,10 @@ void MainWindow::buildStatusBar() {
     };
     m_statusFrequency = add(QStringLiteral("statusFrequency"), 12, 408);
     m_statusPower = add(QStringLiteral("statusPower"), 414, 632);
-    m_statusRunning = add(QStringLiteral("statusRunning"), 640, 664);
+    m_statusRunning = add(QStringLiteral("statusRunning"), ModeX, ModeX + RunningMark);
     m_statusRunning->setPixmap(linePixmap(LineIcon::Run, Style::Active)
                                    .scaled(RunningMark, RunningMark, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    m_statusModulation = add(QStringLiteral("statusModulation"), 644, 930);
+    m_statusModulation = add(QStringLiteral("statusModulation"), ModeX, ModeEnd);
     m_statusRunMode = add(QStringLiteral("statusRunMode"), 936, Style::WindowWidth - 12);
     connect(&Freshness::panel(), &Freshness::changed, this, &MainWindow::UpdateStatusBar);
 }
@@ -230,10 +232,11 @@ void MainWindow::UpdateStatusBar() {
         applySheet(label, ordinary);
     applySheet(m_statusModulation, marked ? STATUS_RUNNING_STYLE : ordinary);
     m_statusRunning->setVisible(marked);
-    m_statusModulation->setIndent(marked ? RunningMark + 4 : 0);
+    const int modeX = marked ? ModeX + RunningMark + 4 : ModeX;
+    m_statusModulation->setGeometry(modeX, 0, ModeEnd - modeX, Style::StatusBarHeight);
     const QFontMetrics metrics = m_statusModulation->fontMetrics();
     m_statusModulation->setText(shortenedAtComma(GetStatusBarMode(running), [this, &metrics](const QString& text) {
-        return metrics.horizontalAdvance(text) <= m_statusModulation->width() - m_statusModulation->indent();
+        return metrics.horizontalAdvance(text) <= m_statusModulation->width();
     }));
     m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
 }

@@ -24,9 +24,12 @@ struct FunctionButton {
 
 const std::vector<FunctionButton>& functionButtons() {
     static const std::vector<FunctionButton> buttons{
-        {"CW && Modulation", "funcCw", 385, {STATE_CW}}, {"Sweep", "funcSweep", 100, {STATE_FRSW, STATE_PRSW}},
-        {"List", "funcList", 100, {STATE_LIST}},         {"Run Mode", "funcRunMode", 145, {STATE_RUNMODE}},
-        {"System", "funcSystem", 145, {STATE_SYSTEM}},   {"About", "funcAbout", 145, {STATE_ABOUT}},
+        {"CW && Modulation", "funcCw", 385, {STATE_CW, STATE_PATTERN, STATE_PATTERN_FILES}},
+        {"Sweep", "funcSweep", 100, {STATE_FRSW, STATE_PRSW}},
+        {"List", "funcList", 100, {STATE_LIST}},
+        {"Run Mode", "funcRunMode", 145, {STATE_RUNMODE}},
+        {"System", "funcSystem", 145, {STATE_SYSTEM}},
+        {"About", "funcAbout", 145, {STATE_ABOUT}},
     };
     return buttons;
 }
@@ -64,15 +67,15 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
         addPicture(QStringLiteral("temperatureIcon"), {1070, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
     m_mark = new QLabel(this);
     m_mark->setObjectName(QStringLiteral("linkLost"));
-    m_mark->setGeometry(1022, 8, 130, 44);
+    m_mark->setGeometry(1021, 8, 131, 44);
     m_mark->setAlignment(Qt::AlignCenter);
     m_mark->setStyleSheet(LINK_LOST_STYLE);
     m_mark->hide();
-    m_charging = addPicture(QStringLiteral("chargingIcon"), {1196, 14, 20, 32}, QStringLiteral(":/charging_icon.png"));
-    m_battery = addPicture(QStringLiteral("batteryIcon"), {1158, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
+    m_charging = addPicture(QStringLiteral("chargingIcon"), {1200, 14, 16, 32}, QStringLiteral(":/charging_icon.png"));
+    m_battery = addPicture(QStringLiteral("batteryIcon"), {1154, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
     m_percent = new QLabel(QStringLiteral("100%"), this);
     m_percent->setObjectName(QStringLiteral("batteryPercent"));
-    m_percent->setGeometry(1208, 10, 72, 40);
+    m_percent->setGeometry(1216, 10, 64, 40);
     m_percent->setAlignment(Qt::AlignVCenter | Qt::AlignLeft);
     m_percent->setStyleSheet(WIDGET_COMM_STYLE);
     m_lowBattery = new QMovie(QStringLiteral(":/lowBat.gif"), QByteArray(), this);

@@ -37,6 +37,8 @@ private slots:
         allowMessages("\\[SCPI\\]"); // some stops are a lost link and a silent module
         LookRules rules({
             {LookRules::TextRoom, "", "Files row 1 column 1", "a file name of 186 letters shows its beginning and end"},
+            {LookRules::TextRoom, "list-long", "listTable row 999",
+             "a number of many decimals is written smaller, with its unit below"},
         });
         PanelTour tour([&rules](const PanelTour::Stop& stop) { rules.look(stop); });
         tour.run();

@@ -121,6 +121,25 @@ private slots:
         QTRY_COMPARE(bar->value(), at + bar->pageStep());
     }
 
+    /// As the touch screen reports it, whose first finger Qt makes a mouse of.
+    void byTouch() {
+        QAbstractItemView* view = shown("cfgList");
+        QVERIFY(view);
+        QTouchDevice* screen = QTest::createTouchDevice();
+        QWindow* window = panel().window().windowHandle();
+        QPoint at = view->viewport()->mapTo(&panel().window(), view->viewport()->rect().center());
+        QTest::touchEvent(window, screen).press(0, at, window);
+        for (int i = 0; i < 10; ++i)
+            QTest::touchEvent(window, screen).move(0, at -= QPoint(0, 20), window);
+        QTRY_VERIFY2(view->verticalScrollBar()->value() >= 180,
+                     qPrintable(QString::number(view->verticalScrollBar()->value())));
+        QTest::touchEvent(window, screen).release(0, at, window); // no question is asked
+        QTRY_COMPARE(QScroller::scroller(view->viewport())->state(), QScroller::Inactive);
+        panel().dialogs().expectButton(DialogKind::Question, QString(), QMessageBox::No);
+        QTest::touchEvent(window, screen).press(0, at, window);
+        QTest::touchEvent(window, screen).release(0, at, window);
+    }
+
     /// A tap that rolls by less than the way of a swipe is one, on the row where it began.
     void rollingTap() {
         auto* table = qobject_cast<ListTable*>(shown("listTable"));

@@ -260,7 +260,8 @@ private slots:
         expectProgress("Transferring FPGA image", [&](QDialog& dialog) {
             sinceLook.start();
             const auto look = [&] {
-                texts << static_cast<UpdateDialog&>(dialog).text();
+                texts << static_cast<UpdateDialog&>(dialog).text()
+                      << "row: " + dialog.findChild<QLabel*>("boardWord1")->text();
                 longestMs = qMax(longestMs, sinceLook.restart());
             };
             connect(&sampler, &QTimer::timeout, &dialog, look);
@@ -271,7 +272,8 @@ private slots:
         QVERIFY(choose(0));
         for (unsigned i = 0; i < 4; ++i)
             QCOMPARE(m_rig->boards[i]->sha256(), sha256(i < channels ? m_image : QByteArray()));
-        for (const char* phase : {"Programming FPGA: ", "Verifying FPGA: "})
+        for (const char* phase :
+             {"Programming FPGA: ", "Verifying FPGA: ", "row: waiting", "row: programming", "row: done"})
             QVERIFY2(!texts.filter(phase).isEmpty(), phase);
         QVERIFY2(longestMs < 500, qPrintable(QString::number(longestMs)));
         QCOMPARE(panel().sent(), QStringList());

@@ -41,6 +41,31 @@ private slots:
         qputenv("PATH", path);
     }
 
+    // Signed while it is built, or afterwards; whatever is changed then is noticed.
+    void signedPackages() {
+        QCOMPARE(run("keygen @key").code, 0);
+        QCOMPARE(run("keygen @other").code, 0);
+        QVERIFY(QFileInfo(at("key")).permissions() ==
+                (QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser));
+        QCOMPARE(run("keygen @key").code, 1); // a key is not overwritten
+        QVERIFY(run("--version 5 --key @key --release 7 module @module @out").error.contains("no \"model\""));
+        QVERIFY(QDir(at("out")).isEmpty());
+        QCOMPARE(run("--version 5 module @module @out").code, 0);
+        const QString check = "--public @key.pub check @out";
+        QVERIFY(run(check).error.contains("it is not signed"));
+        QCOMPARE(run("--key @key --release 7 --model KV-6000 sign @out").code, 0);
+        const ToolRun good = run(check);
+        QVERIFY2(good.code == 0 && good.output.contains("release 7 for KV-6000"), qPrintable(good.error));
+        QVERIFY(good.output.contains("module: 14 bytes, SHA-256 0fdf6997"));
+        QCOMPARE(run("--public @other.pub check @out").code, 1);
+        const QByteArray manifest = m_dir->contentOf("out/Manifest");
+        m_dir->put("out/Manifest", manifest + ' ');
+        QVERIFY(run(check).error.contains("not signed with this key"));
+        m_dir->put("out/Manifest", manifest);
+        m_dir->put("out/module", "module packagf");
+        QVERIFY(run(check).error.contains("is not the hash of"));
+    }
+
     void buildRefusal_data() {
         QTest::addColumn<QString>("line");
         QTest::addColumn<QString>("error");

@@ -1,6 +1,7 @@
 #include "portable/screens/cw/screenrfmod.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/fields/stepkeys.h"
 #include "portable/fields/valuefield.h"
 #include "portable/host/panelhost.h"
 #include "portable/screens/cw/wdgrfmod.h"
@@ -18,6 +19,7 @@ constexpr int FrequencyGroupHeight = 240;
 constexpr int ModulationsTop = FrequencyGroupHeight + Style::Gap;
 constexpr PageGroup::Column FrequencyColumn{24, 200, 508, 128};
 constexpr PageGroup::Column PhaseColumn{460, 592, 256, 0};
+constexpr int StepCaptionX = 872;
 constexpr int FrequencyRow = 40;
 constexpr int PowerRow = 152;
 
@@ -64,6 +66,16 @@ void rfmodScreen::buildFrequencyGroup() {
         addValueField(*group, host(), PhaseColumn, PowerRow,
                       {QStringLiteral("Phase (°):"), QStringLiteral("cwPhase"), QStringLiteral("CW Phase")}, phase)
             .entry;
+
+    group->addCaption(StepCaptionX, 0, Style::CaptionHeight, QStringLiteral("Step"));
+    m_frequencySteps = new StepKeys(
+        *group, host(), *m_frequency,
+        {QStringLiteral("frequencyStep"), QStringLiteral("Frequency step"), UnitQuantity::Frequency, 1e6, 1e-3, 1e9},
+        FrequencyRow, Style::FrequencyHeight);
+    m_powerSteps =
+        new StepKeys(*group, host(), *m_power,
+                     {QStringLiteral("powerStep"), QStringLiteral("Power step"), UnitQuantity::Power, 1, 0.01, 50},
+                     PowerRow, Style::EntryHeight);
 }
 
 void rfmodScreen::update_from_config(STATE state) {
@@ -75,6 +87,8 @@ void rfmodScreen::update_from_config(STATE state) {
     }
     m_power->reload();
     m_phase->reload();
+    m_frequencySteps->reload();
+    m_powerSteps->reload();
     m_modulations->update_from_config(state);
 }
 

@@ -6,6 +6,7 @@
 namespace Kavor::HandheldGui {
 
 class ComboBox;
+class StepKeys;
 class rfModulationsWidget;
 
 /// The first screen: CW frequency, power and phase, and the modulations.
@@ -43,6 +44,8 @@ private:
     ComboBox* m_frequencyUnit = nullptr;
     ValueEntry* m_power = nullptr;
     ValueEntry* m_phase = nullptr;
+    StepKeys* m_frequencySteps = nullptr;
+    StepKeys* m_powerSteps = nullptr;
     rfModulationsWidget* m_modulations = nullptr;
 };
 

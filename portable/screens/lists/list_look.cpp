@@ -30,7 +30,7 @@ ListTableViewConfig listLook(int x, int y, int width, int rows, int firstColumnW
     config.button = QColor(Style::Raised);
     config.edge = QColor(Style::Edge);
     config.unitText = Style::TextLabel;
-    config.smallText = Style::TextLabel;
+    config.smallText = Style::TextGroup;
     return config;
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr QRect PositionPlace(RowTools::X, 8, 184, 68);
 constexpr int KeysTop = 88;
-constexpr int KeysHeight = 328;
+constexpr int KeysHeight = 332;
 constexpr int KeyWidth = 116;
 constexpr int KeyHeight = 72;
 constexpr int HandleX = RowTools::X + KeyWidth + Style::Gap;

@@ -21,9 +21,9 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int RunTypeX = 192;
+constexpr int RunTypeX = 176;
 constexpr int GroupGap = 12;
-constexpr int SideRoom = 24;
+constexpr int SideRoom = 20; // so that the entry has room for nanoseconds of 100 s
 constexpr int UnitWidth = 88;
 constexpr int RightMargin = 12;
 
@@ -110,7 +110,7 @@ FrequencyListConfig& listScreen::frequencies() {
 
 void listScreen::setDwellMode(DwellMode mode) {
     m_dwellMode->choose(mode);
-    m_fixed.entry->setCalculated(mode == Step);
+    m_fixed.entry->setEnabled(mode == Fixed);
     frequencies();
     if (mode == Fixed)
         setFixedTime();

@@ -24,15 +24,15 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int SettingsHeight = 116;
-constexpr int TitleHeight = 34;
+constexpr int SettingsHeight = 112;
+constexpr int TitleHeight = 36;
 constexpr int TableRows = 5;
 constexpr int TableInset = 16;
 constexpr int TableWidth = RowTools::X - Style::Gap - TableInset;
 constexpr int StepColumnWidth = 88; ///< for five figures
-constexpr int NameX = 180;
+constexpr int NameX = 200;
 constexpr int NameGap = 12;
-constexpr int CaptionHeight = 34;
+constexpr int CaptionHeight = 36;
 
 QRect mainPlace(int y, int height) {
     return {Style::PageMargin, y, ActionColumn::MainWidth, height};
@@ -73,9 +73,10 @@ void StepListScreen::buildTable() {
     m_tableGroup = new PageGroup(m_page, QString(), mainPlace(Top, ActionColumn::Height - Top));
     QLabel* title = m_tableGroup->addLabel(PageGroup::Left.labelX, 0, NameX - NameGap - PageGroup::Left.labelX,
                                            TitleHeight, QString::fromLatin1(m_kind.editCaption));
-    applySheet(title, WIDGET_LBL_BOLD_STYLE);
+    applySheet(title, DYN_VALUE_STYLE2);
     m_name = m_tableGroup->addLabel(NameX, 0, 10, TitleHeight, QString());
     m_name->setObjectName(named("Name"));
+    applySheet(m_name, WIDGET_COMM_STYLE);
     m_name->setTextFormat(Qt::PlainText);
     m_unsaved = m_tableGroup->addLabel(NameX, 0, TitleHeight, TitleHeight, QString(QChar(0x25CF)));
     m_unsaved->setObjectName(named("Unsaved"));
@@ -96,13 +97,14 @@ void StepListScreen::buildSettings() {
     addCaption(PageGroup::Left.labelX, QString::fromLatin1(m_kind.settingsCaption));
     auto* box = new CheckRow(m_settings, QString::fromLatin1(m_kind.enableLabel), m_kind.enableBoxX);
     box->setObjectName(named("Enable"));
-    box->setGeometry(PageGroup::Left.labelX, SettingsRow, m_kind.enableBoxX + 52, Style::ButtonHeight);
+    box->setGeometry(PageGroup::Left.labelX, SettingsRow, CheckRow::narrowWidth(m_kind.enableBoxX),
+                     Style::ButtonHeight);
     m_enable = new EnableBox(host(), box, m_kind.bit, QString::fromLatin1(m_kind.logPrefix), QString());
 }
 
 void StepListScreen::addCaption(int x, const QString& text) {
     QLabel* caption = m_settings->addLabel(x, 0, 10, CaptionHeight, text);
-    applySheet(caption, WIDGET_LBL_BOLD_STYLE);
+    applySheet(caption, DYN_VALUE_STYLE2);
     caption->resize(caption->sizeHint().width(), CaptionHeight);
 }
 

@@ -36,7 +36,7 @@ enum AdvanceButton { Once, Step };
 enum SlopeButton { Positive, Negative };
 enum RunModeButton { Continuous, Triggered };
 
-constexpr PageGroup::Column EntryColumn{704, 888, 192, 116};
+constexpr PageGroup::Column EntryColumn{704, 888, 200, 108};
 constexpr PageGroup::Column CountColumn{704, 888, 320, 0};
 constexpr int ChoiceX = 240;
 constexpr int ChoicesWidth = 432;

@@ -71,7 +71,7 @@ void SweepDrawing::paintEvent(QPaintEvent*) {
     QFont small(QStringLiteral("Segoe UI"));
     small.setPixelSize(Style::TextGroup);
     painter.setFont(small);
-    painter.setPen(QColor(freshness.isStale() ? Style::Disabled : Style::Label));
+    painter.setPen(QColor(freshness.isStale() ? Style::Stale : Style::Label));
     const QRect upper(0, 0, EndsWidth, 34);
     const double top = qMax(m_sweep.start, m_sweep.stop);
     const double bottom = qMin(m_sweep.start, m_sweep.stop);
@@ -98,7 +98,7 @@ void SweepDrawing::paintEvent(QPaintEvent*) {
     QFont strong(small);
     strong.setWeight(QFont::DemiBold);
     painter.setFont(strong);
-    painter.setPen(QColor(freshness.isStale() ? Style::Disabled : Style::Text));
+    painter.setPen(QColor(freshness.isStale() ? Style::Stale : Style::Text));
     const QRect right(CurveX + CurveWidth + 16, 0, width() - CurveX - CurveWidth - 16, height());
     painter.drawText(right, Qt::AlignRight | Qt::AlignVCenter, sum());
 }

@@ -89,7 +89,7 @@ QPushButton* systemScreen::placeButton(QWidget* group, const QRect& place, const
     if (button.leads) {
         auto* sign = new QLabel(made);
         sign->setAttribute(Qt::WA_TransparentForMouseEvents);
-        sign->setPixmap(linePixmap(LineIcon::Forward, Style::Label));
+        sign->setPixmap(linePixmap(LineIcon::Forward, Style::Disabled));
         sign->setGeometry(place.width() - LineIconSize - 8, 0, LineIconSize, place.height());
     }
     connect(made, &QPushButton::clicked, this, [this, made, slot = button.slot, asks = button.asks] {

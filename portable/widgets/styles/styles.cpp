@@ -80,7 +80,7 @@ QString chosenButton() {
     return filledButton(OnActive, Active, ActiveDown) +
            filledButton(OnRfOn, RfOn, RfOnDown, QStringLiteral("[tone=\"rf\"]"), TextOutput) +
            filledButton(OnNeutral, Neutral, Text, QStringLiteral("[tone=\"off\"]")) +
-           filledButton(Label, RaisedDown, Raised, QStringLiteral("[tone=\"stale\"]")) + buttonVariants() +
+           filledButton(Text, RaisedDown, Raised, QStringLiteral("[tone=\"stale\"]")) + buttonVariants() +
            disabledButton(true);
 }
 
@@ -117,7 +117,7 @@ QString edit(int pixels, QRgb text, QRgb background, QRgb edge, bool strong = fa
                 colours(text, background) + border(2, edge) + font(pixels, strong) +
                     QStringLiteral("padding: 0 12px; selection-background-color: %1; selection-color: %2;")
                         .arg(css(Active), css(OnActive))) +
-           rule(QStringLiteral("QLineEdit[compact=\"true\"]"), font(TextGroup) + QStringLiteral("padding: 0 6px;")) +
+           rule(QStringLiteral("QLineEdit[compact=\"true\"]"), font(TextGroup) + QStringLiteral("padding: 0 4px;")) +
            rule(QStringLiteral("QLineEdit:disabled"),
                 colours(Disabled, Panel) + QStringLiteral("border-color: %1;").arg(css(PanelEdge)));
 }
@@ -191,7 +191,7 @@ const QString STATUS_BAR_STYLE =
 
 const QString STATUS_VALUE_STYLE = label(TextGroup, Text);
 const QString STATUS_RUNNING_STYLE = label(TextGroup, Active, true);
-const QString STATUS_STALE_STYLE = label(TextGroup, Disabled);
+const QString STATUS_STALE_STYLE = label(TextGroup, Stale);
 
 const QString PRESSED_TAB_BTN_STYLE = pageTab(true);
 const QString UNPRESSED_TAB_BTN_STYLE = pageTab(false);
@@ -221,7 +221,7 @@ const QString DYN_LABEL_STYLE2 = label(TextGroup, Label);
 const QString DYN_VALUE_STYLE2 = label(TextGroup, Text, true);
 const QString LINK_LOST_STYLE =
     rule(QStringLiteral("QLabel"), QStringLiteral("color: %1; background: %2;").arg(css(OnWrong), css(Wrong)) +
-                                       border(2, Wrong) + font(TextLabel, true));
+                                       border(2, Wrong) + font(TextGroup, true));
 
 const QString WIDGET_GROUP_STYLE = group(Panel, PanelEdge);
 const QString WIDGET_GROUP_STYLE_HIDDEN_BORDER = group(Ground, Ground);

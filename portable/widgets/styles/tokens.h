@@ -19,6 +19,7 @@ constexpr QRgb PanelEdge = 0xFF232D37;
 constexpr QRgb Text = 0xFFF3F6F9;
 constexpr QRgb Label = 0xFFB9C4CF;
 constexpr QRgb Disabled = 0xFF8492A0;
+constexpr QRgb Stale = 0xFF97A3AF; ///< a readout of a module out of reach
 constexpr QRgb Active = 0xFF35B8F1;
 constexpr QRgb ActiveDown = 0xFF7FD3F8;
 constexpr QRgb OnActive = 0xFF04202E;
