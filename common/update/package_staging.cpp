@@ -1,6 +1,7 @@
 #include "common/update/package_staging.h"
 
 #include "common/update/package_trust.h"
+#include "common/update/signature.h"
 #include "platform/durable_file.h"
 
 #include <QCryptographicHash>
@@ -156,7 +157,7 @@ PackageStaging::Result PackageStaging::stage(const MANIFEST_DATA& asked, const Q
     // The medium's name for the package may be anything; the folder holds but these three.
     const QString packageName = QFileInfo(asked.package_path).fileName();
     const QString manifestPath = m_folder + '/' + ManifestName;
-    const bool isSigned = !asked.signature.isNull();
+    const bool isSigned = asked.signature.size() == Signature::Size; // any other is broken as it was read
     if (packageName.isEmpty() || packageName == ManifestName || packageName == signaturePath(ManifestName))
         return fail(Result::NoPackage, QStringLiteral("%1 is no package").arg(asked.package_path));
     // The package first: without it nothing else is of interest.
@@ -182,6 +183,8 @@ PackageStaging::Result PackageStaging::stage(const MANIFEST_DATA& asked, const Q
     if (m_manifest->bytes != asked.bytes)
         return Result::Changed;
     m_manifest->package_path = m_folder + '/' + packageName;
+    if (!isSigned)
+        m_manifest->signature = asked.signature;
     m_manifest->seal = sealOf(*m_manifest, keys);
     const bool hasHash = !m_manifest->package_sha256.isEmpty();
     return hasHash && !isWhole(between(60, 100, progress)) ? Result::Damaged : Result::Ok;

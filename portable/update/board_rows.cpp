@@ -18,7 +18,7 @@ constexpr int AddressX = NameX + NameWidth;
 constexpr int AddressWidth = 208;
 constexpr int BarX = AddressX + AddressWidth + 8;
 constexpr int BarWidth = 232;
-constexpr int BarHeight = 12;
+constexpr qreal BarHeight = 12;
 constexpr int MarkX = BarX + BarWidth + 32;
 constexpr int WordX = MarkX + LineIconRoom.width();
 

@@ -144,12 +144,12 @@ void fwList::onScanned() {
 
 QString fwList::chosenPath() const {
     const QTableWidgetItem* item = currentRow() >= 0 ? this->item(currentRow(), Path) : nullptr;
-    return item ? item->data(Qt::ToolTipRole).toString() : QString();
+    return item ? item->data(PackageRowDelegate::ManifestPath).toString() : QString();
 }
 
 void fwList::choose(const QString& manifestPath) {
     for (int row = 0; row < rowCount() && !manifestPath.isEmpty(); ++row) {
-        if (item(row, Path)->data(Qt::ToolTipRole).toString() == manifestPath)
+        if (item(row, Path)->data(PackageRowDelegate::ManifestPath).toString() == manifestPath)
             return selectRow(row);
     }
     scrollToTop();
@@ -179,7 +179,7 @@ void fwList::addRow(const MANIFEST_DATA& package) {
         if (column == Signed)
             item->setData(PackageRowDelegate::MarkRole, static_cast<int>(markOf(package.seal)));
         if (column == Path)
-            item->setData(Qt::ToolTipRole, package.manifest_path);
+            item->setData(PackageRowDelegate::ManifestPath, package.manifest_path);
         setItem(row, column, item);
         height = qMax(height, PackageRowDelegate::heightOf(model()->index(row, column), columnWidth(column)));
     }

@@ -4,7 +4,6 @@
 #include "portable/widgets/lineicons.h"
 #include "portable/widgets/styles/tokens.h"
 
-#include <QAbstractItemView>
 #include <QPainter>
 
 namespace Kavor::HandheldGui {
@@ -13,7 +12,6 @@ namespace {
 
 constexpr int PaddingX = 16;
 constexpr int PaddingY = 9;
-constexpr int FrameWidth = 3;
 constexpr int LongestWord = 1; ///< a text that is too wide may be broken behind every character
 
 QFont fontOf(int pixels, bool strong) {
@@ -45,20 +43,6 @@ QColor colourOf(const QModelIndex& index) {
     return calm ? Style::Label : Style::Text;
 }
 
-/// Of the whole row, of which each cell paints its own part.
-void paintFrame(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
-    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
-    if (!view)
-        return;
-    const int last = index.model()->columnCount() - 1;
-    const QRect row = view->visualRect(index.siblingAtColumn(0)).united(view->visualRect(index.siblingAtColumn(last)));
-    const double inset = FrameWidth / 2.0;
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(Style::Active), FrameWidth));
-    painter.setBrush(QColor(Style::Field));
-    painter.drawRoundedRect(QRectF(row).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
-}
-
 } // namespace
 
 QString PackageRowDelegate::fitted(const QString& text, int width, bool strong) {
@@ -80,7 +64,7 @@ void PackageRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
     painter->save();
     painter->setClipRect(cell);
     if (option.state & QStyle::State_Selected)
-        paintFrame(*painter, option, index);
+        painter->fillRect(cell, QColor(Style::Field));
     else
         painter->fillRect(cell.left(), cell.bottom(), cell.width(), 1, QColor(Style::PanelEdge));
     const QString text = index.data().toString();
@@ -102,6 +86,7 @@ void PackageRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
         painter->drawText(room.adjusted(0, first, 0, 0), Qt::AlignTop | Qt::TextWordWrap, second);
     }
     painter->restore();
+    paintFrame(*painter, option);
 }
 
 } // namespace Kavor::HandheldGui

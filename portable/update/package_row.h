@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QStyledItemDelegate>
+#include "portable/widgets/rowdelegate.h"
 
 namespace Kavor::HandheldGui {
 
 /// Paints the rows of the package list: a text and a smaller one below it, or a mark before a word. The chosen row has
 /// a frame. Texts are broken where they hold places for it, see breakable().
-class PackageRowDelegate : public QStyledItemDelegate {
+class PackageRowDelegate : public RowDelegate {
     Q_OBJECT
 
 public:
@@ -14,10 +14,11 @@ public:
     enum Role {
         SecondLine = Qt::UserRole, ///< a text
         Strong,                    ///< bool: the first text is bold
-        MarkRole                   ///< an int of LineIcon, before the text
+        MarkRole,                  ///< an int of LineIcon, before the text
+        ManifestPath               ///< a text, not shown
     };
 
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using RowDelegate::RowDelegate;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 

@@ -13,6 +13,9 @@ public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+    /// A cell's part of the frame of a selected row; nothing of another one.
+    static void paintFrame(QPainter& painter, const QStyleOptionViewItem& option);
 };
 
 } // namespace Kavor::HandheldGui

@@ -147,8 +147,10 @@ private slots:
         }
         QVERIFY(QFile::remove(m_dir->at("stick/Manifest.sig")));
         QVERIFY(seal() == Seal::Unsigned);
-        QVERIFY(QFile::link(m_dir->at("none"), m_dir->at("stick/Manifest.sig")));
-        QVERIFY(seal() == Seal::Broken);
+        QVERIFY(QFile::link(m_dir->at("stick/p"), m_dir->at("stick/Manifest.sig")));
+        Seal copied = Seal::Unsigned;
+        QVERIFY(seal() == Seal::Broken && stage(*listed(), &copied) == Result::Ok && copied == Seal::Broken);
+        QVERIFY(QFile::remove(m_dir->at("stick/p")) && seal() == Seal::Broken);
     }
 
     void policyFiles() {
