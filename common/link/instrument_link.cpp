@@ -146,15 +146,12 @@ void InstrumentLink::selectChannel(unsigned channel) {
         emit channelChanged();
 }
 
-/// A region that was made anew may hold fewer channels. One channel more than it holds is nobody's choice: whoever
-/// selects it knows that it is empty.
 void InstrumentLink::keepChannelInside() {
-    if (!m_region.isUsable() || m_channel >= MaxChannels || m_region.holds(m_channel))
+    if (publishedChannels() == 0 || m_region.holds(m_channel))
         return;
     qCWarning(lcScpi) << "[SCPI] the region holds no channel" << m_channel << "any more: the first is selected";
     selectChannel(0);
-    // Not under a command that may be waiting.
-    QMetaObject::invokeMethod(this, &InstrumentLink::renewConnection, Qt::QueuedConnection);
+    renewConnection();
 }
 
 void InstrumentLink::renewConnection() {
@@ -198,7 +195,6 @@ void InstrumentLink::followRegion() {
         qCWarning(lcScpi) << "[SCPI] the module's region was made anew or resized";
     if (m_region.isUsable())
         takeSnapshot();
-    keepChannelInside();
     noteModule();
     QMetaObject::invokeMethod(this, &InstrumentLink::updateLink, Qt::QueuedConnection);
 }

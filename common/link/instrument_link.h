@@ -79,6 +79,10 @@ public:
     unsigned publishedChannels() const;
     unsigned currentChannel() const { return m_channel; }
 
+    /// Makes the first channel current where a region made anew holds fewer than there were, over a connection of its
+    /// own. Until then a channel that is not there reads as zeros. Not while a command waits.
+    void keepChannelInside();
+
     /// A command is waiting for its answer.
     bool isWaiting() const { return m_waits > 0; }
 
@@ -161,7 +165,6 @@ private:
     void noteAnswer(const Answer& answer);
     void noteModule();
     void greet();
-    void keepChannelInside();
 
     const InstrumentSettings m_settings;
     QHostAddress m_address;

@@ -201,6 +201,7 @@ void MainWindow::refreshFromModule() {
 }
 
 void MainWindow::followRecord() {
+    m_handler->keepChannelInside();
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     showOutputs();
     m_screens->update_from_config(m_state);
