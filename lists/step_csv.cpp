@@ -12,6 +12,8 @@
 
 namespace {
 
+constexpr int MostQuoted = 24; ///< characters of a cell in a sentence
+
 enum class Kind { Frequency, Power, Time, Count, Advance };
 
 struct Column {
@@ -68,7 +70,7 @@ bool readNumber(const QString& text, bool decimalComma, double& number, QString&
     static const QRegularExpression form(QRegularExpression::anchoredPattern(
         QStringLiteral("([+-]?(?:[0-9]+[.]?[0-9]*|[.][0-9]+)(?:[eE][+-]?[0-9]{1,3})?)"
                        "\\s*([^0-9.,\\s]*)")));
-    QString pointed = text;
+    QString pointed = text.simplified(); // a blank that does not break is one too
     if (decimalComma)
         pointed.replace(QLatin1Char(','), QLatin1Char('.'));
     const QRegularExpressionMatch match = form.match(pointed);
@@ -107,8 +109,12 @@ bool fail(QString& error, const CsvRecord& record, int field, const QString& wha
 }
 
 QString quoted(const QString& text) {
-    const QString line = text.simplified();
-    return QLatin1Char('"') + (line.size() > 24 ? line.left(23) + QChar(0x2026) : line) + QLatin1Char('"');
+    QString line = text.simplified();
+    line.truncate(MostQuoted + 1);
+    for (QChar& c : line)
+        c = c.isPrint() ? c : QChar(QChar::ReplacementCharacter); // or nobody sees what is wrong
+    return QLatin1Char('"') + (line.size() > MostQuoted ? line.left(MostQuoted - 1) + QChar(0x2026) : line) +
+           QLatin1Char('"');
 }
 
 /// For each field of a line its column. All that must be there are.

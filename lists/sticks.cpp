@@ -32,7 +32,7 @@ QString pathOf(const Stick& stick, const QString& name) {
 } // namespace
 
 std::vector<Stick> Sticks::present() {
-    const QDir media(DevicePaths::mediaRoot() + QLatin1Char('/') + DevicePaths::userName());
+    const QDir media(DevicePaths::mediaFolder());
     std::vector<Stick> sticks;
     for (const QString& name : media.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name)) {
         const QString path = media.filePath(name);
@@ -61,6 +61,10 @@ bool Sticks::save(const Stick& stick, const QString& name, const QString& root, 
     // A stick whose mount has gone may leave its folder behind, on the device's own disk.
     if (deviceOf(stick.path) != stick.device)
         return failed(stick, error);
+    if (name.contains(QLatin1Char('/')) || name.startsWith(QLatin1Char('.'))) {
+        error = QStringLiteral("A file on a stick cannot be called %1").arg(name);
+        return false;
+    }
     const QString path = pathOf(stick, name);
     if (QFileInfo(path).isSymLink()) { // it could lead to the device's own files
         error = QStringLiteral("Failed to open list file for writing");

@@ -28,7 +28,8 @@ std::vector<Stick> present();
 [[nodiscard]] bool load(const Stick& stick, const QString& name, const QString& root, QJsonArray& steps,
                         QString& error);
 
-/// Overwrites a file of the same name; on the medium when it returns. Steps are written as the name's ending says.
+/// Overwrites a file of the same name; on the medium when it returns. Steps are written as the name's ending says. A
+/// name that is a path, or of a hidden file, is refused.
 [[nodiscard]] bool save(const Stick& stick, const QString& name, const QString& root, const QJsonArray& steps,
                         QString& error);
 

@@ -50,6 +50,10 @@ QString mediaRoot() {
     return withoutEndSlash(fromEnvironment("VELDA_MEDIA", "/media"));
 }
 
+QString mediaFolder() {
+    return mediaRoot() + '/' + userName();
+}
+
 QString userName() {
     return fromEnvironment("VELDA_USER", accountName());
 }

@@ -20,6 +20,9 @@ QString moduleDropFolder();
 /// "/media", the parent of each user's removable media; VELDA_MEDIA. No slash at its end.
 QString mediaRoot();
 
+/// The folder below mediaRoot() in which each of the removable media of userName() has a folder of its own.
+QString mediaFolder();
+
 /// Login name of the account that owns the folder of removable media: VELDA_USER, otherwise the account of this
 /// process. Empty when even the system does not know it.
 QString userName();

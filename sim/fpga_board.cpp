@@ -78,6 +78,8 @@ void FpgaBoard::onReadyRead() {
 }
 
 void FpgaBoard::take(const FpgaRequest& request) {
+    if (m_faults.silentFrom >= 0 && request.block >= m_faults.silentFrom)
+        return;
     if (request.kind == FpgaRequest::Init)
         takeInit(request);
     else if (request.kind == FpgaRequest::Data)

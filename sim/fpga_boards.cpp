@@ -39,7 +39,7 @@ void FpgaBoards::run() {
             faults.lossPercent = m_options.lossPercent;
             faults.seed = static_cast<quint32>(number);
             if (number == m_options.silentBoard)
-                faults.ignoredInits = FpgaFaults::Always;
+                faults.silentFrom = m_options.silentFrom;
             board.setFaults(faults);
             QObject::connect(&board, &FpgaBoard::burnt, &board, [&board, address] { tell(board, address); });
             QString refusal;

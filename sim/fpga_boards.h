@@ -14,7 +14,8 @@ struct FpgaBoardsOptions {
     QVector<QHostAddress> addresses; ///< one per board
     FpgaBoardSettings board;         ///< of each, but for its address
     int lossPercent = 0;             ///< of the datagrams of each direction, on every board
-    int silentBoard = 0;             ///< number, from 1, of a board that answers nothing; 0: none
+    int silentBoard = 0;             ///< number, from 1, of a board that falls silent; 0: none
+    int silentFrom = 0;              ///< the block from which on it answers nothing; 0: from the start of a transfer
 };
 
 /// The FPGA boards of a module, on a thread of their own. Says on standard output what each holds when it has burnt an

@@ -9,6 +9,7 @@ namespace Sim {
 struct FpgaFaults {
     static constexpr int Always = std::numeric_limits<int>::max();
 
+    int silentFrom = -1;  ///< answers no datagram of this block or a later one; 0: none at all; negative: off
     int ignoredInits = 0; ///< this many INIT datagrams get no answer
     int ignoredData = 0;  ///< the same for data blocks
     int ignoredEofs = 0;

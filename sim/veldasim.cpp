@@ -67,7 +67,11 @@ QString readBoards(const QCommandLineParser& parser, Sim::FpgaBoardsOptions& opt
         unsigned most;
         unsigned value;
     };
-    Row rows[] = {{"board-port", 65535, 0}, {"board-loss", 99, 0}, {"board-silent", count, 0}, {"burn-ms", 3600000, 0}};
+    Row rows[] = {{"board-port", 65535, 0},
+                  {"board-loss", 99, 0},
+                  {"board-silent", count, 0},
+                  {"board-silent-from", 65535, 0},
+                  {"burn-ms", 3600000, 0}};
     for (Row& row : rows) {
         if (!readNumber(parser.value(row.option), 0, row.most, row.value))
             return QStringLiteral("--%1 takes 0 to %2").arg(row.option).arg(row.most);
@@ -75,7 +79,8 @@ QString readBoards(const QCommandLineParser& parser, Sim::FpgaBoardsOptions& opt
     options.board.port = static_cast<quint16>(rows[0].value);
     options.lossPercent = static_cast<int>(rows[1].value);
     options.silentBoard = static_cast<int>(rows[2].value);
-    options.board.burnMs = static_cast<int>(rows[3].value);
+    options.silentFrom = static_cast<int>(rows[3].value);
+    options.board.burnMs = static_cast<int>(rows[4].value);
     return {};
 }
 
@@ -110,6 +115,7 @@ int main(int argc, char** argv) {
         {"board-port", "Their UDP port.", "number", "7502"},
         {"board-loss", "Percent of the datagrams of each direction that are lost.", "percent", "0"},
         {"board-silent", "Number, from 1, of a board that does not answer.", "number", "0"},
+        {"board-silent-from", "Block of the transfer from which on it does not; 0: from its start.", "block", "0"},
         {"burn-ms", "Milliseconds that burning and verifying take.", "number", "8000"},
         {"command", "A command to carry out before the start, such as \":FREQ 2e9\". May be given again.", "text"},
     });

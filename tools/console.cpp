@@ -45,7 +45,7 @@ QString visible(const QString& text) {
     for (const uint c : text.toUcs4()) {
         if (c == '\\')
             shown += QStringLiteral("\\\\");
-        else if (QChar::isPrint(c))
+        else if (QChar::isPrint(c) && (c == ' ' || !QChar::isSpace(c)))
             shown += QString::fromUcs4(&c, 1);
         else
             shown += QStringLiteral("\\u{%1}").arg(c, 0, 16);

@@ -24,6 +24,8 @@ QString writeSecret(const QString& path, const QByteArray& text) {
     if (descriptor >= 0 && file.open(descriptor, QIODevice::WriteOnly, QFile::AutoCloseHandle) &&
         file.write(text) == text.size() && file.flush())
         return {};
+    if (descriptor >= 0) // half a key; what was there before is not ours
+        QFile::remove(path);
     return QStringLiteral("%1 cannot be written").arg(path);
 }
 
@@ -39,8 +41,9 @@ QString writeKeyPair(const QString& path) {
     if (!pair)
         return QStringLiteral("no key can be made");
     QString problem = writeSecret(path, Signature::keyText(pair->seed));
-    if (problem.isEmpty())
-        problem = Console::writeFile(publicPath, Signature::keyText(pair->publicKey));
+    if (!problem.isEmpty())
+        return problem;
+    problem = Console::writeFile(publicPath, Signature::keyText(pair->publicKey));
     if (!problem.isEmpty())
         QFile::remove(path);
     return problem;

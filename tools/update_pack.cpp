@@ -1,4 +1,3 @@
-#include "common/update/component_plan.h"
 #include "common/update/package_trust.h"
 #include "tools/console.h"
 #include "tools/package_build.h"
@@ -17,25 +16,23 @@ int tell(const QStringList& problems) {
     return problems.isEmpty() ? Console::Done : Console::Refused;
 }
 
-// A folder is copied as what it holds into a folder that is there: then the first and the second installation leave the
-// same tree.
+// A copy depends on what is there: the folder that it goes into is made first, and a folder is copied as what it holds.
+// Then the first and the second installation leave the same tree, whatever the other components make.
 QString takeInstall(const QString& text, PackageRequest& request) {
     const int at = text.indexOf('=');
     if (at < 1 || at + 1 == text.size())
         return QStringLiteral("--install takes NAME=DESTINATION");
     MANIFEST_DATA_COMPONENT component{"file", text.left(at), "copy", text.mid(at + 1)};
     const QFileInfo source(request.source + '/' + component.name);
+    if (component.destination.endsWith('/'))
+        component.destination += QFileInfo(source.absoluteFilePath()).fileName();
+    QString folder = QFileInfo(component.destination).path();
     if (source.isDir()) {
-        if (component.destination.endsWith('/'))
-            component.destination += QFileInfo(source.absoluteFilePath()).fileName();
-        if (!isPlainWord(component.destination))
-            return QStringLiteral("\"%1\" holds a character that may not stand in a command")
-                .arg(component.destination);
-        request.components << MANIFEST_DATA_COMPONENT{"file", "sudo mkdir -p " + component.destination, "action", {}};
+        folder = component.destination;
         component.type = "dir";
         component.name += "/.";
     }
-    request.components << component;
+    request.components << MANIFEST_DATA_COMPONENT{"file", "sudo mkdir -p " + folder, "action", {}} << component;
     return {};
 }
 
@@ -182,8 +179,9 @@ int main(int argc, char** argv) {
          {"name", "Name in the manifest; it decides the kind: FW, FPGA or NMX.", "name"},
          {"description", "Description in the manifest.", "text"},
          {"install",
-          "Copies a file of the package to a place of the instrument, or a folder so that it is that place; a folder's "
-          "place that ends in / is the folder to put it into.",
+          "Copies a file or folder of the package so that it is that place of the instrument; a place that ends in / "
+          "is the "
+          "folder to put it into. Folders on the way are made.",
           "name=place"},
          {"delete", "Deletes a file or folder of the unpacked package.", "name"},
          {"run", "Runs a command on the instrument; its failure stops the installation.", "command"},

@@ -212,6 +212,8 @@ void FpgaUpdater::takeStatus(const Datagram& datagram) {
 
 QStringList FpgaUpdater::silentBoards() const {
     QStringList silent;
+    if (m_step.isEmpty()) // nothing was sent
+        return silent;
     for (const TargetState& state : m_targets) {
         if (!(m_burning ? state.burnDone : state.acked))
             silent << state.address.toString();

@@ -150,10 +150,11 @@ int fwThread::installComponent(const MANIFEST_DATA_COMPONENT& component) {
     }
     if (plan.mayReboot)
         endAndUnmark();
-    if (plan.known && carryOut(plan, component))
+    const bool done = plan.known && carryOut(plan, component);
+    if (plan.mayReboot && !(done && m_step == static_cast<int>(m_manifest->components.size())))
+        mark(); // the instrument is still up, and what follows is part of the installation
+    if (done)
         return Done;
-    if (plan.mayReboot)
-        mark(); // what follows is part of the installation
     failure("fwThread::fwUpgrade %s: %s", plan.failure, plan.subject);
     if (plan.stops)
         return fail(ActionFailed, stepName(plan.subject));

@@ -116,14 +116,12 @@ bool ListTable::deleteCurrentStep(QString& error) {
     return true;
 }
 
-// As addStep() does.
 void ListTable::showInserted() {
     const QSignalBlocker quiet(this);
     const int row = currentRow() + 1;
     m_model->stepInserted(row);
     setCurrentCell(row, qMax(currentColumn(), 0));
     scrollTo(currentIndex());
-    emit listChanged();
 }
 
 bool ListTable::insertStep(QString& error) {
@@ -149,7 +147,6 @@ bool ListTable::moveCurrentStep(int by, QString& error) {
     m_model->stepChanged(row + by);
     setCurrentCell(row + by, currentColumn());
     scrollTo(currentIndex());
-    emit listChanged();
     return true;
 }
 

@@ -59,6 +59,8 @@ private slots:
         row("column missing", "frequency,dwell\n1,1", "!Line 1, column 3: \"power\" is missing");
         row("column twice", "frequency,power,dwell,power\n", "!Line 1, column 4: \"power\" is there twice");
         row("no number", Head + "1,0,1,Run\n\nabc,0,1,Run", "!Line 4, column 1: \"abc\" is no frequency");
+        row("what nobody sees", Head + QByteArray("1\u00A0Hz,1\0,1,Run", 16),
+            "!Line 2, column 2: \"1\uFFFD\" is no power");
         row("unit of another", Head + "1 GHz,0,5 MHz,Run", "!Line 2, column 3: \"5 MHz\" is no dwell");
         row("comma in a point list", "frequency;power;dwell\n1.000,5;0;1",
             "!Line 2, column 1: \"1.000,5\" is no frequency");
@@ -138,7 +140,9 @@ private slots:
             QVERIFY2(Sticks::load(stick, name, List, back, error), qPrintable(error));
             QCOMPARE(back.first().toObject().value("Frequency").toDouble(), 1.0);
         }
-        QVERIFY(!Sticks::save(stick, "link.csv", List, steps, error));
+        for (const char* refused : {"link.csv", "../out.csv", ".csv"})
+            QVERIFY2(!Sticks::save(stick, refused, List, steps, error), refused);
+        QVERIFY(!QFile::exists(media.path() + "/velda/out.csv"));
         QCOMPARE(QFileInfo(folder + "/link.csv").symLinkTarget(), QString("/etc/hostname"));
         QVERIFY(!Sticks::load(stick, "c.csv", List, steps, error));
         QCOMPARE(error, QString("Failed to open list file"));

@@ -13,10 +13,11 @@ class TestUpdatePack : public TestBase {
 private slots:
     // From the source folder through the tool and the installer to the place on the instrument.
     void builtSoftwareInstalls() {
-        const ToolRun built = run("--version 2.1 --run touch_@ran --install app=@installed --install data=@opt/d "
-                                  "--install data=@ --delete app --delete data --try false software @source @stick/FW");
+        const ToolRun built = run(
+            "--version 2.1 --run touch_@ran --install app=@opt/d/app --install app=@new/ "
+            "--install data=@opt/d --install data=@ --delete app --delete data --try false software @source @stick/FW");
         QVERIFY2(built.code == 0, qPrintable(built.error));
-        QVERIFY(run("list @stick/FW").output.contains("7. sudo cp -r "));
+        QVERIFY(run("list @stick/FW").output.contains("10. sudo cp -r "));
         m_dir->putProgram("bin/sudo", "#!/bin/sh\nexec \"$@\"\n");
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(at("bin")) + ':' + path);
@@ -26,15 +27,19 @@ private slots:
         InstallSettings settings;
         settings.scratchFolder = at("scratch");
         settings.markerFile = at("marker");
+        QStringList entries;
         for (int time = 1; time <= 2; ++time) { // the second one finds everything there
             fwThread installer(&manifest, settings);
             QSignalSpy upgraded(&installer, &fwThread::fwUpgraded);
             expectMessage("failed dir action command: false");
             installer.fwUpgrade();
             QCOMPARE(upgraded.first().first().toInt(), 0);
-            QCOMPARE(m_dir->contentOf("installed"), QByteArray("the application"));
-            for (const char* folder : {"opt/d", "data"})
-                QCOMPARE(QDir(at(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("one"));
+            QCOMPARE(m_dir->contentOf("opt/d/app") + m_dir->contentOf("new/app"),
+                     QByteArray("the application").repeated(2));
+            for (const char* folder : {"opt/d", "data", "new"})
+                entries += QDir(at(folder)).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+            QCOMPARE(entries, QStringList({"app", "one", "one", "app"}));
+            entries.clear();
             QVERIFY(QFile::remove(at("ran")));
             QVERIFY(QDir(at("scratch/patch")).isEmpty()); // what was copied was deleted then
         }
@@ -106,7 +111,7 @@ private slots:
         row("folder that becomes or goes into", software(R"({"type":"dir","name":"d","action":"copy","destination":"/d"})"), "end the name or the destination", TarFile().add("patch/d/x", "x").gzip());
         row("pipe", software(R"({"type":"file","name":"f","action":"copy","destination":"/f"})"), "pipe, a socket or a device", TarFile().add("patch/f", {}, TarFile::Pipe).gzip());
         row("pipe further down", software(R"({"type":"dir","name":"d/.","action":"copy","destination":"/d"})"), "pipe, a socket or a device", TarFile().add("patch/d/e/f", {}, TarFile::Pipe).gzip());
-        row("control characters", software("{\"type\":\"file\",\"action\":\"a\\u001b\\n\\\\\"}"), "unknown file action: \"a\\u{1b}\\u{a}\\\\\"");
+        row("control characters", software("{\"type\":\"file\",\"action\":\"a\\u001b\\n\\u00a0\\\\\"}"), "unknown file action: \"a\\u{1b}\\u{a}\\u{a0}\\\\\"");
         row("unsigned image", R"({"name":"FPGA","version":"1","package":"p"})", "not signed", QByteArray(100, 'x'));
         // clang-format on
     }
