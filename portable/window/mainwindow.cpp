@@ -437,7 +437,7 @@ void MainWindow::reportWhenFree(const QString& text) {
 }
 
 void MainWindow::showLink() {
-    const bool reachable = m_handler->isLinkUp() && m_handler->isModuleConnected();
+    const bool reachable = m_handler->isLinkUp() && m_handler->isModuleConnected() && m_handler->isAnswering();
     Freshness::panel().set(!m_handler->hasRecord() ? Freshness::Unknown
                            : reachable             ? Freshness::Current
                                                    : Freshness::Stale);

@@ -14,6 +14,7 @@ constexpr int NumberEnd = 120; ///< of a column: where its number ends and its u
 constexpr int UnitGap = 14;
 constexpr int BarWidth = 8;
 constexpr int FrameWidth = 3;
+constexpr int EdgeWidth = 2;
 constexpr QRgb ChosenGround = 0xFF1B252E;
 
 QFont fontOf(int pixels, bool strong) {
@@ -81,12 +82,10 @@ void ChannelRow::setChosen(bool chosen) {
 void ChannelRow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (m_chosen || isDown()) {
-        const double inset = FrameWidth / 2.0;
-        painter.setPen(m_chosen ? QPen(QColor(Style::Active), FrameWidth) : QPen(Qt::NoPen));
-        painter.setBrush(QColor(isDown() ? Style::Raised : ChosenGround));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
-    }
+    const double inset = (m_chosen ? FrameWidth : EdgeWidth) / 2.0;
+    painter.setPen(QPen(QColor(m_chosen ? Style::Active : Style::Edge), 2 * inset));
+    painter.setBrush(QColor(isDown() ? Style::Raised : m_chosen ? ChosenGround : Style::Panel));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), Style::Radius, Style::Radius);
     if (m_chosen)
         painter.fillRect(0, 2, BarWidth, height() - 4, QColor(Style::Active));
 

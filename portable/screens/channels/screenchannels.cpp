@@ -69,7 +69,6 @@ channelsScreen::channelsScreen(QWidget* parent, std::vector<STATE> states)
         auto* row = new ChannelRow(m_group, QStringLiteral("CH %1").arg(channel + 1));
         row->setObjectName(QStringLiteral("channel%1").arg(channel + 1));
         row->setGeometry(RowX, RowsTop + static_cast<int>(channel) * RowPitch, RowWidth, RowHeight);
-        m_group->addLine({RowX, row->y() + RowHeight + Style::Gap / 2, RowWidth, 1});
         connect(row, &ChannelRow::clicked, this, [this, row, channel] {
             ActionGate::panel().ask(row, [this, channel] { host().selectChannel(channel); });
         });
