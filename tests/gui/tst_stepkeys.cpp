@@ -139,6 +139,7 @@ private slots:
         start(setup);
         for (const char* name : {"sysModel", "sysTemperature"})
             QCOMPARE(panel().text(name), QString("---"));
+        QCOMPARE(panel().text("sysBatteryProtection"), QString("Battery protection ---"));
         power = key("cwPower");
         const QImage dashes = power->grab().toImage();
         panel().widget<QLineEdit>("cwPower")->setText("12.00");
