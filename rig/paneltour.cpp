@@ -3,6 +3,7 @@
 #include "portable/update/update_packages.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/boxes.h"
+#include "portable/widgets/freshness.h"
 #include "rig/panelfixture.h"
 #include "rig/tourguide.h"
 
@@ -57,6 +58,9 @@ void keyboardStops(TourGuide& g) {
     g.dialogShot("keyboard-frequency", DialogKind::Keyboard, [&g] { g.press("cwFrequency"); });
     g.dialogShot("keyboard-power", DialogKind::Keyboard, [&g] { g.press("cwPower"); });
     g.dialogShot("keyboard-phase", DialogKind::Keyboard, [&g] { g.press("cwPhase"); });
+    g.dialogShot("keyboard-step", DialogKind::Keyboard, [&g] { g.press("frequencyStepSize"); });
+    g.dialogShot("keyboard-step-power", DialogKind::Keyboard, [&g] { g.press("powerStepSize"); });
+    g.pressedShot("frequencyStepUp");
     g.press("tabAM");
     g.dialogShot("keyboard-percent", DialogKind::Keyboard, [&g] { g.press("amDepth"); });
     g.press("tabPulse");
@@ -178,6 +182,12 @@ void systemStops(TourGuide& g) {
     qunsetenv("VELDA_NET_CLASS");
 }
 
+void loseLink(TourGuide& g) {
+    g.panel().module().stop();
+    if (!QTest::qWaitFor([&g] { return !g.panel().handler().isLinkUp() && Freshness::panel().isStale(); }, 5000))
+        qFatal("The lost link is not noticed.");
+}
+
 void headerStops(TourGuide& g) {
     g.start();
     g.module([](ChannelRecord& r) { r.batteryCurrent = 200; });
@@ -191,9 +201,7 @@ void headerStops(TourGuide& g) {
     });
     g.dialogShot("box-low-battery", DialogKind::Critical, [&g] { g.panel().window().set_battery_level(8); });
     g.shot("header-low-battery");
-    g.panel().module().stop();
-    if (!QTest::qWaitFor([&g] { return !g.panel().handler().isLinkUp(); }, 5000))
-        qFatal("The lost link is not noticed.");
+    loseLink(g);
     for (const char* page : {"Sweep", "List", "RunMode", "System", "About", "Cw"}) {
         g.press(QString("func") + page);
         g.shot(QString("link-lost-") + QString(page).toLower());
@@ -204,6 +212,22 @@ void headerStops(TourGuide& g) {
     g.press("tabAM");
     g.panel().enter("cwPower", "1");
     g.shot("command-failure");
+}
+
+/// A link that is lost while everything radiates, and a module that was never there.
+void outOfReachStops(TourGuide& g) {
+    g.start();
+    for (const char* name : {"rfOn", "enableAM", "modOn"})
+        g.press(name);
+    loseLink(g);
+    g.shot("link-lost-running");
+    PanelFixture::Setup setup;
+    setup.startModule = false;
+    g.start(setup);
+    for (const char* page : {"Cw", "Sweep", "RunMode", "System"}) {
+        g.press(QString("func") + page);
+        g.shot(QString("no-record-") + QString(page).toLower());
+    }
 }
 
 /// A command that takes its time, one that is asked for meanwhile, and a module that has stopped answering.
@@ -252,4 +276,5 @@ void PanelTour::run() {
     headerStops(guide);
     waitStops(guide);
     boxStops(guide);
+    outOfReachStops(guide);
 }

@@ -42,7 +42,8 @@ QString nowText(const QString& value, const QString& unit) {
         return QString();
     const int point = value.indexOf(QLatin1Char('.'));
     const QString text = formatNumber(number, point < 0 ? 0 : value.length() - point - 1);
-    return QStringLiteral("Now %1 %2").arg(text, unit).trimmed();
+    const bool joined = unit == QString(QChar(0x00B0)); // the degree sign stands at its number
+    return (joined ? QStringLiteral("Now %1%2") : QStringLiteral("Now %1 %2")).arg(text, unit).trimmed();
 }
 
 void paintPanel(QPainter& painter, const QRect& rect, QRgb fill, QRgb edge, int radius) {

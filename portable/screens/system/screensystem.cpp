@@ -8,6 +8,7 @@
 #include "portable/screens/system/listcfg.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/choicegroup.h"
+#include "portable/widgets/freshness.h"
 #include "portable/widgets/lineicons.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/styles.h"
@@ -155,6 +156,7 @@ void systemScreen::buildInformation() {
     const int protectionX = ButtonX + LineIconSize + Style::Gap;
     m_protection = m_information->addLabel(protectionX, y, ProtectionWidth, ReadoutGroup::RowHeight, QString());
     m_protection->setObjectName(QStringLiteral("sysBatteryProtection"));
+    connect(&Freshness::panel(), &Freshness::changed, this, &systemScreen::showProtection);
     const int emptyX = protectionX + ProtectionWidth;
     m_empty = m_information->addLabel(emptyX, y, place.width() - emptyX - ButtonX, ReadoutGroup::RowHeight,
                                       QStringLiteral("Battery is Empty: module is OFF!"));
@@ -234,9 +236,19 @@ void systemScreen::update_from_config(STATE state) {
 void systemScreen::showInformation() {
     const ChannelRecord& record = handler().snapshot();
     m_information->readFrom(record);
-    m_protection->setText(record.batteryProtection == 1 ? QStringLiteral("Battery protection ON")
-                                                        : QStringLiteral("Battery protection OFF"));
+    showProtection();
     m_empty->setVisible(record.batteryCharge == 0 && isDischarging(record));
+}
+
+void systemScreen::showProtection() {
+    const Freshness& freshness = Freshness::panel();
+    const bool on = handler().snapshot().batteryProtection == 1;
+    m_protection->setText(QStringLiteral("Battery protection ") +
+                          freshness.shown(on ? QStringLiteral("ON") : QStringLiteral("OFF")));
+    applySheet(m_protection,
+               freshness.isStale()
+                   ? WIDGET_LBL_STYLE + QStringLiteral("QLabel { color: %1; }").arg(Style::css(Style::Stale))
+                   : WIDGET_LBL_STYLE);
 }
 
 void systemScreen::showReference() {

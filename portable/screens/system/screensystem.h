@@ -64,6 +64,7 @@ private:
     QString nameToUse(const QString& file);
     bool end(bool taken, bool reload);
     void chooseReference(int index);
+    void showProtection();
     void showReference();
     void showInformation();
     void handOnBattery();
