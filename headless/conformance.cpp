@@ -25,7 +25,7 @@ QByteArray text(const std::string& words) {
 /// The text of a limit, on this side of it where the wire's decimals cannot carry it.
 std::string limitText(const DeviceValue& item, double limit, double other) {
     const double scale = item.kind == DeviceValue::Kind::Time ? 1e-9 : 1.0;
-    const std::string argument = wireText(item, limit);
+    std::string argument = wireText(item, limit);
     const double missed = wireNumber(argument) - limit * scale;
     const double inward = other > limit ? 1 : -1;
     if (missed * inward >= -1e-12 * std::abs(limit * scale))
@@ -375,7 +375,7 @@ void Conformance::find(const QByteArray& finding) {
 }
 
 ServiceProbe::Answer Conformance::exchange(const QByteArray& message, const QByteArray& shown) {
-    const ServiceProbe::Answer answer = m_probe->ask(message);
+    ServiceProbe::Answer answer = m_probe->ask(message);
     m_rows.back().slowestMs = std::max(m_rows.back().slowestMs, answer.ms);
     if (answer.ended)
         m_times.push_back(answer.ms);

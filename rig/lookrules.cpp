@@ -88,6 +88,14 @@ bool inFunctionRow(const QWidget& widget) {
     return widget.objectName().startsWith(QLatin1String("func"));
 }
 
+/// A button in the open; tabs have a shape instead.
+bool hasOutline(const QWidget& widget) {
+    const QString& name = widget.objectName();
+    return qobject_cast<const QAbstractButton*>(&widget) && !qobject_cast<const QCheckBox*>(&widget) &&
+           !isPartOfAnother(widget) && !inFunctionRow(widget) && !name.startsWith(QLatin1String("tab")) &&
+           !name.contains(QLatin1String("Place"));
+}
+
 int gapBetween(const QRect& a, const QRect& b) {
     const int dx = qMax(qMax(a.left() - b.right() - 1, b.left() - a.right() - 1), 0);
     const int dy = qMax(qMax(a.top() - b.bottom() - 1, b.top() - a.bottom() - 1), 0);
@@ -184,6 +192,7 @@ const LookRules::Limits& LookRules::limits(Rule rule) {
         {"contrast of text", ":1", 5.4, 7},
         {"contrast of disabled text", ":1", 3, 3},
         {"contrast of disabled to enabled text", ":1", 1.5, 1.5},
+        {"contrast of a button's edge", ":1", 3, 3.9},
         {"capital height of text", "px", 17, 18},
         {"capital height of the frequency", "px", 36, 40},
         {"room left beside or below a text", "px", 0, 0},
@@ -236,6 +245,8 @@ void LookRules::look(const PanelTour::Stop& stop) {
                     nameOf(*widget));
         }
         const bool underToast = stop.toast.intersects(place.translated(m_origin));
+        if (widget->isEnabled() && hasOutline(*widget) && !underToast)
+            lookAtEdge(*widget, place);
         if (!shownText(*widget).isEmpty() && !isPartOfAnother(*widget) && !underToast)
             lookAtText(*widget, place);
         if (const auto* view = qobject_cast<const QAbstractItemView*>(widget); view && !underToast)
@@ -269,7 +280,25 @@ void LookRules::lookAtText(const QWidget& widget, const QRect& place) {
     if (widget.objectName() == QLatin1String("cwFrequency") || widget.objectName() == QLatin1String("keyboardEntry"))
         measure(FrequencyCapitalHeight, metrics.capHeight(), name);
     const QRgb enabled = qobject_cast<const QLineEdit*>(&widget) ? Style::Text : Style::Label;
-    lookAtContrast(room.translated(place.topLeft() + m_origin), widget.isEnabled(), name, enabled);
+    // A ticked row that is locked says so by its lock, and is read as any other.
+    const auto* box = qobject_cast<const QCheckBox*>(&widget);
+    const bool isRead = widget.isEnabled() || (box && box->isChecked());
+    lookAtContrast(room.translated(place.topLeft() + m_origin), isRead, name, enabled);
+}
+
+/// What sets it off, its edge or all of it, against what lies beside it: at its left, a quarter down, where no bracket
+/// ends.
+void LookRules::lookAtEdge(const QWidget& widget, const QRect& place) {
+    constexpr int Outside = 4;
+    constexpr int EdgeWidth = 4;
+    const QPoint left = QPoint(place.left(), place.top() + place.height() / 4) + m_origin;
+    if (!m_picture.rect().contains(left - QPoint(Outside, 0)))
+        return;
+    const QRgb beside = m_picture.pixel(left - QPoint(Outside, 0));
+    double best = 1;
+    for (int x = 0; x < EdgeWidth; ++x)
+        best = qMax(best, contrast(m_picture.pixel(left + QPoint(x, 0)), beside));
+    measure(ButtonEdge, best, nameOf(widget));
 }
 
 void LookRules::lookAtContrast(const QRect& where, bool enabled, const QString& what, QRgb whenEnabled) {

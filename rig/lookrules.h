@@ -23,6 +23,7 @@ public:
         Contrast,
         DisabledContrast,
         DisabledUnlikeEnabled,
+        ButtonEdge,
         CapitalHeight,
         FrequencyCapitalHeight,
         TextRoom,
@@ -74,6 +75,7 @@ private:
     void lookAtText(const QWidget& widget, const QRect& place);
     void lookAtTable(const class QAbstractItemView& view, const QRect& place);
     void lookAtContrast(const QRect& where, bool enabled, const QString& what, QRgb whenEnabled);
+    void lookAtEdge(const QWidget& widget, const QRect& place);
     void lookAtDistances(const QWidget& window);
 
     std::vector<Exception> m_exceptions;

@@ -94,7 +94,7 @@ QString PanelFixture::home() const {
 }
 
 ChannelRecord PanelFixture::record() const {
-    return m_module->record(0);
+    return m_module->record(m_handler->currentChannel());
 }
 
 bool PanelFixture::settle() {

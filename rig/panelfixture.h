@@ -32,7 +32,7 @@ public:
     Kavor::HandheldGui::MainWindow& window() { return *m_window; }
     ScriptedDialogs& dialogs() { return m_dialogs; }
 
-    /// A copy of the first channel's record as the module holds it.
+    /// A copy of the current channel's record as the module holds it.
     ChannelRecord record() const;
 
     template <typename T>

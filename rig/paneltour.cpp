@@ -246,6 +246,7 @@ void PanelTour::run() {
     systemStops(guide);
     stepListStops(guide, "list", {"funcList"});
     stepListStops(guide, "pattern", {"funcCw", "tabPattern"});
+    channelStops(guide);
     aboutStops(guide);
     updateStops(guide);
     headerStops(guide);

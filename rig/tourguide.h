@@ -47,6 +47,9 @@ void stepListStops(TourGuide& g, const QString& prefix, const QStringList& way);
 /// A stick with packages of each kind, what is asked about them, and how their installation shows and ends.
 void updateStops(TourGuide& g);
 
+/// The overview of four channels, one of them without a module, and the header row with them.
+void channelStops(TourGuide& g);
+
 /// The licences, and diagnostics to a stick.
 void aboutStops(TourGuide& g);
 

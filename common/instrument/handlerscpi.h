@@ -130,6 +130,8 @@ public:
     double get_power_max() { return fetch(cachedRecord().power.maximum); }
     double get_power_min() { return fetch(cachedRecord().power.minimum); }
     unsigned get_trig_impedance() { return fetch(cachedRecord().triggerImpedance) == 50 ? 50 : 10000; }
+    /// Makes a channel of the region current, with a fresh copy of its record; -1 with the former one left in place.
+    [[nodiscard]] int chooseChannel(unsigned channel);
     int set_channel(unsigned channel);     ///< 0 to 4, made current before it is sent; above: -1 and nothing is sent
     int set_trig_impedance(unsigned ohms); ///< 50, anything else is sent as 10K
     int setTRGimp(bool advance);           ///< the snapshot's impedance again, or the other one

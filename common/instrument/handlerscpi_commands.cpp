@@ -65,6 +65,21 @@ int EventHandler::set_channel(unsigned channel) {
     return sendOnly(Scpi::SelectChannel, std::to_string(channel));
 }
 
+int EventHandler::chooseChannel(unsigned channel) {
+    const unsigned former = currentChannel();
+    if (channel >= channelCount())
+        return -1;
+    if (set_channel(channel) == 0) {
+        revert_preset(static_cast<int>(channel));
+        return 0;
+    }
+    selectChannel(former);
+    // Selected late, it would get what is meant for the former one.
+    if (lastTimedOut())
+        renewConnection();
+    return -1;
+}
+
 int EventHandler::set_rf_onoff(OnOff state) {
     return setSwitch(Scpi::Output, state != OnOff::off, &ChannelRecord::rfOutput);
 }

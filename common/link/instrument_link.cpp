@@ -138,8 +138,25 @@ void InstrumentLink::noteModule() {
 }
 
 void InstrumentLink::selectChannel(unsigned channel) {
+    const bool changes = channel != m_channel;
     m_channel = channel;
+    m_otherSelected = m_otherSelected || channel != 0;
     greet();
+    if (changes)
+        emit channelChanged();
+}
+
+void InstrumentLink::keepChannelInside() {
+    if (publishedChannels() == 0 || m_region.holds(m_channel))
+        return;
+    qCWarning(lcScpi) << "[SCPI] the region holds no channel" << m_channel << "any more: the first is selected";
+    selectChannel(0);
+    renewConnection();
+}
+
+void InstrumentLink::renewConnection() {
+    stopClient(); // and forgets the port that it was made for
+    followService();
 }
 
 void InstrumentLink::fetchBytes(void* cachedField, std::size_t size) {

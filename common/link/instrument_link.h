@@ -9,7 +9,6 @@
 #include <QByteArray>
 #include <QObject>
 #include <QTimer>
-#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
@@ -68,9 +67,6 @@ public:
     /// The snapshot's record of the current channel; zeros when there is none. The reference stays valid.
     const ChannelRecord& snapshot() const { return m_snapshot[m_channel]; }
 
-    /// Of any channel, as it was last copied; zeros for one that does not exist.
-    const ChannelRecord& snapshotOf(unsigned channel) const { return m_snapshot[std::min(channel, MaxChannels)]; }
-
     /// Copies of all records as they stand in the region; empty without one. The snapshot is left alone.
     std::vector<ChannelRecord> publishedRecords();
 
@@ -82,6 +78,10 @@ public:
     /// Of the region that is there now: 0 without one.
     unsigned publishedChannels() const;
     unsigned currentChannel() const { return m_channel; }
+
+    /// Makes the first channel current where a region made anew holds fewer than there were, over a connection of its
+    /// own. Until then a channel that is not there reads as zeros. Not while a command waits.
+    void keepChannelInside();
 
     /// A command is waiting for its answer.
     bool isWaiting() const { return m_waits > 0; }
@@ -106,6 +106,8 @@ signals:
     /// A command got no answer in time. Before its send operation returns.
     void timedOut();
     void answeringChanged(bool answering);
+    /// Another channel is the current one: the panel chose it, or the region has none of the former's number any more.
+    void channelChanged();
     /// The connected word has changed since the last look at the record.
     void moduleConnectedChanged(bool connected);
 
@@ -118,6 +120,10 @@ protected:
     /// Makes a channel current; up to 4, one more than a region can hold and always a record of zeros.
     /// The module is told by whoever calls, and again after each reconnection.
     void selectChannel(unsigned channel);
+
+    /// Makes a connection anew, whose first word selects the current channel: when it is not known which channel the
+    /// service has selected. Waits for the old connection to close only.
+    void renewConnection();
 
     /// Copies a field of the current channel from the region into its place in the snapshot, which must be a part of
     /// cachedRecord(), and returns it there. Texts end with NUL.
@@ -167,6 +173,7 @@ private:
     quint16 m_port = 0;
     bool m_scpiStarted = false;
     unsigned m_channel = 0;
+    bool m_otherSelected = false; ///< a channel other than the first was ever asked for
     std::array<ChannelRecord, MaxChannels + 1> m_snapshot{};
     ChannelRegion m_region;
     std::string m_reportedPortText;

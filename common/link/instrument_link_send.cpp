@@ -36,10 +36,10 @@ void InstrumentLink::startClient(quint16 port) {
     m_clientThread->start();
 }
 
-// A service that has come back may have the first channel selected.
+// A service that has come back may have the first channel selected, or still the one that was asked for last.
 void InstrumentLink::greet() {
     if (m_client != nullptr)
-        m_client->setGreeting(m_channel == 0 ? QByteArray() : Scpi::SelectChannel + QByteArray::number(m_channel),
+        m_client->setGreeting(!m_otherSelected ? QByteArray() : Scpi::SelectChannel + QByteArray::number(m_channel),
                               m_settings.commandTimeoutMs);
 }
 

@@ -26,6 +26,7 @@ constexpr int SizeX = 972;
 constexpr int UpX = 1120;
 constexpr int KeyWidth = 88;
 constexpr int SizeWidth = 136;
+constexpr int SignSize = 52;
 const char Decibel[] = "dB";
 
 QSettings settings() {
@@ -37,10 +38,10 @@ QSettings settings() {
 StepKeys::StepKeys(PageGroup& group, PanelHost& host, ValueEntry& entry, const StepKind& kind, int y, int height)
     : QObject(&group), m_group(group), m_host(host), m_entry(entry), m_kind(kind), m_y(y), m_height(height) {
     QPushButton* down = addKey("Down", DownX, KeyWidth);
-    down->setIcon(linePixmap(LineIcon::StepDown, Style::Text));
+    down->setIcon(linePixmap(LineIcon::StepDown, Style::Text, SignSize));
     m_sizeKey = addKey("Size", SizeX, SizeWidth);
     QPushButton* up = addKey("Up", UpX, KeyWidth);
-    up->setIcon(linePixmap(LineIcon::StepUp, Style::Text));
+    up->setIcon(linePixmap(LineIcon::StepUp, Style::Text, SignSize));
     connectKey(down, -1);
     connectKey(up, 1);
     connect(m_sizeKey, &QPushButton::clicked, this,
@@ -53,7 +54,7 @@ QPushButton* StepKeys::addKey(const char* part, int x, int width) {
     auto* key = new QPushButton(&m_group);
     key->setObjectName(m_kind.name + QLatin1String(part));
     key->setGeometry(x, m_y, width, m_height);
-    key->setIconSize(QSize(LineIconSize, LineIconSize));
+    key->setIconSize(QSize(SignSize, SignSize));
     key->setFocusPolicy(Qt::NoFocus);
     key->setStyleSheet(PUSH_BN_STYLE);
     return key;

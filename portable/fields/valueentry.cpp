@@ -59,6 +59,11 @@ ValueEntry::ValueEntry(PanelHost& host, const ValueField& field) : QObject(field
     if (ToastOverlay* toast = host.toast())
         connect(toast, &ToastOverlay::messageEnded, this, &ValueEntry::restore);
     connect(m_field.edit, &ValueEdit::keyboardClosed, this, &ValueEntry::restore);
+    // What was refused for one channel is not shown for another.
+    connect(&host, &PanelHost::channelChanged, this, [this] {
+        if (m_refused)
+            takeRefusedBack();
+    });
     if (m_field.unit)
         connect(m_field.unit, &ComboBox::closed, this, &ValueEntry::onListClosed);
 }

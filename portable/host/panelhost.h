@@ -62,6 +62,9 @@ public:
     /// dialog is open.
     virtual void refreshFromModule() = 0;
 
+    /// Shows another channel on every screen; starts and stops nothing. The user is told when it fails.
+    virtual void selectChannel(unsigned channel) = 0;
+
     /// Stops whatever modulation, sweep or list runs, enabled or not, as MOD Off does; the user is told what goes on.
     virtual void switchModulationsOff() = 0;
 
@@ -124,6 +127,9 @@ signals:
 
     /// What the enable boxes show, or whether they are locked, may have changed.
     void enablesChanged();
+
+    /// The screens show another channel.
+    void channelChanged();
 
     /// The look of the MOD pair changed: whether modulation shows as running, and whether it can be switched.
     void modulationLookChanged(bool on, bool enabled);

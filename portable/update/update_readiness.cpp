@@ -2,6 +2,7 @@
 
 #include "common/instrument/handlerscpi.h"
 #include "common/update/update_texts.h"
+#include "portable/host/channels.h"
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/actiongate.h"
@@ -16,48 +17,10 @@ namespace {
 
 constexpr int LowestCharge = 10; ///< percent; at it or below, an update may not live to its end
 
-using Channels = std::vector<unsigned>;
-
-Channels radiatingChannels(EventHandler& handler) {
-    Channels radiating;
-    const unsigned channels = handler.publishedChannels();
-    for (unsigned channel = 0; channel < channels; ++channel) {
-        handler.revert_preset(static_cast<int>(channel));
-        if (handler.snapshotOf(channel).rfOutput == 1)
-            radiating.push_back(channel);
-    }
-    return radiating;
-}
-
-/// Whether none radiates any more. Each is made the current one for its Off, then the former one again.
-bool switchOff(PanelHost& host, const Channels& channels) {
-    EventHandler& handler = host.handler();
-    const unsigned former = handler.currentChannel();
-    bool off = true;
-    for (const unsigned channel : channels) {
-        if (channel != handler.currentChannel() && handler.set_channel(channel) != 0)
-            off = false;
-        else {
-            off = handler.set_rf_onoff(OnOff::off) == 0 && off;
-            host.switchModulationsOff();
-        }
-        if (!ActionGate::panel().mayGoOn())
-            break;
-    }
-    if (handler.currentChannel() != former && handler.set_channel(former) != 0)
-        off = false;
-    host.refreshFromModule();
-    host.UpdateStatusBar();
-    return off && radiatingChannels(handler).empty();
-}
-
 QString whichRadiate(const Channels& channels, unsigned of) {
     if (of == 1)
         return QStringLiteral("RF output is on");
-    QStringList numbers;
-    for (const unsigned channel : channels)
-        numbers << QString::number(channel + 1);
-    return QStringLiteral("RF output is on: channel %1").arg(numbers.join(QStringLiteral(", ")));
+    return QStringLiteral("RF output is on: channel %1").arg(channelNumbers(channels));
 }
 
 } // namespace
@@ -80,7 +43,7 @@ bool isReadyForUpdate(PanelHost& host, PackageType kind) {
         return true;
     if (!confirmAction(&host, whichRadiate(radiating, channels), QStringLiteral("Switch RF off and go on?")))
         return false;
-    const bool off = switchOff(host, radiating);
+    const bool off = switchOff(host, radiating).empty();
     if (!off)
         showCommandFailure(host);
     return off;

@@ -10,7 +10,7 @@
 namespace Kavor::HandheldGui {
 
 namespace {
-constexpr QSize TickRoom = {30, 24};
+constexpr QSize TickRoom = {35, 28};
 }
 
 IntfButton::IntfButton(QWidget* parent, const std::vector<STATE>& states, const QString& text, int width, int height)

@@ -37,14 +37,14 @@ bool CheckRow::hitButton(const QPoint& position) const {
 void CheckRow::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(isEnabled() ? Style::Label : Style::Disabled));
+    const bool on = checkState() == Qt::Checked;
+    painter.setPen(QColor(isEnabled() || on ? Style::Label : Style::Disabled));
     painter.setFont(font());
     painter.drawText(QRect(0, 0, m_boxX, height()), Qt::AlignVCenter | Qt::AlignLeft, text());
 
     const double inset = isDown() ? 4 : 1; // under the finger the box shrinks
     const QRectF box =
         QRectF(m_boxX, (height() - BoxSize) / 2.0, BoxSize, BoxSize).adjusted(inset, inset, -inset, -inset);
-    const bool on = checkState() == Qt::Checked;
     // Locked while it runs, it keeps its colour: it is on, and the lock says why it does not change.
     const bool lit = on && !Freshness::panel().isStale();
     const QRgb fill = lit            ? (isDown() ? Style::ActiveDown : Style::Active)

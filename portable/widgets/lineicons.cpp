@@ -172,11 +172,12 @@ QPainterPath pathOf(LineIcon icon) {
 
 } // namespace
 
-QPixmap linePixmap(LineIcon icon, QRgb colour) {
-    QPixmap pixmap(LineIconSize, LineIconSize);
+QPixmap linePixmap(LineIcon icon, QRgb colour, int size) {
+    QPixmap pixmap(size, size);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(size / qreal(LineIconSize), size / qreal(LineIconSize));
     painter.setPen(QPen(QColor(colour), Stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     if (icon == LineIcon::Run)
         painter.setBrush(QColor(colour));

@@ -51,8 +51,8 @@ constexpr QSize LineIconRoom(LineIconSize + 8, LineIconSize);
 /// The sign in a colour, and disabled in that of disabled texts, LineIconRoom large. GUI thread.
 QIcon lineIcon(LineIcon icon, QRgb colour);
 
-/// The sign alone, in a colour.
-QPixmap linePixmap(LineIcon icon, QRgb colour);
+/// The sign alone, in a colour, so many pixels both ways; its strokes grow with it.
+QPixmap linePixmap(LineIcon icon, QRgb colour, int size = LineIconSize);
 
 /// The pixels of a sign or another picture before words: with the gap between them.
 QPixmap withGap(const QPixmap& picture);

@@ -3,6 +3,7 @@
 #include "portable/widgets/actioncolumn.h"
 #include "portable/widgets/pagegroup.h"
 #include "portable/widgets/rowdelegate.h"
+#include "portable/widgets/scrollreadout.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
 #include "portable/widgets/swipe.h"
@@ -30,6 +31,7 @@ void dressTable(QTableWidget& table) {
                                        "QTableView::item:selected { background-color: %2; color: %3; }")
                             .arg(Style::css(Style::PanelEdge), Style::css(Style::Field), Style::css(Style::Text)));
     Swipe::install(table);
+    new ScrollReadout(table);
     table.setItemDelegate(new RowDelegate(&table));
     table.setFrameShape(QFrame::NoFrame);
     table.setEditTriggers(QAbstractItemView::NoEditTriggers);

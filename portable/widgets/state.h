@@ -16,5 +16,6 @@ enum STATE : int {
     STATE_SYSTEM = 10,
     STATE_ABOUT = 11,
     STATE_LIST = 12,
-    STATE_LIST_FILES = 13
+    STATE_LIST_FILES = 13,
+    STATE_CHANNELS = 14 ///< the overview of the channels of a region that holds several
 };

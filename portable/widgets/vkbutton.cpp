@@ -23,7 +23,7 @@ KeyColours coloursOf(VKButton::Look look, bool enabled) {
     if (look == VKButton::Look::Enter)
         return {Style::Active, Style::ActiveDown, Style::Active, Style::OnActive};
     const bool quiet = look == VKButton::Look::Function;
-    return {quiet ? Style::Field : Style::Raised, Style::RaisedDown, Style::FaintEdge, Style::Text};
+    return {quiet ? Style::Field : Style::Raised, Style::RaisedDown, Style::Edge, Style::Text};
 }
 
 int pixelsOf(VKButton::Look look, int length) {

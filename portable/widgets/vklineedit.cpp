@@ -18,6 +18,7 @@ namespace Kavor::HandheldGui {
 namespace {
 
 constexpr int GroupGap = 12; // between groups of three figures
+constexpr int MarkShift = 6; // nearer to the edge, so that a long number keeps off it
 
 /// Where a gap stands before the figure at an index: groups are counted from the point, both ways.
 bool startsGroup(const QString& number, int index) {
@@ -73,7 +74,7 @@ void ValueEdit::paintEvent(QPaintEvent*) {
     else
         painter.drawText(place, static_cast<int>(alignment() | Qt::AlignVCenter), shown);
     if (!m_mark.isEmpty())
-        painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, m_mark);
+        painter.drawText(place.adjusted(-MarkShift, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, m_mark);
 }
 
 void ValueEdit::setUnitBox(QComboBox* box) {

@@ -1,6 +1,7 @@
 #include "portable/window/dynamiclayout.h"
 
 #include "portable/screens/about/screenabout.h"
+#include "portable/screens/channels/screenchannels.h"
 #include "portable/screens/cw/screenrfmod.h"
 #include "portable/screens/lists/screenlist.h"
 #include "portable/screens/lists/screenpatterns.h"
@@ -23,6 +24,7 @@ dynamicLayout::dynamicLayout(QWidget* parent) {
     m_screens.push_back(std::make_unique<runmodeScreen>(parent, States{STATE_RUNMODE}));
     m_screens.push_back(std::make_unique<systemScreen>(parent, States{STATE_SYSTEM}));
     m_screens.push_back(std::make_unique<aboutScreen>(parent, States{STATE_ABOUT}));
+    m_screens.push_back(std::make_unique<channelsScreen>(parent, States{STATE_CHANNELS}));
 }
 
 dynamicLayout::~dynamicLayout() = default;

@@ -1,6 +1,7 @@
 #include "portable/window/mainwindow.h"
 
 #include "common/instrument/handlerscpi.h"
+#include "portable/host/channels.h"
 #include "portable/host/screentexts.h"
 #include "portable/widgets/ToastOverlay.h"
 #include "portable/widgets/actiongate.h"
@@ -13,6 +14,7 @@
 #include "portable/widgets/scrim.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/window/channelkey.h"
 #include "portable/window/controlrow.h"
 #include "portable/window/dynamiclayout.h"
 #include "portable/window/statustexts.h"
@@ -136,6 +138,8 @@ void MainWindow::connectControls() {
     connect(m_handler, &EventHandler::waitingChanged, &gate, &ActionGate::setWaiting);
     connect(m_handler, &EventHandler::timedOut, &gate, &ActionGate::noteTimeout);
     connect(&gate, &ActionGate::settled, this, &MainWindow::refreshFromModule);
+    connect(m_handler, &EventHandler::channelChanged, this, &MainWindow::channelChanged);
+    connect(m_functions->channelKey(), &QPushButton::clicked, this, &MainWindow::toggleChannels);
     m_handler->setResumeCheck([&gate] { return gate.maySwitchOn(); });
 }
 
@@ -170,15 +174,15 @@ void MainWindow::UpdateDeviceState(STATE state) {
     if (state < 0 || state >= static_cast<int>(ModeTexts.size()))
         return;
     if (state == STATE_RUNMODE)
-        m_runModeText = runModeText(true);
+        status().runMode = runModeText(true);
     else if (const char* text = ModeTexts[static_cast<std::size_t>(state)])
-        m_modeText = QString::fromLatin1(text);
+        status().mode = QString::fromLatin1(text);
 }
 
 void MainWindow::update_from_config(STATE state) {
     m_screens->update_from_config(state);
     const ChannelRecord& record = m_handler->snapshot();
-    m_runModeText = runModeText(record.runMode == 1);
+    status().runMode = runModeText(record.runMode == 1);
     if (record.rfOutput == 1) {
         onRfOnButton(false);
         update_modulations();
@@ -197,6 +201,7 @@ void MainWindow::refreshFromModule() {
 }
 
 void MainWindow::followRecord() {
+    m_handler->keepChannelInside();
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     showOutputs();
     m_screens->update_from_config(m_state);
@@ -205,9 +210,37 @@ void MainWindow::followRecord() {
 /// The looks of the controls and the status bar, from the snapshot. What has not changed costs nothing.
 void MainWindow::showOutputs() {
     showLink();
+    showChannel();
     setRfLook(m_handler->snapshot().rfOutput == 1);
     setModulationLook(m_handler->isModulationsOn() != 0);
     UpdateStatusBar();
+}
+
+/// The key of the channels; a region that holds one only has no overview.
+void MainWindow::showChannel() {
+    const unsigned channels = m_handler->publishedChannels() > 0 ? m_handler->publishedChannels() : m_channels;
+    m_channels = channels;
+    if (m_state == STATE_CHANNELS && channels < 2)
+        change_state(m_stateBefore);
+    const bool any = channels > 1 && !radiatingChannels(*m_handler).empty();
+    m_functions->showChannel(channels, m_handler->currentChannel(), any, m_state == STATE_CHANNELS);
+}
+
+void MainWindow::toggleChannels() {
+    if (m_state != STATE_CHANNELS) {
+        m_stateBefore = m_state;
+        change_state(STATE_CHANNELS);
+    } else {
+        change_state(m_stateBefore);
+    }
+    showChannel();
+}
+
+void MainWindow::selectChannel(unsigned channel) {
+    if (channel != m_handler->currentChannel() && m_handler->chooseChannel(channel) != 0)
+        showCommandFailure(*this);
+    status().runMode = runModeText(m_handler->snapshot().runMode == 1);
+    followRecord();
 }
 
 bool MainWindow::enablesLocked() const {
@@ -222,7 +255,7 @@ void MainWindow::countStarting(int change) {
 void MainWindow::UpdateStatusBar() {
     const ChannelRecord& record = m_handler->snapshot();
     const Freshness& freshness = Freshness::panel();
-    m_statusFrequency->setText(freshness.isKnown() ? statusFrequencyText(record.frequency.value, m_frequencyUnit)
+    m_statusFrequency->setText(freshness.isKnown() ? statusFrequencyText(record.frequency.value, status().unit)
                                                    : QStringLiteral("  Frequency: ---"));
     m_statusPower->setText(freshness.isKnown() ? statusPowerText(record.power.value) : QStringLiteral("Power: ---"));
     const unsigned running = m_handler->getModulationsState();
@@ -238,11 +271,11 @@ void MainWindow::UpdateStatusBar() {
     m_statusModulation->setText(shortenedAtComma(GetStatusBarMode(running), [this, &metrics](const QString& text) {
         return metrics.horizontalAdvance(text) <= m_statusModulation->width();
     }));
-    m_statusRunMode->setText(QStringLiteral("Run Mode: ") + m_runModeText);
+    m_statusRunMode->setText(QStringLiteral("Run Mode: ") + status().runMode);
 }
 
 QString MainWindow::GetStatusBarMode(unsigned mask) const {
-    return statusModeText(mask, m_modeText);
+    return statusModeText(mask, status().mode);
 }
 
 void MainWindow::onRfOnButton(bool fromUser) {
@@ -361,12 +394,12 @@ void MainWindow::SetManualBnEnable(bool enable) {
 }
 
 void MainWindow::OnRunModeCont() {
-    m_runModeText = runModeText(true);
+    status().runMode = runModeText(true);
     UpdateStatusBar();
 }
 
 void MainWindow::OnRunModeTrig() {
-    m_runModeText = runModeText(false);
+    status().runMode = runModeText(false);
     UpdateStatusBar();
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "common/wire/channel_record.h"
+#include "common/instrument/handlerscpi.h"
 #include "portable/host/panelhost.h"
 #include "portable/window/errorreports.h"
 
+#include <array>
 #include <memory>
 
 class QLabel;
@@ -46,6 +49,7 @@ public:
     void update_from_config(STATE state) override;
     void refreshFromModule() override;
     void switchModulationsOff() override { onModOffButton(true); }
+    void selectChannel(unsigned channel) override;
     bool enablesLocked() const override;
     void setModulationLook(bool on) override;
     void SetManualBnEnable(bool enable) override;
@@ -54,8 +58,8 @@ public:
     void tellUser(const QString& text) override;
     void reportError(const QString& text) override;
     void reportWhenFree(const QString& text) override;
-    QString frequencyUnit() const override { return m_frequencyUnit; }
-    void setFrequencyUnit(const QString& unit) override { m_frequencyUnit = unit; }
+    QString frequencyUnit() const override { return status().unit; }
+    void setFrequencyUnit(const QString& unit) override { status().unit = unit; }
 
 public slots:
     void onModOnOff(int on, STATE state) override;
@@ -89,12 +93,20 @@ private:
     void showOutputs();
     void setRfLook(bool on);
     void showLink();
+    void showChannel();
+    void toggleChannels();
+
+    /// What the status bar says of a channel, beside what is in its record.
+    struct Status {
+        QString mode = QStringLiteral("CW");
+        QString runMode = QStringLiteral("Continuous");
+        QString unit = QStringLiteral("GHz");
+    };
+    Status& status() { return m_status[m_handler->currentChannel()]; }
+    const Status& status() const { return m_status[m_handler->currentChannel()]; }
 
     ToastOverlay* m_toast = nullptr;
     FuncButtonWidget* m_functions = nullptr;
-    QString m_modeText = QStringLiteral("CW");
-    QString m_runModeText = QStringLiteral("Continuous");
-    QString m_frequencyUnit = QStringLiteral("GHz");
     std::unique_ptr<dynamicLayout> m_screens;
     EventHandler* m_handler;
     QLabel* m_header = nullptr;
@@ -106,6 +118,9 @@ private:
     QLabel* m_statusRunning = nullptr; ///< a mark before what runs
     QLabel* m_statusRunMode = nullptr;
     STATE m_state = STATE_CW;
+    STATE m_stateBefore = STATE_CW; ///< the overview of the channels was opened from
+    unsigned m_channels = 1;        ///< of the region, or the last one that was there
+    std::array<Status, MaxChannels + 1> m_status;
     bool m_modOffOwed = false; ///< a MOD Off was overtaken by the RF output's Off
     int m_starting = 0;        ///< sequences of starts under way
     PanelSettings m_settings;

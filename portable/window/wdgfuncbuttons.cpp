@@ -5,6 +5,7 @@
 #include "portable/widgets/buttonintf.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
+#include "portable/window/channelkey.h"
 
 #include <QLabel>
 #include <QMovie>
@@ -71,6 +72,10 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
     m_mark->setAlignment(Qt::AlignCenter);
     m_mark->setStyleSheet(LINK_LOST_STYLE);
     m_mark->hide();
+    m_channel = new ChannelKey(this);
+    m_channel->setObjectName(QStringLiteral("funcChannel"));
+    m_channel->setGeometry(1020, 0, 132, Style::HeaderRowHeight);
+    m_channel->hide();
     m_charging = addPicture(QStringLiteral("chargingIcon"), {1200, 14, 16, 32}, QStringLiteral(":/charging_icon.png"));
     m_battery = addPicture(QStringLiteral("batteryIcon"), {1154, 14, 46, 32}, QStringLiteral(":/Battery5.png"));
     m_percent = new QLabel(QStringLiteral("100%"), this);
@@ -152,8 +157,22 @@ void FuncButtonWidget::set_temp_level(unsigned char) {}
 
 void FuncButtonWidget::setMark(const QString& words) {
     m_mark->setText(words);
-    m_mark->setVisible(!words.isEmpty());
-    m_temperature->setVisible(words.isEmpty());
+    m_channel->setMark(words);
+    showMark();
+}
+
+void FuncButtonWidget::showChannel(unsigned channels, unsigned current, bool anyRadiates, bool open) {
+    m_several = channels > 1;
+    m_channel->setText(QStringLiteral("CH %1").arg(current + 1));
+    m_channel->setLook(anyRadiates, open);
+    showMark();
+}
+
+void FuncButtonWidget::showMark() {
+    const bool lost = !m_mark->text().isEmpty();
+    m_channel->setVisible(m_several);
+    m_mark->setVisible(lost && !m_several);
+    m_temperature->setVisible(!lost && !m_several);
 }
 
 } // namespace Kavor::HandheldGui

@@ -10,6 +10,7 @@ class QMovie;
 
 namespace Kavor::HandheldGui {
 
+class ChannelKey;
 class IntfButton;
 class PanelHost;
 
@@ -33,12 +34,18 @@ public:
     /// Does nothing: the temperature icon is a fixed picture.
     void set_temp_level(unsigned char level);
 
+    /// Shows the key of the channels, in the thermometer's place, where there are several. current: from 0.
+    void showChannel(unsigned channels, unsigned current, bool anyRadiates, bool open);
+
+    ChannelKey* channelKey() const { return m_channel; }
+
     /// A few words on why what is shown may not be what the module does; empty when all is well.
     void setMark(const QString& words);
 
 private:
     QLabel* addPicture(const QString& name, const QRect& geometry, const QString& resource);
     void setBatteryIcon(const QString& resource);
+    void showMark();
     static void setPicture(QLabel* label, const QString& resource);
 
     PanelHost* m_host;
@@ -48,6 +55,8 @@ private:
     QLabel* m_battery = nullptr;
     QLabel* m_temperature = nullptr;
     QLabel* m_mark = nullptr;
+    ChannelKey* m_channel = nullptr;
+    bool m_several = false; ///< channels
     QMovie* m_lowBattery = nullptr;
     bool m_warnArmed = true;        ///< the next low reading may warn
     bool m_warnedSinceRise = false; ///< this discharge has warned already

@@ -28,8 +28,9 @@ private slots:
         LookRules rules;
         rules.look({"window", &window, QPoint(), window.grab(), QRect()});
         const QString all = rules.violations().join("\n");
-        for (const char* rule : {"touched: QPushButton \"a text", "gap", "room left", "contrast of text: QLabel \"pale",
-                                 "distance of contents", "window's edge: QLabel \"lost"})
+        for (const char* rule :
+             {"touched: QPushButton \"a text", "gap", "room left", "contrast of text: QLabel \"pale",
+              "distance of contents", "window's edge: QLabel \"lost", "button's edge: QPushButton \"b"})
             QVERIFY2(all.contains(rule), qPrintable(all));
     }
 

@@ -11,6 +11,7 @@
 #include "portable/widgets/boxes.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/pagegroup.h"
+#include "portable/widgets/scrollreadout.h"
 #include "portable/widgets/swipe.h"
 #include "portable/widgets/vkeyboard.h"
 
@@ -48,6 +49,7 @@ ListFilesView::ListFilesView(PanelHost& host, const StepListKind& kind, PageGrou
     m_browser->setListsOps(&m_files);
     m_browser->applyViewConfig(listLook(Place.x(), Place.y(), group.width() - 2 * Place.x(), Rows, NumberWidth));
     Swipe::install(*m_browser);
+    new ScrollReadout(*m_browser);
     m_second.setInterval(LookEveryMs);
     connect(&m_second, &QTimer::timeout, this, &ListFilesView::lookForSticks);
     connect(m_places, &PlaceTabs::asked, this, &ListFilesView::goTo);

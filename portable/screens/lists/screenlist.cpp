@@ -21,7 +21,7 @@ namespace Kavor::HandheldGui {
 
 namespace {
 
-constexpr int RunTypeX = 176;
+constexpr int RunTypeX = 184;
 constexpr int GroupGap = 12;
 constexpr int SideRoom = 20; // so that the entry has room for nanoseconds of 100 s
 constexpr int UnitWidth = 88;

@@ -24,7 +24,7 @@ namespace {
 
 enum Column { Number, Name, Storage, ColumnCount };
 constexpr int NumberWidth = 96;
-constexpr int StorageWidth = 200;
+constexpr int StorageWidth = 240;
 
 /// Numbers by their value, then the others by their text.
 auto orderOf(const QString& file) {

@@ -54,7 +54,7 @@ QString rule(const QString& selector, const QString& body) {
 QString buttonVariants() {
     return rule(QStringLiteral("QPushButton[side=\"left\"]"), QStringLiteral("text-align: left; padding-left: 16px;")) +
            rule(QStringLiteral("QPushButton[card=\"true\"]"), font(TextValue, true)) +
-           rule(QStringLiteral("QPushButton[quiet=\"true\"]"), colours(Label, Panel) + border(2, FaintEdge));
+           rule(QStringLiteral("QPushButton[quiet=\"true\"]"), colours(Label, Panel) + border(2, Edge));
 }
 
 QString disabledButton(bool strong = false) {
@@ -80,7 +80,8 @@ QString chosenButton() {
     return filledButton(OnActive, Active, ActiveDown) +
            filledButton(OnRfOn, RfOn, RfOnDown, QStringLiteral("[tone=\"rf\"]"), TextOutput) +
            filledButton(OnNeutral, Neutral, Text, QStringLiteral("[tone=\"off\"]")) +
-           filledButton(Text, RaisedDown, Raised, QStringLiteral("[tone=\"stale\"]")) + buttonVariants() +
+           filledButton(Text, RaisedDown, Raised, QStringLiteral("[tone=\"stale\"]")) +
+           rule(QStringLiteral("QPushButton[tone=\"stale\"]"), border(2, Edge)) + buttonVariants() +
            disabledButton(true);
 }
 
@@ -144,10 +145,9 @@ QString group(QRgb background, QRgb edge) {
 
 QString scrollBars() {
     return rule(QStringLiteral("QScrollBar:vertical"),
-                QStringLiteral("background: %1; width: 56px; border: none;").arg(css(Panel))) +
+                QStringLiteral("background: %1; width: 56px; border: none; border-radius: 8px;").arg(css(Field))) +
            rule(QStringLiteral("QScrollBar::handle:vertical"),
-                QStringLiteral("background: %1; min-height: 72px; border-radius: 8px; margin: 2px 4px;")
-                    .arg(css(FaintEdge))) +
+                QStringLiteral("background: %1; min-height: 72px; border-radius: 8px;").arg(css(Edge))) +
            rule(QStringLiteral("QScrollBar::handle:vertical:pressed"),
                 QStringLiteral("background: %1;").arg(css(Active))) +
            rule(QStringLiteral("QScrollBar::add-line, QScrollBar::sub-line"), QStringLiteral("height: 0;")) +
