@@ -9,7 +9,3 @@ QString CVeldaPath::get_path() const {
         return DevicePaths::dataRoot();
     return DevicePaths::dataRoot() + (m_relative.startsWith('/') ? m_relative : '/' + m_relative);
 }
-
-QString CVeldaPath::get_user_name() const {
-    return DevicePaths::userName();
-}

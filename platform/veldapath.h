@@ -11,9 +11,6 @@ public:
     /// The absolute path. A slash at the end of the relative path is kept. Nothing is created.
     QString get_path() const;
 
-    /// Login name that names the folder of removable media, DevicePaths::userName().
-    QString get_user_name() const;
-
 private:
     QString m_relative;
 };

@@ -1,8 +1,6 @@
 #include "common/update/package_scan.h"
 
-#include "platform/devicepaths.h"
 #include "platform/logger.h"
-#include "platform/veldapath.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,10 +31,6 @@ QString pathOf(const fs::directory_entry& entry) {
 }
 
 } // namespace
-
-QString packageSearchRoot() {
-    return DevicePaths::mediaRoot() + '/' + CVeldaPath().get_user_name();
-}
 
 QStringList findManifests(const QString& root) {
     const fs::path start(QFile::encodeName(root).toStdString());

@@ -2,9 +2,6 @@
 
 #include "common/update/datafw.h"
 
-/// Where removable media of the instrument's user appear: /media/USER unless moved by environment.
-QString packageSearchRoot();
-
 /// A medium with more packages is shown in part.
 inline constexpr int MostManifests = 1000;
 

@@ -81,17 +81,25 @@ bool UpdateMemory::note(const MANIFEST_DATA& package, bool ok, const QString& en
     return write(all);
 }
 
+UpdatePolicy UpdateMemory::remembered() const {
+    const int weakest = static_cast<int>(UpdatePolicy::AllowUnsigned);
+    return static_cast<UpdatePolicy>(
+        std::clamp(read().value(PolicyKey).toInt(weakest), weakest, static_cast<int>(UpdatePolicy::Require)));
+}
+
 UpdatePolicy UpdateMemory::policyInForce(const Trust& trust) const {
+    return trust.isStated ? trust.policy : remembered();
+}
+
+bool UpdateMemory::remember(const Trust& trust) const {
+    if (!trust.isStated || trust.policy == remembered())
+        return true;
     QJsonObject all = read();
-    const int remembered = all.value(PolicyKey).toInt(static_cast<int>(UpdatePolicy::AllowUnsigned));
-    if (!trust.isStated) {
-        return static_cast<UpdatePolicy>(std::clamp(remembered, static_cast<int>(UpdatePolicy::AllowUnsigned),
-                                                    static_cast<int>(UpdatePolicy::Require)));
-    }
-    const int stated = static_cast<int>(trust.policy);
-    if (stated != remembered) {
-        all.insert(PolicyKey, stated);
-        write(all);
-    }
-    return trust.policy;
+    all.insert(PolicyKey, static_cast<int>(trust.policy));
+    return write(all);
+}
+
+QString UpdateMemory::notWritten() const {
+    return QStringLiteral("%1 cannot be written:\nthe instrument does not remember its updates and their policy.")
+        .arg(m_path);
 }

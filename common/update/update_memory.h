@@ -12,9 +12,9 @@ class UpdateMemory {
 public:
     /// How the last update of a kind ended.
     struct Last {
-        QString version; ///< empty when there was none
+        QString version;
         bool ok = false;
-        QString end; ///< a few words
+        QString end; ///< a few words; empty when there was none
     };
 
     explicit UpdateMemory(const QString& path = CVeldaPath("/kavor/upgrade/updates.json").get_path()) : m_path(path) {}
@@ -31,11 +31,18 @@ public:
     /// package is signed, its release. False when the file cannot be written (logged).
     bool note(const MANIFEST_DATA& package, bool ok, const QString& end) const;
 
-    /// The policy in force. One that is stated is remembered; where none is, the last one that was holds: who deletes
-    /// the policy file has not loosened it. One that was never stated allows unsigned packages.
-    UpdatePolicy policyInForce(const Trust& trust) const;
+    /// The policy in force: the one that is stated; where none is, the last one that was remembered, so that who
+    /// deletes the policy file has not loosened it. One that was never stated allows unsigned packages.
+    [[nodiscard]] UpdatePolicy policyInForce(const Trust& trust) const;
+
+    /// Remembers the policy that is stated, if one is. False when the file cannot be written (logged).
+    bool remember(const Trust& trust) const;
+
+    /// What the user is to read of a file that cannot be written.
+    QString notWritten() const;
 
 private:
+    UpdatePolicy remembered() const;
     QJsonObject read() const;
     bool write(const QJsonObject& all) const;
 

@@ -1,16 +1,16 @@
 #include "portable/update/listfirmware.h"
 
+#include "platform/devicepaths.h"
 #include "portable/host/screentexts.h"
 #include "portable/update/package_row.h"
+#include "portable/update/package_words.h"
 #include "portable/update/update_flows.h"
-#include "portable/update/update_history.h"
 #include "portable/widgets/actiongate.h"
 #include "portable/widgets/dialogs.h"
 #include "portable/widgets/lineicons.h"
 #include "portable/widgets/listpage.h"
 #include "portable/widgets/styles/tokens.h"
 
-#include <QCoreApplication>
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QTimer>
@@ -64,25 +64,6 @@ fwList::fwList(QWidget* parent, const UpdateSettings& settings)
 
 fwList::~fwList() = default;
 
-QString fwList::installedVersion(const UpdateMemory& memory, PackageType kind) {
-    const QString version = memory.installedVersion(kind);
-    return version.isEmpty() && kind == PackageType::Software ? QCoreApplication::applicationVersion() : version;
-}
-
-QString fwList::sealWord(Seal seal) {
-    switch (seal) {
-    case Seal::Signed:
-        return QStringLiteral("Signed");
-    case Seal::Broken:
-        return QStringLiteral("Broken");
-    case Seal::NotChecked:
-        return QStringLiteral("Not checked");
-    case Seal::Unsigned:
-        break;
-    }
-    return QStringLiteral("Unsigned");
-}
-
 void fwList::showEvent(QShowEvent* event) {
     QTableWidget::showEvent(event);
     m_watch->start();
@@ -100,7 +81,7 @@ void fwList::update_view(unsigned, const QString& mode) {
     for (int column = 0; column < ColumnCount; ++column)
         horizontalHeaderItem(column)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     if (mode == QLatin1String("load"))
-        load_list(packageSearchRoot());
+        load_list(DevicePaths::mediaFolder());
 }
 
 void fwList::load_list(const QString& root) {

@@ -30,13 +30,6 @@ public:
     /// then.
     void load_list(const QString& root);
 
-    /// What the rows say of a package's kind: its version that is installed. Without one, and of the software alone,
-    /// this program's own.
-    static QString installedVersion(const UpdateMemory& memory, PackageType kind);
-
-    /// What a seal is in a word.
-    static QString sealWord(Seal seal);
-
 signals:
     /// A row was touched. The record is good while the signal is handled, whatever is looked for meanwhile.
     void loadList(MANIFEST_DATA* package);

@@ -31,8 +31,8 @@ struct UpdateSettings {
 /// How an installation has ended.
 struct UpdateOutcome {
     bool ok = false;
-    QString end;  ///< in a few words, for the package page; empty when nothing was begun
-    QString line; ///< for a toast; empty where the user has been told all in a box
+    QString end = QStringLiteral("not begun"); ///< in a few words, for the package page
+    QString line;                              ///< for a toast; empty where the user has been told all in a box
 };
 
 // The installations of the three kinds of packages. Each returns when it has ended and the user has been told of a

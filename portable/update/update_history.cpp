@@ -28,20 +28,6 @@ QLabel* makeLabel(QWidget* parent, const QString& name, QRgb colour, const char*
 
 } // namespace
 
-QString kindName(PackageType kind) {
-    switch (kind) {
-    case PackageType::Software:
-        return QStringLiteral("Instrument software");
-    case PackageType::Fpga:
-        return QStringLiteral("FPGA image");
-    case PackageType::Module:
-        return QStringLiteral("RF module");
-    case PackageType::Unknown:
-        break;
-    }
-    return QStringLiteral("Unknown kind");
-}
-
 UpdateHistory::UpdateHistory(QWidget* parent, const UpdateMemory& memory)
     : QWidget(parent), m_memory(memory), m_title(makeLabel(this, QStringLiteral("historyTitle"), Style::Text, "504")) {
     m_title->setText(QStringLiteral("Last updates"));
@@ -74,12 +60,12 @@ void UpdateHistory::refresh() {
     };
     for (Line& line : m_lines) {
         const UpdateMemory::Last last = m_memory.last(line.kind);
-        line.ended = !last.version.isEmpty();
+        line.ended = !last.end.isEmpty();
         line.ok = last.ok;
         const QString kind = line.kind == PackageType::Software ? QStringLiteral("Software")
                              : line.kind == PackageType::Fpga   ? QStringLiteral("FPGA")
                                                                 : QStringLiteral("RF module");
-        fitted(*line.what, line.ended ? kind + ' ' + last.version : kind);
+        fitted(*line.what, line.ended ? (kind + ' ' + last.version).trimmed() : kind);
         fitted(*line.end, line.ended ? last.end : QStringLiteral("none yet"));
     }
     update();

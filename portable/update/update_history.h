@@ -37,7 +37,4 @@ private:
     std::vector<Line> m_lines;
 };
 
-/// A kind of package in words.
-QString kindName(PackageType kind);
-
 } // namespace Kavor::HandheldGui

@@ -7,6 +7,7 @@
 #include "portable/host/panelhost.h"
 #include "portable/host/screentexts.h"
 #include "portable/update/listfirmware.h"
+#include "portable/update/package_words.h"
 #include "portable/update/update_history.h"
 #include "portable/update/update_readiness.h"
 #include "portable/update/update_staging.h"
@@ -69,7 +70,8 @@ QWidget* UpdatePackages::makeHistory(QWidget* parent) {
 void UpdatePackages::clearUp(PanelHost& host) const {
     DurableFile::sweep(m_settings.stagingParent);
     PackageStaging::sweep(m_settings.stagingParent);
-    m_settings.memory.policyInForce(readTrust(m_settings.trust)); // before anybody takes its file away
+    if (!m_settings.memory.remember(readTrust(m_settings.trust))) // before anybody takes its file away
+        host.reportWhenFree(m_settings.memory.notWritten());
     const QString what = InstallationMarker(m_settings.install.markerFile).what();
     if (!what.isEmpty())
         host.reportWhenFree(
@@ -83,9 +85,9 @@ void UpdatePackages::refresh() {
 /// What is offered beside what is there, and what follows.
 QString UpdatePackages::noteOf(const MANIFEST_DATA& package, const char* after) const {
     const PackageType kind = packageType(package.name);
-    const QString installed = fwList::installedVersion(m_settings.memory, kind);
+    const QString installed = installedVersion(m_settings.memory, kind);
     return QStringLiteral("%1, %2. Installed: %3.\n%4")
-        .arg(kindName(kind), fwList::sealWord(package.seal).toLower(),
+        .arg(kindName(kind), sealWord(package.seal).toLower(),
              installed.isEmpty() ? QStringLiteral("not known") : shortened(installed), QString::fromLatin1(after));
 }
 
@@ -105,8 +107,8 @@ void UpdatePackages::install(MANIFEST_DATA& package, PanelHost& host) {
     StagedPackage staged = stagePackage(package, QString::fromStdString(host.handler().getSysModel()),
                                         flow->notFound(package.package_path), &host, boxes, m_settings);
     if (!staged.copies) {
-        if (!staged.end.isEmpty())
-            memory.note(package, false, staged.end);
+        if (!staged.end.isEmpty() && !memory.note(package, false, staged.end))
+            host.reportWhenFree(memory.notWritten());
         return;
     }
     // Copying takes its time: a battery goes down, another client switches on.
@@ -117,10 +119,13 @@ void UpdatePackages::install(MANIFEST_DATA& package, PanelHost& host) {
     settings.install.ending = [&memory, &copy](const InstallEnd& end) {
         memory.note(copy, end.code == 0, endOfInstallation(end, static_cast<int>(copy.components.size())));
     };
-    memory.note(copy, false, CutOff); // until something better can be said
+    // Until something better can be said. Told at once: the instrument may reboot before there is another chance.
+    const bool isKept = memory.note(copy, false, CutOff);
+    if (!isKept)
+        boxes.failure(memory.notWritten());
     const UpdateOutcome outcome = flow->run(&copy, host, settings);
-    if (!outcome.end.isEmpty())
-        memory.note(copy, outcome.ok, outcome.end);
+    if (!memory.note(copy, outcome.ok, outcome.end) && isKept)
+        host.reportWhenFree(memory.notWritten());
     if (!outcome.line.isEmpty())
         showToast(host, outcome.line);
 }

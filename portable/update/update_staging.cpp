@@ -43,6 +43,7 @@ Told whatHappened(PackageStaging::Result result, const QString& why, const QStri
 StagedPackage stagePackage(MANIFEST_DATA& package, const QString& model, const QString& notFound, QWidget* parent,
                            const UpdateBoxes& boxes, const UpdateSettings& settings) {
     const Trust trust = readTrust(settings.trust);
+    settings.memory.remember(trust); // what cannot be written is told of with the update's end
     const UpdatePolicy policy = settings.memory.policyInForce(trust);
     const InstrumentFacts facts{model, settings.memory.installedRelease(packageType(package.name))};
     package.seal = sealOf(package, trust.keys);

@@ -1,7 +1,7 @@
 #include "portable/screens/about/screenabout.h"
 
 #include "common/instrument/handlerscpi.h"
-#include "common/update/package_scan.h"
+#include "platform/devicepaths.h"
 #include "portable/fields/readoutgroup.h"
 #include "portable/host/panelhost.h"
 #include "portable/screens/about/diagnostics.h"
@@ -87,7 +87,7 @@ void aboutScreen::showLicences() {
 void aboutScreen::saveDiagnostics() {
     m_save->setEnabled(false);
     m_save->setText(QStringLiteral("Saving..."));
-    auto* job = new DiagnosticsJob(collectDiagnostics(handler(), host()), packageSearchRoot(), this);
+    auto* job = new DiagnosticsJob(collectDiagnostics(handler(), host()), DevicePaths::mediaFolder(), this);
     connect(job, &DiagnosticsJob::done, this, &aboutScreen::onSaved);
     connect(job, &QThread::finished, job, &QObject::deleteLater);
     job->start();

@@ -204,7 +204,7 @@ private slots:
         for (const char* word : {"warn", "require", "allow-unsigned"}) {
             m_dir->put("trust/policy", word);
             const UpdatePolicy stated = trust().policy;
-            QVERIFY(memory.policyInForce(trust()) == stated);
+            QVERIFY(memory.policyInForce(trust()) == stated && memory.remember(trust()));
             QVERIFY(QFile::remove(m_dir->at("trust/policy")) && memory.policyInForce(trust()) == stated);
         }
     }
@@ -323,6 +323,13 @@ private slots:
             const FullDisk disk(100); // the package fits, its manifest does not
             QVERIFY(stage(*asked) == Result::NotCopied);
         }
+        putPackage(R"({"name":"FW","package":"p"})", m_ours.seed, "small");
+        const auto brief = listed();
+        {
+            const FullDisk disk(Signature::Size - 1); // nor does a signature that is longer than its manifest
+            QVERIFY(stage(*brief) == Result::NotCopied);
+        }
+        QVERIFY(stage(*brief) == Result::Ok);
         QVERIFY(QFile::resize(m_dir->at("stick/p"), qint64{1} << 42)); // sparse: no disk has that much room
         QVERIFY(stage(*asked) == Result::NoRoom);
         m_dir->put("kavor/file", "x");
