@@ -68,7 +68,7 @@ FuncButtonWidget::FuncButtonWidget(PanelHost* parent) : QWidget(parent), m_host(
         addPicture(QStringLiteral("temperatureIcon"), {1070, 10, 32, 40}, QStringLiteral(":/Cold_Thermometer.png"));
     m_mark = new QLabel(this);
     m_mark->setObjectName(QStringLiteral("linkLost"));
-    m_mark->setGeometry(1021, 8, 131, 44);
+    m_mark->setGeometry(1020, 8, 129, 44);
     m_mark->setAlignment(Qt::AlignCenter);
     m_mark->setStyleSheet(LINK_LOST_STYLE);
     m_mark->hide();

@@ -272,7 +272,7 @@ void systemScreen::handOnBattery() {
     m_discharging = discharging;
     m_threshold = threshold;
     // Outside 0 to 100 there is no battery to show.
-    const bool known = record.batteryCharge >= 0 && record.batteryCharge <= 100;
+    const bool known = handler().hasRecord() && record.batteryCharge >= 0 && record.batteryCharge <= 100;
     host().set_battery_level(known ? static_cast<unsigned short>(record.batteryCharge) : 101);
 }
 
