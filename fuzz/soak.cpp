@@ -21,6 +21,7 @@ using namespace Kavor::HandheldGui;
 
 namespace {
 
+constexpr unsigned Channels = 3;
 constexpr int StallMs = 500;      // an event loop that stands this long is a finding
 constexpr int TapsInDialog = 500; // a dialog that outlives this many taps on it cannot be left
 constexpr int TapsPerFault = 40;
@@ -95,7 +96,7 @@ private:
     void compare() {
         const bool atRest =
             ActionGate::panel().isIdle() && !DialogRunner::anyOpen() && !QApplication::activePopupWidget();
-        const QStringList now = atRest ? disagreements(m_panel.window(), m_panel.module().record(0)) : QStringList();
+        const QStringList now = atRest ? disagreements(m_panel.window(), m_panel.record()) : QStringList();
         if (now.isEmpty() || m_disagreed != now)
             m_disagreeing.start();
         m_disagreed = now;
@@ -161,13 +162,13 @@ private:
             module.clearFaults();
             break;
         case 1:
-            module.modify(0, [this](ChannelRecord& r) {
+            module.modify(m_random.bounded(Channels), [this](ChannelRecord& r) {
                 r.batteryCharge = static_cast<std::int16_t>(m_random.bounded(-1, 101));
                 r.batteryCurrent = static_cast<std::int16_t>(m_random.bounded(-500, 500));
             });
             break;
         case 2:
-            module.modify(0, [this](ChannelRecord& r) {
+            module.modify(m_random.bounded(Channels), [this](ChannelRecord& r) {
                 auto* bytes = reinterpret_cast<unsigned char*>(&r);
                 bytes[m_random.bounded(static_cast<int>(sizeof r))] = static_cast<unsigned char>(m_random.bounded(256));
             });
@@ -196,6 +197,7 @@ private:
 
     static PanelFixture::Setup setup() {
         PanelFixture::Setup setup;
+        setup.channels = Channels;
         setup.commandTimeoutMs = 100;
         setup.readNetwork = [] {
             return NetworkFacts();
