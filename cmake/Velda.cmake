@@ -41,6 +41,10 @@ function(velda_program name)
     target_compile_definitions(${name} PRIVATE ${VELDA_VERSION_DEFINITION})
 endfunction()
 
+# What every test that starts a program of the tree runs in.
+set(VELDA_TEST_ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1:abort_on_error=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:history_size=4:ignore_noninstrumented_modules=1;UBSAN_OPTIONS=print_stacktrace=1")
+
 # velda_tests(LIBS lib...): one test program for each tst_*.cpp of the calling folder, named after it and run offscreen.
 function(velda_tests)
     cmake_parse_arguments(ARG "" "TIMEOUT" "LIBS" ${ARGN})
@@ -57,6 +61,6 @@ function(velda_tests)
         target_compile_definitions(${name} PRIVATE ${VELDA_VERSION_DEFINITION})
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
-            "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1:abort_on_error=0;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/tsan.supp:history_size=4:ignore_noninstrumented_modules=1;UBSAN_OPTIONS=print_stacktrace=1")
+            "${VELDA_TEST_ENVIRONMENT}")
     endforeach()
 endfunction()
