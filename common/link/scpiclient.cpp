@@ -156,7 +156,7 @@ void ScpiClient::onConnected() {
     {
         const std::lock_guard<std::mutex> lock(m_inboxMutex);
         if (!m_greeting.isEmpty())
-            m_queue.push_front({0, m_greeting, false, m_greetingTimeoutMs, m_attempt, true});
+            m_queue.push_front({Greeting, m_greeting, false, m_greetingTimeoutMs, m_attempt, true});
     }
     emit connected();
     pump();
@@ -257,10 +257,18 @@ void ScpiClient::finishOk() {
 }
 
 void ScpiClient::finishFail(const QString& error) {
+    const bool greeted = m_queue.empty() || m_queue.front().id != Greeting || !m_connected;
     if (!m_queue.empty())
         reportEnd(takeHead(), -1, std::string(), error);
     m_busy = 0;
-    resume();
+    if (greeted)
+        return resume();
+    // Nothing may be said over a connection whose greeting was not taken: it would reach another channel.
+    if (error.startsWith(QLatin1String(Scpi::Refusal))) {
+        for (; !m_queue.empty(); m_queue.pop_front())
+            reportEnd(m_queue.front(), -1, std::string(), error);
+    }
+    noteLinkLost(error);
 }
 
 ScpiClient::Req ScpiClient::takeHead() {

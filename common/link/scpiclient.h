@@ -44,7 +44,8 @@ public:
     void setRetryDelays(int firstMs, int laterMs);
 
     /// A command that goes out on every new connection, ahead of all that waits; empty: none. It ends by writeFinished
-    /// with the id 0. Any thread.
+    /// with the id 0. A connection on which it fails carries nothing else and is made again; a refusal also ends all
+    /// that waits. Any thread.
     void setGreeting(const QByteArray& command, int timeoutMs);
 
     /// Queues a command that the service acknowledges, or a query that it answers, and returns its id at once. Line end
@@ -76,6 +77,8 @@ signals:
     void disconnected();
 
 private:
+    static constexpr int Greeting = 0; ///< the id of every one
+
     struct Req {
         int id;
         QByteArray payload;

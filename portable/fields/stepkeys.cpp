@@ -135,6 +135,9 @@ void StepKeys::reload() {
     if (channel == m_channel)
         return;
     m_channel = channel;
+    // A key that is held down was touched for the other channel.
+    m_timer.stop();
+    m_repeats = true;
     bool isNumber = false;
     const double kept = settings().value(setting()).toDouble(&isNumber);
     m_size = isNumber && kept >= m_kind.least && kept <= m_kind.most ? kept : m_kind.size;

@@ -167,6 +167,10 @@ void ActionGate::setWaiting(bool waiting) {
 void ActionGate::noteTimeout() {
     if (m_current)
         m_current->timedOut = true;
+    dropAllButOffs();
+}
+
+void ActionGate::dropAllButOffs() {
     m_held.erase(std::remove_if(m_held.begin(), m_held.end(), [](const Item& held) { return !isOff(held.kind); }),
                  m_held.end());
     showPending();

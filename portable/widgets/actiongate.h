@@ -77,6 +77,9 @@ public:
     /// A command got no answer in time.
     void noteTimeout();
 
+    /// Drops what is held but the Offs: it was asked for another channel than it would reach.
+    void dropAllButOffs();
+
     /// Drops all that is held.
     void clear();
 

@@ -60,10 +60,10 @@ void ChannelKey::paintEvent(QPaintEvent*) {
         painter.setFont(keyFont(Style::TextGroup));
         painter.drawText(QRect(key.x(), key.y() - 3, key.width(), 30), Qt::AlignCenter, text());
         // As long as "No answer" may be.
-    QFont narrow = keyFont(Style::TextGroup);
-    narrow.setStretch(QFont::SemiCondensed);
-    painter.setFont(narrow);
-    painter.drawText(QRect(key.x(), key.y() + 21, key.width(), 30), Qt::AlignCenter, m_mark);
+        QFont narrow = keyFont(Style::TextGroup);
+        narrow.setStretch(QFont::SemiCondensed);
+        painter.setFont(narrow);
+        painter.drawText(QRect(key.x(), key.y() + 21, key.width(), 30), Qt::AlignCenter, m_mark);
         return;
     }
     painter.setFont(font());

@@ -201,7 +201,10 @@ void MainWindow::refreshFromModule() {
 }
 
 void MainWindow::followRecord() {
+    const unsigned former = m_handler->currentChannel();
     m_handler->keepChannelInside();
+    if (m_handler->currentChannel() != former)
+        ActionGate::panel().dropAllButOffs();
     m_handler->revert_preset(static_cast<int>(m_handler->currentChannel()));
     showOutputs();
     m_screens->update_from_config(m_state);
@@ -237,8 +240,17 @@ void MainWindow::toggleChannels() {
 }
 
 void MainWindow::selectChannel(unsigned channel) {
-    if (channel != m_handler->currentChannel() && m_handler->chooseChannel(channel) != 0)
+    const unsigned former = m_handler->currentChannel();
+    if (channel != former && m_handler->chooseChannel(channel) != 0) {
+        ActionGate::panel().dropAllButOffs(); // it was meant for the channel that was touched
         showCommandFailure(*this);
+    }
+    // Who touched Off meanwhile had the former channel before his eyes; the one now selected is switched off next.
+    if (m_handler->currentChannel() != former && ActionGate::panel().isOvertaken()) {
+        const Channels failed = switchOff(*this, {former});
+        if (!failed.empty())
+            showToast(*this, QStringLiteral("RF is not off: channel %1").arg(channelNumbers(failed)));
+    }
     status().runMode = runModeText(m_handler->snapshot().runMode == 1);
     followRecord();
 }

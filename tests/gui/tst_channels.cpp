@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QTimer>
 
 using namespace Kavor::HandheldGui;
 
@@ -125,14 +126,45 @@ private slots:
         startWith(3, 0, 300);
         allowMessages("\\[SCPI\\]");
         fail(static_cast<Sim::Fault::Kind>(fault), ":INST:SEL");
+        QVERIFY(panel().press("funcChannel"));
+        QTimer::singleShot(0, [this] { panel().press("rfOn"); }); // meant for the channel that is not reached
         QVERIFY(showChannel(2));
         QCOMPARE(key(), QString("CH 1"));
+        QCOMPARE(panel().module().record(0).rfOutput, 0U);
         panel().module().clearFaults();
         QVERIFY(panel().press("funcCw"));
         QTRY_VERIFY(panel().handler().isLinkUp());
         QVERIFY(panel().enter("cwFrequency", "3", "keyUnit0") && panel().settle());
         QCOMPARE(panel().module().record(0).frequency.value, 3e9);
         QVERIFY(panel().module().record(1).frequency.value != 3e9);
+    }
+
+    /// An Off in the wait for a selection stops what was on show, and what was asked for.
+    void offWhileSelecting() {
+        startWith(3);
+        for (const unsigned channel : {0U, 1U})
+            panel().module().modify(channel, [](ChannelRecord& record) { record.rfOutput = 1; });
+        QVERIFY(panel().press("funcChannel"));
+        QTimer::singleShot(0, [this] { panel().press("rfOff"); });
+        QVERIFY(showChannel(2));
+        QCOMPARE(panel().module().record(0).rfOutput + panel().module().record(1).rfOutput, 0U);
+        QCOMPARE(key(), QString("CH 2"));
+    }
+
+    /// A service that has come back and refuses the channel is told nothing that was meant for it.
+    void greetingRefused() {
+        startWith(3);
+        allowMessages("\\[SCPI\\]");
+        QVERIFY(showChannel(3));
+        panel().module().stop();
+        QTRY_VERIFY(!panel().handler().isLinkUp());
+        fail(Sim::Fault::Refuse, ":INST:SEL");
+        QVERIFY(panel().module().start());
+        QVERIFY(panel().press("rfOn") && panel().settle());
+        QCOMPARE(panel().module().record(0).rfOutput + panel().module().record(2).rfOutput, 0U);
+        panel().module().clearFaults();
+        QTRY_COMPARE(panel().module().data().selected, 2U);
+        QTRY_VERIFY(panel().press("rfOn") && panel().settle() && panel().module().record(2).rfOutput == 1);
     }
 
     /// The choice is the connection's: it is made again after a restart, and taken back where it has no record.
