@@ -61,11 +61,11 @@ bool ComboBox::eventFilter(QObject* watched, QEvent* event) {
         m_pressedBeside = live;
         return live != nullptr;
     }
-    const QPointer<QWidget> pressed = m_pressedBeside;
-    m_pressedBeside.clear();
-    if (!pressed)
+    if (m_pressedBeside.isNull())
         return false;
-    if (auto* button = qobject_cast<QAbstractButton*>(pressed.data()); button && button == live)
+    const bool same = m_pressedBeside.data() == live;
+    m_pressedBeside.clear();
+    if (auto* button = qobject_cast<QAbstractButton*>(live); button && same)
         button->click();
     return true;
 }

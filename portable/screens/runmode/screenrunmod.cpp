@@ -49,13 +49,13 @@ constexpr int FirstRow = 44;
 
 QPixmap waveBefore(const QPainterPath& before, qreal waveX, int waves, qreal end, QRgb colour) {
     constexpr QSize Size(200, 64);
-    constexpr qreal Period = 36;
+    constexpr int Period = 36;
     constexpr qreal Height = 23;
     QPainterPath path = before;
     const qreal middle = Size.height() / 2.0;
     path.moveTo(waveX, middle);
-    for (qreal x = 0; x <= waves * Period; x += 1)
-        path.lineTo(waveX + x, middle - Height * std::sin(x / Period * 2 * M_PI));
+    for (int x = 0; x <= waves * Period; ++x)
+        path.lineTo(waveX + x, middle - Height * std::sin(x * 2 * M_PI / Period));
     path.lineTo(end, middle);
     QPixmap pixmap(Size);
     pixmap.fill(Qt::transparent);
