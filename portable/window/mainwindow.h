@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/wire/channel_record.h"
 #include "common/instrument/handlerscpi.h"
+#include "common/wire/channel_record.h"
 #include "portable/host/panelhost.h"
 #include "portable/window/errorreports.h"
 

@@ -6,8 +6,8 @@
 #include <QApplication>
 #include <QImage>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTableWidget>
 #include <algorithm>
 
