@@ -1,18 +1,19 @@
 #!/usr/bin/python3
 """The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up, upgrade,
-removal, purge. Prints a line for each step; the first that fails ends it with 1."""
+removal, purge. Prints a line for each step; the first that fails ends it with 1.
+usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all of them"""
 import glob
 import hashlib
 import os
 import socket
-import struct
 import subprocess
 import sys
 import time
 
+from hands import HANDS
+from touches import Panel, wait
+
 HOME = "/home/velda"
-# Middle of the RF output's two buttons on the 1280 x 800 screen.
-RF_ON, RF_OFF = (1026, 687), (1178, 687)
 
 
 def run(*command, check=True):
@@ -28,15 +29,6 @@ def shown(unit, *names):
     return [found[name] for name in names]
 
 
-def wait(what, condition, seconds=30):
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if condition():
-            return
-        time.sleep(0.1)
-    raise AssertionError(f"waited {seconds} s in vain: {what}")
-
-
 def ask(query):
     """An answer of the module's service; its port stands in the simulator's first line."""
     with socket.create_connection(("127.0.0.1", 5025), 5) as service:
@@ -44,31 +36,11 @@ def ask(query):
         return service.recv(200).decode().strip()
 
 
-def tap(position):
-    with socket.create_connection(("127.0.0.1", 5900), 10) as screen:
-        version = screen.recv(12)
-        screen.sendall(version)
-        if version >= b"RFB 003.007":
-            kinds = screen.recv(1 + screen.recv(1, socket.MSG_PEEK)[0])
-            assert 1 in kinds[1:], kinds
-            screen.sendall(b"\1")
-            if version >= b"RFB 003.008":
-                assert screen.recv(4) == bytes(4)
-        else:
-            assert screen.recv(4) == struct.pack(">I", 1)
-        screen.sendall(b"\1")
-        width, height = struct.unpack(">HH", screen.recv(1024)[:4])
-        assert (width, height) == (1280, 800), (width, height)
-        for buttons in (1, 0):
-            screen.sendall(struct.pack(">BBHH", 5, buttons, *position))
-            time.sleep(0.1)
-
-
 def main_pid():
     return int(shown("velda-panel", "MainPID")[0])
 
 
-def start():
+def start(_):
     wait("the panel is ready", lambda: shown("velda-panel", "ActiveState")[0] == "active", 60)
     began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
     user = run("stat", "-c", "%U", f"/proc/{main_pid()}")
@@ -76,24 +48,26 @@ def start():
     return f"exec to ready {(int(ready) - int(began)) / 1000:.0f} ms, as {user}"
 
 
-def taps():
+def taps(panel):
     time.sleep(2)  # the splash covers the screen for its one pass
     assert ask(":OUTP?") == "0"
-    tap(RF_ON)
+    panel.touch("RF on")
     wait("RF on by a tap", lambda: ask(":OUTP?") == "1", 10)
-    tap(RF_OFF)
+    panel.touch("RF off")
     wait("RF off by a tap", lambda: ask(":OUTP?") == "0", 10)
-    return "RF on and off"
+    panel.set_3_ghz()
+    wait("3 GHz by touch", lambda: float(ask(":FREQ?")) == 3e9, 10)
+    return "RF on and off, 3 GHz"
 
 
-def sudo():
+def sudo(_):
     """The drop-in runs it ahead of the panel, with all that the unit sets."""
     copied = "/root/copied-by-the-panel"
     assert os.stat(copied).st_uid == 0 and open(copied).read() == open("/etc/hostname").read()
     return "sudo cp from within the unit wrote root's file"
 
 
-def watchdog():
+def watchdog(_):
     pid = main_pid()
     began = time.monotonic()
     os.kill(pid, 19)
@@ -103,7 +77,7 @@ def watchdog():
     return f"a stopped panel was replaced after {took:.1f} s"
 
 
-def restarts():
+def restarts(_):
     ask(":OUTP ON")
     assert ask(":OUTP?") == "1"
     kills = 0
@@ -140,7 +114,7 @@ def prepare_data():
         file.write("VELDA_USER=somebody\n")
 
 
-def upgrade():
+def upgrade(_):
     prepare_data()
     before = contents()[1]
     run("systemctl", "reset-failed", "velda-panel")
@@ -154,7 +128,7 @@ def upgrade():
     return f"{len(before)} kinds of data and the changed conffile kept, the panel ran on"
 
 
-def remove():
+def remove(_):
     before = contents()[1]
     run("dpkg", "-r", "velda-panel")
     assert shown("velda-panel", "ActiveState")[0] != "active" and not os.path.exists("/usr/bin/portable_gui")
@@ -162,7 +136,7 @@ def remove():
     return "stopped and gone, data and conffiles kept"
 
 
-def purge():
+def purge(_):
     before = contents()[1]
     run("dpkg", "-P", "velda-panel", "velda-simulator", "velda-tools")
     assert contents()[1] == before, "purge has taken data"
@@ -170,16 +144,26 @@ def purge():
     return "conffiles gone, data and keys kept"
 
 
-def walk():
-    for step in (start, taps, sudo, watchdog, restarts, upgrade, remove, purge):
+STEPS = (start, taps, sudo, watchdog, restarts, upgrade, remove, purge)
+
+
+def walk(hands, names):
+    panel = Panel(hands)
+    for step in STEPS:
+        if names and step.__name__ not in names:
+            continue
+        began = time.monotonic()
         try:
-            print(f"walk: {step.__name__}: {step()}", flush=True)
-        except AssertionError as problem:
+            said = step(panel)
+            hands.picture(step.__name__)
+            print(f"walk: {step.__name__}: {said} ({time.monotonic() - began:.1f} s)", flush=True)
+        except (AssertionError, OSError) as problem:
             print(f"walk: {step.__name__}: FAILED: {problem}", flush=True)
+            hands.picture(step.__name__ + "-failed")
             print(run("journalctl", "-b", "--no-pager", "-n", "60", check=False), flush=True)
             return 1
     return 0
 
 
 if __name__ == "__main__":
-    sys.exit(walk())
+    sys.exit(walk(HANDS[sys.argv[1]](), sys.argv[2:]))
