@@ -64,9 +64,10 @@ class Panel:
         for name in ("CW", "Frequency", "3", "GHz"):
             self.touch(name)
 
-    def choose_package(self, row):
-        """Opens the list of packages, from whatever screen, and touches one until the question about it comes up: the
-        list fills only when the media have been looked through. Touching "Yes" is next."""
+    def update(self, row):
+        """From whatever screen: the list of packages, one of them, "Yes". The list fills only when the media have been
+        looked through, so the package is touched until the question about it comes up. Returns how many boxes there
+        were before the "Yes": one more is its answer."""
         self.touch("System")
         self.touch("Update SW")
         before = len(self.boxes())
@@ -74,14 +75,9 @@ class Panel:
             self.touch(f"package {row}")
             try:
                 wait("the question", lambda: len(self.boxes()) > before, 3)
-                return
             except AssertionError:
-                pass
+                continue
+            asked = len(self.boxes())
+            self.touch("Yes")
+            return asked
         raise AssertionError(f"no question about package {row} comes up: is it in the list?")
-
-    def update(self, row, seconds=60):
-        """Installs a package to its end, which a box tells unless it reboots; the box is left open."""
-        self.choose_package(row)
-        before = len(self.boxes())
-        self.touch("Yes")
-        wait(f"the end of the update from package {row}", lambda: len(self.boxes()) > before, seconds)
