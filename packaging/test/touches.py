@@ -52,6 +52,11 @@ class Panel:
         """Every question and message that has come up."""
         return [name for name in self.events("FocusIn") if name.startswith("QMessageBox ")]
 
+    def is_open(self):
+        """Whether the splash of the last start has made way for the first screen."""
+        with open(self.log, encoding="utf-8", errors="replace") as log:
+            return "[FOCUS] FocusIn" in log.read().rpartition("start Portable GUI")[2]
+
     def touch(self, name):
         x, y, expected = PLACES[name]
         before = len(self.pressed())

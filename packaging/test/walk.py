@@ -59,7 +59,7 @@ def start(_):
 
 
 def taps(panel):
-    time.sleep(2)  # the splash covers the screen for its one pass
+    wait("the first screen", panel.is_open)
     assert ask(":OUTP?") == "0"
     panel.touch("RF on")
     wait("RF on by a tap", lambda: ask(":OUTP?") == "1", 10)
@@ -164,7 +164,7 @@ def refusals(panel):
     prepare_stick()
     run("systemctl", "reset-failed", "velda-panel")
     run("systemctl", "start", "velda-panel")
-    time.sleep(2)
+    wait("the first screen", panel.is_open)
     for row in (1, 2):
         asked = panel.update(row)
         wait(f"the refusal of package {row}", lambda: len(panel.boxes()) > asked, 60)
@@ -193,6 +193,7 @@ def upgrade(panel):
     configuration = open("/etc/velda/velda-panel.conf").read()
     assert "VELDA_NET_CLASS=" in configuration and "newer" not in configuration
     assert not os.path.exists(f"{HOME}/kavor/upgrade/unfinished")
+    panel.hands.picture("upgraded")
     run("systemctl", "restart", "velda-panel")
     return f"by a signed package, as root's; {len(before)} kinds of data and the changed conffile kept, the panel ran on"
 
