@@ -85,7 +85,8 @@ public:
                     s_findings);
         for (auto dialog = m_dialogsSeen.constBegin(); dialog != m_dialogsSeen.constEnd(); ++dialog)
             std::printf("dialog %d %s\n", dialog.value(), qPrintable(dialog.key()));
-        std::printf("software installed %d\n", static_cast<int>(m_stick.sudoed().size()));
+        std::printf("software installed %d\nservice gone in a command %d\n", static_cast<int>(m_stick.sudoed().size()),
+                    m_gone);
     }
 
 private:
@@ -225,6 +226,7 @@ private:
             fault.count = 1 + m_random.bounded(3);
             fault.milliseconds = m_random.bounded(150);
             fault.text = "1";
+            m_gone += fault.kind == Sim::Fault::Gone ? 1 : 0;
             module.addFault(fault);
         }
     }
@@ -300,6 +302,7 @@ private:
     QMap<QString, int> m_dialogsSeen; ///< how often, by name and first line
     qint64 m_taps = 0;
     qint64 m_faults = 0;
+    int m_gone = 0; ///< of the faults those that close the service's port and connections
     qint64 m_longestMs = 0;
 };
 
