@@ -122,7 +122,7 @@ class UpdateTest : public PanelTest {
     void startPanel(unsigned channels, const PackageLook& look = packagesBelow) {
         UpdateSettings settings;
         settings.look = look;
-        settings.watchMs = 50;
+        settings.watchMs = 50 * patience();
         settings.trust = stick().trustSettings();
         settings.patienceMs = 60000; // a busy machine is no slow stick
         settings.fpga = [port = m_rig->port](int count) {
