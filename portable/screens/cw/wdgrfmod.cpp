@@ -112,6 +112,7 @@ void rfModulationsWidget::buildTabs() {
 }
 
 void rfModulationsWidget::buildParameters() {
+    static_assert(ParameterRows.size() == ParameterCount, "a row for each parameter");
     auto* group = qobject_cast<PageGroup*>(parentWidget());
     for (std::size_t i = 0; i < ParameterRows.size(); ++i) {
         const ParameterRowText& row = ParameterRows[i];
