@@ -264,6 +264,7 @@ private slots:
                       << "row: " + dialog.findChild<QLabel*>("boardWord1")->text();
                 longestMs = qMax(longestMs, sinceLook.restart());
             };
+            look();
             connect(&sampler, &QTimer::timeout, &dialog, look);
             connect(&dialog, &QDialog::finished, &dialog, look);
             sampler.start(5);
