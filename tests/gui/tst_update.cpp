@@ -148,7 +148,7 @@ protected:
         m_image = testImage(64 * 1024 + 7);
         m_rig = std::make_unique<FpgaRig>();
         Sim::FpgaBoardSettings board = quickBoard();
-        board.burnMs = 400;
+        board.burnMs = 400 * patience();
         if (BoardNetwork::entered()) {
             board.port = FpgaUpdateSettings().port;
             QVERIFY(m_rig->start(4, board, DevicePaths::fpgaAddresses()));
