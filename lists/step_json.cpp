@@ -58,7 +58,7 @@ QJsonObject StepJsonWriter<Point>::write(const Point& point) {
 template <typename Point>
 StepJsonReader<Point>::StepJsonReader(const JsonMembers<Point>& members) : m_members(members) {
     for (const JsonMember<Point>& member : members)
-        m_state.push_back({QCborValue(QString(member.key)), QString(), std::string()});
+        m_state.push_back({QCborValue(QString(member.key)), QCborValue(), std::string()});
 }
 
 template <typename Point>
@@ -85,10 +85,9 @@ void StepJsonReader<Point>::store(const QCborValue& value, std::size_t index, Po
         point.** number = value.toDouble();
     } else if (const auto text = std::get_if<std::string Point::*>(&field)) {
         Member& last = m_state[index];
-        const QString now = value.toString();
-        if (now != last.text) {
-            last.text = now;
-            last.bytes = now.toStdString();
+        if (value != last.text) {
+            last.text = value;
+            last.bytes = value.toString().toStdString();
         }
         point.** text = last.bytes;
     } else if (const auto count = std::get_if<std::uint32_t Point::*>(&field)) {

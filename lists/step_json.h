@@ -48,8 +48,8 @@ public:
 
 private:
     struct Member {
-        QCborValue key; ///< compared with the key in an object without a copy of either
-        QString text;   ///< the last one read
+        QCborValue key;  ///< compared with the key in an object without a copy of either
+        QCborValue text; ///< the last one read
         std::string bytes;
     };
 
