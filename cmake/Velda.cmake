@@ -61,6 +61,6 @@ function(velda_tests)
         target_compile_definitions(${name} PRIVATE ${VELDA_VERSION_DEFINITION})
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT
-            "${VELDA_TEST_ENVIRONMENT}")
+            "${VELDA_TEST_ENVIRONMENT};VELDA_TEST_PATIENCE=${VELDA_TEST_PATIENCE}")
     endforeach()
 endfunction()

@@ -1,18 +1,23 @@
 #!/usr/bin/python3
-"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up, upgrade,
-removal, purge. Prints a line for each step; the first that fails ends it with 1."""
+"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up,
+refused packages, upgrade by a signed one, removal, purge. Prints a line for each step; the first that fails ends it with 1.
+usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all of them"""
 import glob
 import hashlib
+import json
 import os
+import shutil
 import socket
-import struct
 import subprocess
 import sys
 import time
 
+from hands import HANDS
+from touches import Panel, wait
+
 HOME = "/home/velda"
-# Middle of the RF output's two buttons on the 1280 x 800 screen.
-RF_ON, RF_OFF = (1026, 687), (1178, 687)
+STICK = "/media/velda/stick"
+DAMAGED = "not begun: the package is damaged"
 
 
 def run(*command, check=True):
@@ -28,13 +33,10 @@ def shown(unit, *names):
     return [found[name] for name in names]
 
 
-def wait(what, condition, seconds=30):
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        if condition():
-            return
-        time.sleep(0.1)
-    raise AssertionError(f"waited {seconds} s in vain: {what}")
+def write(path, text):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "w") as file:
+        file.write(text)
 
 
 def ask(query):
@@ -44,31 +46,11 @@ def ask(query):
         return service.recv(200).decode().strip()
 
 
-def tap(position):
-    with socket.create_connection(("127.0.0.1", 5900), 10) as screen:
-        version = screen.recv(12)
-        screen.sendall(version)
-        if version >= b"RFB 003.007":
-            kinds = screen.recv(1 + screen.recv(1, socket.MSG_PEEK)[0])
-            assert 1 in kinds[1:], kinds
-            screen.sendall(b"\1")
-            if version >= b"RFB 003.008":
-                assert screen.recv(4) == bytes(4)
-        else:
-            assert screen.recv(4) == struct.pack(">I", 1)
-        screen.sendall(b"\1")
-        width, height = struct.unpack(">HH", screen.recv(1024)[:4])
-        assert (width, height) == (1280, 800), (width, height)
-        for buttons in (1, 0):
-            screen.sendall(struct.pack(">BBHH", 5, buttons, *position))
-            time.sleep(0.1)
-
-
 def main_pid():
     return int(shown("velda-panel", "MainPID")[0])
 
 
-def start():
+def start(_):
     wait("the panel is ready", lambda: shown("velda-panel", "ActiveState")[0] == "active", 60)
     began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
     user = run("stat", "-c", "%U", f"/proc/{main_pid()}")
@@ -76,24 +58,26 @@ def start():
     return f"exec to ready {(int(ready) - int(began)) / 1000:.0f} ms, as {user}"
 
 
-def taps():
-    time.sleep(2)  # the splash covers the screen for its one pass
+def taps(panel):
+    wait("the first screen", panel.is_open)
     assert ask(":OUTP?") == "0"
-    tap(RF_ON)
+    panel.touch("RF on")
     wait("RF on by a tap", lambda: ask(":OUTP?") == "1", 10)
-    tap(RF_OFF)
+    panel.touch("RF off")
     wait("RF off by a tap", lambda: ask(":OUTP?") == "0", 10)
-    return "RF on and off"
+    panel.set_3_ghz()
+    wait("3 GHz by touch", lambda: float(ask(":FREQ?")) == 3e9, 10)
+    return "RF on and off, 3 GHz"
 
 
-def sudo():
+def sudo(_):
     """The drop-in runs it ahead of the panel, with all that the unit sets."""
     copied = "/root/copied-by-the-panel"
     assert os.stat(copied).st_uid == 0 and open(copied).read() == open("/etc/hostname").read()
     return "sudo cp from within the unit wrote root's file"
 
 
-def watchdog():
+def watchdog(_):
     pid = main_pid()
     began = time.monotonic()
     os.kill(pid, 19)
@@ -103,7 +87,7 @@ def watchdog():
     return f"a stopped panel was replaced after {took:.1f} s"
 
 
-def restarts():
+def restarts(_):
     ask(":OUTP ON")
     assert ask(":OUTP?") == "1"
     kills = 0
@@ -126,60 +110,130 @@ def restarts():
 
 def contents():
     kept = [f"{HOME}/kavor/preset/preset/preset-3.json", f"{HOME}/kavor/list/0/hop.json",
-            f"{HOME}/kavor/pattern/0/gap.json", f"{HOME}/kavor/upgrade/unfinished", "/etc/velda/update/policy",
-            "/etc/velda/update/update-1.pub"]
-    return kept, {path: hashlib.sha256(open(path, "rb").read()).hexdigest() for path in kept if os.path.exists(path)}
+            f"{HOME}/kavor/pattern/0/gap.json", "/etc/velda/update/policy", "/etc/velda/update/update-1.pub"]
+    return {path: hashlib.sha256(open(path, "rb").read()).hexdigest() for path in kept if os.path.exists(path)}
 
 
 def prepare_data():
-    for path in contents()[0]:
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "w") as file:
-            file.write(f"what was kept in {path}\n")
+    for path in ("preset/preset/preset-3.json", "list/0/hop.json", "pattern/0/gap.json"):
+        write(f"{HOME}/kavor/{path}", f"what was kept in {path}\n")
     with open("/etc/velda/velda-panel.conf", "a") as file:
-        file.write("VELDA_USER=somebody\n")
+        file.write("VELDA_NET_CLASS=/sys/class/net\n")
 
 
-def upgrade():
+def prepare_stick():
+    """Three packages: the newer Debian packages and a program, signed; and two that were changed after it."""
+    os.makedirs("/etc/velda/update")
+    run("update-pack", "keygen", "/root/release.key")
+    shutil.copy("/root/release.key.pub", "/etc/velda/update/update-1.pub")
+    write("/etc/velda/update/policy", "require\n")
+    shutil.copytree("/newer", "/root/source/packages")
+    write("/root/source/program", "#!/bin/sh\n")
+    install = "sudo dpkg --force-confdef --force-confold -i " + " ".join(
+        f"/var/tmp/velda/{os.path.basename(path)}" for path in sorted(glob.glob("/newer/*.deb")))
+    for name, place in (("1-changed-package", "/opt/changed"), ("2-changed-manifest", "/opt/changed"),
+                        ("3-signed", "/opt/program")):
+        run("update-pack", "--version", "9.1", "--key", "/root/release.key", "--release", "7", "--model", "KV-6000",
+            "--install", f"program={place}", "--install", "packages=/var/tmp/velda", "--run", install,
+            "software", "/root/source", f"{STICK}/{name}")
+        run("update-pack", "--public", "/root/release.key.pub", "check", f"{STICK}/{name}")
+    with open(glob.glob(f"{STICK}/1-changed-package/*.tar.gz")[0], "r+b") as package:
+        package.seek(-1000, os.SEEK_END)
+        byte = package.read(1)
+        package.seek(-1000, os.SEEK_END)
+        package.write(bytes([byte[0] ^ 1]))
+    manifest = f"{STICK}/2-changed-manifest/Manifest"
+    write(manifest, open(manifest).read().replace("9.1", "9.2"))
+
+
+def installations(panel):
+    with open(panel.log, errors="replace") as log:
+        return log.read().count("fwThread::fwUpgrade start")
+
+
+def last_update():
+    try:
+        with open(f"{HOME}/kavor/upgrade/updates.json") as file:
+            return json.load(file).get("software")
+    except FileNotFoundError:
+        return None
+
+
+def refusals(panel):
     prepare_data()
-    before = contents()[1]
+    prepare_stick()
     run("systemctl", "reset-failed", "velda-panel")
     run("systemctl", "start", "velda-panel")
+    wait("the first screen", panel.is_open)
+    for row in (1, 2):
+        asked = panel.update(row)
+        wait(f"the refusal of package {row}", lambda: len(panel.boxes()) > asked, 60)
+        panel.hands.picture(f"refusal-{row}")
+        panel.touch("OK")
+        # The first is refused by its copy, which is noted; the second before there is one.
+        assert last_update() == {"version": "9.1", "ok": False, "end": DAMAGED}, last_update()
+        assert installations(panel) == 0 and not os.path.exists("/opt/changed") and not os.path.exists("/var/tmp/velda")
+    return "a changed package and a changed manifest, nothing was installed"
+
+
+def upgrade(panel):
+    before = contents()
     pid = main_pid()
-    run("dpkg", "-i", "--force-confdef", "--force-confold", *glob.glob("/newer/*.deb"))
+    panel.update(3)
+    wait("the end of the installation", lambda: last_update()["end"] not in (DAMAGED, "cut off"), 120)
+    assert last_update()["ok"] and last_update()["end"] == "done", last_update()
+    assert last_update()["release"] == 7, last_update()
+    owner = os.stat("/opt/program")
+    assert (owner.st_uid, open("/opt/program").read()) == (0, "#!/bin/sh\n"), owner
+    for name in ("panel", "simulator", "tools"):
+        version = run("dpkg-query", "-Wf", "${Version} ${Status}", f"velda-{name}")
+        assert version.endswith("+newer install ok installed"), version
     assert main_pid() == pid, "the panel did not outlive its own upgrade"
-    assert contents()[1] == before and len(before) == 6
-    assert "VELDA_USER=somebody" in open("/etc/velda/velda-panel.conf").read()
+    assert contents() == before and len(before) == 5, before
+    configuration = open("/etc/velda/velda-panel.conf").read()
+    assert "VELDA_NET_CLASS=" in configuration and "newer" not in configuration
+    assert not os.path.exists(f"{HOME}/kavor/upgrade/unfinished")
+    panel.hands.picture("upgraded")
     run("systemctl", "restart", "velda-panel")
-    return f"{len(before)} kinds of data and the changed conffile kept, the panel ran on"
+    return f"by a signed package, as root's; {len(before)} kinds of data and the changed conffile kept, the panel ran on"
 
 
-def remove():
-    before = contents()[1]
+def remove(_):
+    before = contents()
     run("dpkg", "-r", "velda-panel")
     assert shown("velda-panel", "ActiveState")[0] != "active" and not os.path.exists("/usr/bin/portable_gui")
-    assert contents()[1] == before and os.path.exists("/etc/velda/velda-panel.conf")
+    assert contents() == before and os.path.exists("/etc/velda/velda-panel.conf")
     return "stopped and gone, data and conffiles kept"
 
 
-def purge():
-    before = contents()[1]
+def purge(_):
+    before = contents()
     run("dpkg", "-P", "velda-panel", "velda-simulator", "velda-tools")
-    assert contents()[1] == before, "purge has taken data"
+    assert contents() == before, "purge has taken data"
     assert not os.path.exists("/etc/velda/velda-panel.conf") and not os.path.exists("/etc/sudoers.d/velda-panel")
     return "conffiles gone, data and keys kept"
 
 
-def walk():
-    for step in (start, taps, sudo, watchdog, restarts, upgrade, remove, purge):
+STEPS = (start, taps, sudo, watchdog, restarts, refusals, upgrade, remove, purge)
+
+
+def walk(hands, names):
+    panel = Panel(hands)
+    for step in STEPS:
+        if names and step.__name__ not in names:
+            continue
+        began = time.monotonic()
         try:
-            print(f"walk: {step.__name__}: {step()}", flush=True)
-        except AssertionError as problem:
+            said = step(panel)
+            hands.picture(step.__name__)
+            print(f"walk: {step.__name__}: {said} ({time.monotonic() - began:.1f} s)", flush=True)
+        except (AssertionError, OSError) as problem:
             print(f"walk: {step.__name__}: FAILED: {problem}", flush=True)
+            hands.picture(step.__name__ + "-failed")
             print(run("journalctl", "-b", "--no-pager", "-n", "60", check=False), flush=True)
             return 1
     return 0
 
 
 if __name__ == "__main__":
-    sys.exit(walk())
+    sys.exit(walk(HANDS[sys.argv[1]](), sys.argv[2:]))
