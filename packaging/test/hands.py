@@ -93,4 +93,30 @@ def write_png(path, pixels):
                    chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b""))
 
 
-HANDS = {"vnc": Vnc}
+class Port:
+    """Has what lies beyond a port of this machine, the emulator it runs in, tap and look."""
+
+    def __init__(self, path="/dev/virtio-ports/velda.hands"):
+        self._port = open(path, "r+b", buffering=0)
+
+    def tap(self, x, y):
+        self._do(f"TAP {x} {y}")
+
+    def picture(self, name):
+        self._do(f"PICTURE {name}")
+
+    def seconds_from_power(self):
+        """From the power to the beginning of this system's own clock."""
+        return float(self._do(f"CLOCK {time.clock_gettime(time.CLOCK_MONOTONIC)}"))
+
+    def _do(self, line):
+        self._port.write(line.encode() + b"\n")
+        answer = b""
+        while not answer.endswith(b"\n"):
+            answer += self._port.read(100)
+        word, _, rest = answer.decode().strip().partition(" ")
+        assert word == "ok", f"{line}: {answer!r}"
+        return rest
+
+
+HANDS = {"vnc": Vnc, "port": Port}

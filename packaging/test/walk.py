@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up,
-refused packages, upgrade by a signed one, removal, purge. Prints a line for each step; the first that fails ends it with 1.
-usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all of them"""
+"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up, refused
+packages, FPGA images, upgrade by a signed package, removal, purge. Prints a line for each step; the first that fails ends
+it with 1.
+usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all but power, which not all hands know of"""
 import glob
 import hashlib
 import json
@@ -17,6 +18,8 @@ from touches import Panel, wait
 
 HOME = "/home/velda"
 STICK = "/media/velda/stick"
+# One of each channel.
+BOARDS = 4
 DAMAGED = "not begun: the package is damaged"
 
 
@@ -50,12 +53,35 @@ def main_pid():
     return int(shown("velda-panel", "MainPID")[0])
 
 
+def power(panel):
+    """When what had come, in seconds since the power."""
+    clock = panel.hands.seconds_from_power()
+    wait("the first screen", panel.is_open, 60)
+    touchable = time.clock_gettime(time.CLOCK_MONOTONIC)
+    began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
+    marks = (("kernel", 0), ("init", int(run("systemctl", "show", "--value", "-p", "UserspaceTimestampMonotonic")) / 1e6),
+             ("panel begun", int(began) / 1e6), ("its first picture", int(ready) / 1e6), ("first screen", touchable))
+    return ", ".join(f"{name} {clock + seconds:.1f} s" for name, seconds in marks)
+
+
 def start(_):
     wait("the panel is ready", lambda: shown("velda-panel", "ActiveState")[0] == "active", 60)
     began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
     user = run("stat", "-c", "%U", f"/proc/{main_pid()}")
     assert user == "velda", user
     return f"exec to ready {(int(ready) - int(began)) / 1000:.0f} ms, as {user}"
+
+
+def memory(panel):
+    wait("the first screen", panel.is_open)
+    sizes = {}
+    for file in ("status", "smaps_rollup"):
+        for line in open(f"/proc/{main_pid()}/{file}"):
+            name, *size = line.split()
+            if size[1:] == ["kB"]:
+                sizes[name] = int(size[0]) / 1000
+    own = sizes["Private_Clean:"] + sizes["Private_Dirty:"]
+    return f"peak {sizes['VmHWM:']:.1f} MB, now {sizes['VmRSS:']:.1f} MB, of it nobody else's {own:.1f} MB"
 
 
 def taps(panel):
@@ -151,10 +177,10 @@ def installations(panel):
         return log.read().count("fwThread::fwUpgrade start")
 
 
-def last_update():
+def last_update(kind="software"):
     try:
         with open(f"{HOME}/kavor/upgrade/updates.json") as file:
-            return json.load(file).get("software")
+            return json.load(file).get(kind)
     except FileNotFoundError:
         return None
 
@@ -174,6 +200,27 @@ def refusals(panel):
         assert last_update() == {"version": "9.1", "ok": False, "end": DAMAGED}, last_update()
         assert installations(panel) == 0 and not os.path.exists("/opt/changed") and not os.path.exists("/var/tmp/velda")
     return "a changed package and a changed manifest, nothing was installed"
+
+
+def fpga(panel):
+    """A signed image, to every board."""
+    image = os.urandom(256 * 1024)
+    with open("/root/image", "wb") as file:
+        file.write(image)
+    run("fpga-sign", "--version", "9.1", "sign", "/root/image", "/root/image.signed")
+    run("update-pack", "--version", "9.1", "--key", "/root/release.key", "--release", "1", "--model", "KV-6000",
+        "fpga", "/root/image.signed", f"{STICK}/0-fpga")
+    asked = panel.update(1)
+    wait("the transfer", lambda: "has burnt" in run("journalctl", "-u", "velda-simulator"), 120)
+    wait("the end of the update", lambda: len(panel.boxes()) > asked, 120)
+    panel.hands.picture("fpga-end")
+    panel.touch("OK")
+    assert last_update("fpga")["ok"], last_update("fpga")
+    signed = hashlib.sha256(open("/root/image.signed", "rb").read()).hexdigest()
+    burnt = run("journalctl", "-u", "velda-simulator").count(signed)
+    assert burnt == BOARDS, f"{burnt} boards have burnt the image"
+    shutil.rmtree(f"{STICK}/0-fpga")
+    return f"{burnt} boards have burnt the signed image, byte for byte"
 
 
 def upgrade(panel):
@@ -214,13 +261,13 @@ def purge(_):
     return "conffiles gone, data and keys kept"
 
 
-STEPS = (start, taps, sudo, watchdog, restarts, refusals, upgrade, remove, purge)
+STEPS = (power, start, memory, taps, sudo, watchdog, restarts, refusals, fpga, upgrade, remove, purge)
 
 
 def walk(hands, names):
     panel = Panel(hands)
     for step in STEPS:
-        if names and step.__name__ not in names:
+        if step.__name__ not in names if names else step is power:
             continue
         began = time.monotonic()
         try:
