@@ -74,14 +74,11 @@ class Board:
     def obey(self, port, line):
         word, *rest = line.split()
         answer = "ok"
+        self.booting = False
         if word == "TAP":
             self.emulator.tap(int(rest[0]), int(rest[1]))
         elif word == "PICTURE":
             self.take(rest[0])
-        elif word == "CLOCK":
-            # The kernel's clock began when it did, not with the power.
-            self.booting = False
-            answer += f" {self.seconds() - float(rest[0]):.2f}"
         else:
             answer = "what?"
         port.sendall(f"{answer}\n".encode())
@@ -90,7 +87,7 @@ class Board:
         """A picture of a screen that has come to rest, or of one that moves for longer than two seconds."""
         self.count += 1
         end = time.monotonic() + 2
-        before, now = None, self.emulator.picture(SCREEN)
+        before, now = "", self.emulator.picture(SCREEN)
         while now != before and time.monotonic() < end:
             time.sleep(LOOK)
             before, now = now, self.emulator.picture(SCREEN)
@@ -100,7 +97,7 @@ class Board:
         """What the screen shows on the way to the panel: each picture that is new."""
         when = self.seconds()
         now = self.emulator.picture(SCREEN)
-        if now not in self.screens:
+        if now and now not in self.screens:
             self.screens[now] = when
             shutil.move(SCREEN, f"{self.pictures}/boot-{when:05.1f}s.png")
 

@@ -2,8 +2,8 @@
 protocol."""
 import hashlib
 import json
-import os
 import socket
+import struct
 import time
 
 WIDTH, HEIGHT = 1280, 800
@@ -42,10 +42,13 @@ class Emulator:
                 return answer["return"]
 
     def picture(self, path):
-        """Writes the screen as it is now. What comes back tells whether it differs from another."""
+        """Writes the screen as it is now, as PNG. What comes back differs when the screen does; it is nothing while no
+        driver has set the screen up."""
         self.command("screendump", filename=path, format="png")
         with open(path, "rb") as file:
-            return hashlib.sha256(file.read()).hexdigest()
+            content = file.read()
+        size = struct.unpack(">II", content[16:24])
+        return hashlib.sha256(content).hexdigest() if size == (WIDTH, HEIGHT) else None
 
     def tap(self, x, y, seconds=0.15):
         self._finger += 1

@@ -105,18 +105,10 @@ class Port:
     def picture(self, name):
         self._do(f"PICTURE {name}")
 
-    def seconds_from_power(self):
-        """From the power to the beginning of this system's own clock."""
-        return float(self._do(f"CLOCK {time.clock_gettime(time.CLOCK_MONOTONIC)}"))
-
     def _do(self, line):
         self._port.write(line.encode() + b"\n")
-        answer = b""
-        while not answer.endswith(b"\n"):
-            answer += self._port.read(100)
-        word, _, rest = answer.decode().strip().partition(" ")
-        assert word == "ok", f"{line}: {answer!r}"
-        return rest
+        answer = self._port.readline()
+        assert answer == b"ok\n", f"{line}: {answer!r}"
 
 
 HANDS = {"vnc": Vnc, "port": Port}

@@ -2,7 +2,7 @@
 """The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up, refused
 packages, FPGA images, upgrade by a signed package, removal, purge. Prints a line for each step; the first that fails ends
 it with 1.
-usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all but power, which not all hands know of"""
+usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all but power, which is of this system's start"""
 import glob
 import hashlib
 import json
@@ -54,14 +54,13 @@ def main_pid():
 
 
 def power(panel):
-    """When what had come, in seconds since the power."""
-    clock = panel.hands.seconds_from_power()
+    """When what had come, in seconds of the system's clock, which begins with the kernel."""
     wait("the first screen", panel.is_open, 60)
     touchable = time.clock_gettime(time.CLOCK_MONOTONIC)
+    init = run("systemctl", "show", "--value", "-p", "UserspaceTimestampMonotonic")
     began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
-    marks = (("kernel", 0), ("init", int(run("systemctl", "show", "--value", "-p", "UserspaceTimestampMonotonic")) / 1e6),
-             ("panel begun", int(began) / 1e6), ("its first picture", int(ready) / 1e6), ("first screen", touchable))
-    return ", ".join(f"{name} {clock + seconds:.1f} s" for name, seconds in marks)
+    return (f"init {int(init) / 1e6:.1f} s, panel begun {int(began) / 1e6:.1f} s, its first picture {int(ready) / 1e6:.1f} s, "
+            f"first screen {touchable:.1f} s")
 
 
 def start(_):
