@@ -8,12 +8,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 #include <QThread>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <fcntl.h>
+#include <filesystem>
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -95,13 +95,17 @@ bool PackageStaging::makeFolder() {
 }
 
 bool PackageStaging::hasRoomFor(qint64 bytes) {
-    const QStorageInfo disk(m_folder);
-    if (bytes <= disk.bytesAvailable() - KeptFree)
+    // Asked of the folder: the table of mounts that QStorageInfo looks through does not name every root.
+    std::error_code error;
+    const auto free =
+        static_cast<qint64>(std::filesystem::space(QFile::encodeName(m_folder).constData(), error).available) -
+        KeptFree;
+    if (bytes <= free)
         return true;
     const qint64 mebibyte = qint64{1024} * 1024;
     fail(Result::NoRoom, QStringLiteral("%1 MiB are needed and %2 MiB are free")
                              .arg(bytes / mebibyte + 1)
-                             .arg(std::max<qint64>(disk.bytesAvailable() - KeptFree, 0) / mebibyte));
+                             .arg(std::max<qint64>(free, 0) / mebibyte));
     return false;
 }
 
