@@ -24,7 +24,7 @@ class Board:
     def __init__(self, pictures, command):
         self.pictures = pictures
         os.makedirs(pictures, exist_ok=True)
-        for old in glob.glob(f"{pictures}/*.png") + glob.glob(f"{BOARD}/*.sock"):
+        for old in glob.glob(f"{pictures}/[0-9][0-9]-*.png") + glob.glob(f"{pictures}/boot-*.png") + glob.glob(f"{BOARD}/*.sock"):
             os.remove(old)
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL)
         self.emulator = Emulator(f"{BOARD}/qmp.sock")
