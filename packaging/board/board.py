@@ -24,8 +24,9 @@ class Board:
     def __init__(self, pictures, command):
         self.pictures = pictures
         os.makedirs(pictures, exist_ok=True)
-        for old in glob.glob(f"{pictures}/[0-9][0-9]-*.png") + glob.glob(f"{pictures}/boot-*.png") + glob.glob(f"{BOARD}/*.sock"):
-            os.remove(old)
+        for old in (f"{pictures}/[0-9][0-9]-*.png", f"{pictures}/boot-*.png", f"{BOARD}/*.sock"):
+            for path in glob.glob(old):
+                os.remove(path)
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL)
         self.emulator = Emulator(f"{BOARD}/qmp.sock")
         self.count = 0
