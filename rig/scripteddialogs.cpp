@@ -1,5 +1,7 @@
 #include "rig/scripteddialogs.h"
 
+#include "tests/support/patience.h"
+
 #include <QAbstractButton>
 #include <QTest>
 #include <QTimer>
@@ -104,7 +106,7 @@ int ScriptedDialogs::execute(QDialog& dialog, DialogKind kind, const QString& te
         else
             dialog.reject();
     });
-    QTimer::singleShot(DialogMustEndMs, &dialog, [this, &dialog, asked] {
+    QTimer::singleShot(DialogMustEndMs * patience(), &dialog, [this, &dialog, asked] {
         m_problems << QStringLiteral("left open: ") + asked;
         dialog.reject();
     });
