@@ -35,9 +35,13 @@ ServiceProbe::Answer ServiceProbe::ask(const QByteArray& message) {
     answer.ms = static_cast<double>(clock.nsecsElapsed()) * 1e-6;
     answer.ended = end >= 0;
     answer.line = bytes.left(std::max(end, 0)).trimmed();
-    if (answer.ended && m_socket.waitForReadyRead(m_quietMs))
-        bytes += m_socket.readAll();
+    if (answer.ended)
+        bytes += listen();
     answer.beyond = answer.ended ? bytes.mid(end + 1) : bytes;
     answer.closed = m_socket.state() != QAbstractSocket::ConnectedState;
     return answer;
+}
+
+QByteArray ServiceProbe::listen() {
+    return m_socket.waitForReadyRead(m_quietMs) ? m_socket.readAll() : QByteArray();
 }

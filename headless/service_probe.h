@@ -26,6 +26,9 @@ public:
     /// Sends one line or block, its line end included, and reads the answer.
     Answer ask(const QByteArray& message);
 
+    /// What comes unasked within quietMs.
+    QByteArray listen();
+
     /// Sends bytes and reads nothing.
     void write(const QByteArray& bytes);
 

@@ -83,8 +83,13 @@ bool readNumber(const QString& text, bool decimalComma, double& number, QString&
 bool readCell(const Column& column, const QString& text, bool decimalComma, QJsonObject& step) {
     const QString key = QLatin1String(column.key);
     if (column.kind == Kind::Advance) {
-        step.insert(key, text);
-        return text == QLatin1String("Run") || text == QLatin1String("Wait");
+        for (const char* word : {"Run", "Wait"}) {
+            if (text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0) {
+                step.insert(key, QLatin1String(word));
+                return true;
+            }
+        }
+        return false;
     }
     double number = 0;
     QString rest;

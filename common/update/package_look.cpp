@@ -37,6 +37,7 @@ QByteArray mediaBelow(const QString& root) {
 PackageScan::~PackageScan() {
     requestInterruption();
     wait();
+    const std::lock_guard<std::mutex> lock(m_mutex); // what the thread has written goes with this object
 }
 
 void PackageScan::lookBelow(const QString& root) {
@@ -50,10 +51,7 @@ void PackageScan::lookBelow(const QString& root) {
 void PackageScan::glanceBelow(const QString& root) {
     if (isRunning() || !m_next.isEmpty())
         return;
-    wait();
-    m_root = root;
-    m_onlyIfChanged = true;
-    start(QThread::LowPriority);
+    begin(root, true);
 }
 
 bool PackageScan::looksAgain() {
@@ -61,12 +59,18 @@ bool PackageScan::looksAgain() {
         return true;
     if (m_next.isEmpty())
         return false;
-    wait(); // finished() comes a moment before the end
-    m_root = m_next;
-    m_next.clear();
-    m_onlyIfChanged = false;
-    start(QThread::LowPriority);
+    begin(std::exchange(m_next, QString()), false);
     return true;
+}
+
+void PackageScan::begin(const QString& root, bool onlyIfChanged) {
+    wait(); // finished() comes a moment before the end
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_root = root;
+        m_onlyIfChanged = onlyIfChanged;
+    }
+    start(QThread::LowPriority);
 }
 
 std::optional<PackageScan::Result> PackageScan::takeResult() {
@@ -76,12 +80,20 @@ std::optional<PackageScan::Result> PackageScan::takeResult() {
 
 void PackageScan::run() {
     // Before the look: what comes while it is under way is found by the next glance.
-    const QByteArray media = mediaBelow(m_root);
-    if (media == std::exchange(m_media, media) && m_onlyIfChanged)
-        return;
+    QString root;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        root = m_root;
+    }
+    const QByteArray media = mediaBelow(root);
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (media == std::exchange(m_media, media) && m_onlyIfChanged)
+            return;
+    }
     Result result;
     try {
-        result.packages = m_look(m_root);
+        result.packages = m_look(root);
         const Trust trust = readTrust(m_trust);
         for (const auto& package : result.packages->manifests())
             package->seal = sealOf(*package, trust.keys);
@@ -89,7 +101,7 @@ void PackageScan::run() {
         result.error = QString::fromLocal8Bit(error.what());
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_result = result;
+    m_result = std::move(result);
 }
 
 } // namespace Kavor::HandheldGui

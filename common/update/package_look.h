@@ -46,13 +46,15 @@ protected:
     void run() override;
 
 private:
+    void begin(const QString& root, bool onlyIfChanged);
+
     const PackageLook m_look;
     const TrustSettings m_trust;
-    bool m_onlyIfChanged = false; ///< written only while the thread does not run
-    QByteArray m_media;           ///< the thread's: what was there at its last look
-    QString m_root;               ///< written only while the thread does not run
-    QString m_next;               ///< root of the look to come, empty for none
-    std::mutex m_mutex;           ///< of the result
+    QString m_next;     ///< root of the look to come, empty for none
+    std::mutex m_mutex; ///< of what is below: what the one thread leaves to the other
+    bool m_onlyIfChanged = false;
+    QString m_root;
+    QByteArray m_media; ///< what was there at the last look
     std::optional<Result> m_result;
 };
 

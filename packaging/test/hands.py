@@ -93,4 +93,22 @@ def write_png(path, pixels):
                    chunk(b"IDAT", zlib.compress(bytes(rows))) + chunk(b"IEND", b""))
 
 
-HANDS = {"vnc": Vnc}
+class Port:
+    """Has what lies beyond a port of this machine, the emulator it runs in, tap and look."""
+
+    def __init__(self, path="/dev/virtio-ports/velda.hands"):
+        self._port = open(path, "r+b", buffering=0)
+
+    def tap(self, x, y):
+        self._do(f"TAP {x} {y}")
+
+    def picture(self, name):
+        self._do(f"PICTURE {name}")
+
+    def _do(self, line):
+        self._port.write(line.encode() + b"\n")
+        answer = self._port.readline()
+        assert answer == b"ok\n", f"{line}: {answer!r}"
+
+
+HANDS = {"vnc": Vnc, "port": Port}

@@ -1,6 +1,7 @@
 """Where to touch the panel, and what a walk does with touches. The panel must run with VELDA_FOCUS_TRACE: each touch is
 checked against what its log says was pressed, so a place that the panel has moved from fails with the name of what is
 there now."""
+import datetime
 import re
 import time
 
@@ -46,16 +47,18 @@ class Panel:
             return re.findall(rf'\[FOCUS\] {kind} (?:\w+::)*(\w+ ".*?") ', log.read())
 
     def pressed(self):
-        return self.events("MouseButton(?:Press|DblClick)")
+        """RF Off and the entries take the touch itself, the rest what is made of it."""
+        return self.events("(?:MouseButtonPress|MouseButtonDblClick|TouchBegin)")
 
     def boxes(self):
         """Every question and message that has come up."""
         return [name for name in self.events("FocusIn") if name.startswith("QMessageBox ")]
 
-    def is_open(self):
-        """Whether the splash of the last start has made way for the first screen."""
+    def opened(self, pid):
+        """When the splash of this process made way for the first screen; nothing until then."""
         with open(self.log, encoding="utf-8", errors="replace") as log:
-            return "[FOCUS] FocusIn" in log.read().rpartition("start Portable GUI")[2]
+            found = re.search(rf"^(\S+ \S+) \[{pid}\] .*\[FOCUS\] FocusIn", log.read(), re.MULTILINE)
+        return found and datetime.datetime.fromisoformat(found[1]).timestamp()
 
     def touch(self, name):
         x, y, expected = PLACES[name]

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
-"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up,
-refused packages, upgrade by a signed one, removal, purge. Prints a line for each step; the first that fails ends it with 1.
-usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all of them"""
+"""The life of an installed panel, walked inside a booted system: start, tap, watchdog, sudo, restarts used up, refused
+packages, FPGA images, upgrade by a signed package, removal, purge. Prints a line for each step; the first that fails ends
+it with 1.
+usage: walk.py HANDS [STEP...]   a name of hands.py; without steps all but power, which is of this system's start"""
 import glob
 import hashlib
 import json
@@ -17,6 +18,8 @@ from touches import Panel, wait
 
 HOME = "/home/velda"
 STICK = "/media/velda/stick"
+# One of each channel.
+BOARDS = 4
 DAMAGED = "not begun: the package is damaged"
 
 
@@ -50,6 +53,20 @@ def main_pid():
     return int(shown("velda-panel", "MainPID")[0])
 
 
+def first_screen(panel):
+    wait("the first screen", lambda: panel.opened(main_pid()), 60)
+    return panel.opened(main_pid())
+
+
+def power(panel):
+    """When what had come, in seconds of the system's clock, which begins with the kernel."""
+    touchable = first_screen(panel) - time.time() + time.clock_gettime(time.CLOCK_MONOTONIC)
+    init = run("systemctl", "show", "--value", "-p", "UserspaceTimestampMonotonic")
+    began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
+    return (f"init {int(init) / 1e6:.1f} s, panel begun {int(began) / 1e6:.1f} s, its first picture {int(ready) / 1e6:.1f} s, "
+            f"first screen {touchable:.1f} s")
+
+
 def start(_):
     wait("the panel is ready", lambda: shown("velda-panel", "ActiveState")[0] == "active", 60)
     began, ready = shown("velda-panel", "ExecMainStartTimestampMonotonic", "ActiveEnterTimestampMonotonic")
@@ -58,8 +75,20 @@ def start(_):
     return f"exec to ready {(int(ready) - int(began)) / 1000:.0f} ms, as {user}"
 
 
+def memory(panel):
+    first_screen(panel)
+    sizes = {}
+    for file in ("status", "smaps_rollup"):
+        for line in open(f"/proc/{main_pid()}/{file}"):
+            name, *size = line.split()
+            if size[1:] == ["kB"]:
+                sizes[name] = int(size[0]) / 1000
+    return (f"peak {sizes['VmHWM:']:.1f} MB, now {sizes['VmRSS:']:.1f} MB, of it written by the panel alone "
+            f"{sizes['Private_Dirty:']:.1f} MB")
+
+
 def taps(panel):
-    wait("the first screen", panel.is_open)
+    first_screen(panel)
     assert ask(":OUTP?") == "0"
     panel.touch("RF on")
     wait("RF on by a tap", lambda: ask(":OUTP?") == "1", 10)
@@ -77,13 +106,13 @@ def sudo(_):
     return "sudo cp from within the unit wrote root's file"
 
 
-def watchdog(_):
+def watchdog(panel):
     pid = main_pid()
     began = time.monotonic()
     os.kill(pid, 19)
     wait("a panel that stands still is ended", lambda: main_pid() not in (0, pid), 40)
     took = time.monotonic() - began
-    wait("it is back", lambda: shown("velda-panel", "ActiveState")[0] == "active", 30)
+    first_screen(panel)
     return f"a stopped panel was replaced after {took:.1f} s"
 
 
@@ -151,10 +180,10 @@ def installations(panel):
         return log.read().count("fwThread::fwUpgrade start")
 
 
-def last_update():
+def last_update(kind="software"):
     try:
         with open(f"{HOME}/kavor/upgrade/updates.json") as file:
-            return json.load(file).get("software")
+            return json.load(file).get(kind)
     except FileNotFoundError:
         return None
 
@@ -164,7 +193,7 @@ def refusals(panel):
     prepare_stick()
     run("systemctl", "reset-failed", "velda-panel")
     run("systemctl", "start", "velda-panel")
-    wait("the first screen", panel.is_open)
+    first_screen(panel)
     for row in (1, 2):
         asked = panel.update(row)
         wait(f"the refusal of package {row}", lambda: len(panel.boxes()) > asked, 60)
@@ -174,6 +203,27 @@ def refusals(panel):
         assert last_update() == {"version": "9.1", "ok": False, "end": DAMAGED}, last_update()
         assert installations(panel) == 0 and not os.path.exists("/opt/changed") and not os.path.exists("/var/tmp/velda")
     return "a changed package and a changed manifest, nothing was installed"
+
+
+def fpga(panel):
+    """A signed image, to every board."""
+    image = os.urandom(256 * 1024)
+    with open("/root/image", "wb") as file:
+        file.write(image)
+    run("fpga-sign", "--version", "9.1", "sign", "/root/image", "/root/image.signed")
+    run("update-pack", "--version", "9.1", "--key", "/root/release.key", "--release", "1", "--model", "KV-6000",
+        "fpga", "/root/image.signed", f"{STICK}/0-fpga")
+    asked = panel.update(1)
+    panel.hands.picture("fpga-transfer")
+    wait("the transfer", lambda: "has burnt" in run("journalctl", "-u", "velda-simulator"), 120)
+    wait("the end of the update", lambda: len(panel.boxes()) > asked, 120)
+    panel.hands.picture("fpga-end")
+    panel.touch("OK")
+    assert last_update("fpga")["ok"], last_update("fpga")
+    burnt = run("journalctl", "-u", "velda-simulator").count(hashlib.sha256(image).hexdigest())
+    assert burnt == BOARDS, f"{burnt} boards have burnt the image"
+    shutil.rmtree(f"{STICK}/0-fpga")
+    return f"{burnt} boards have burnt the image, byte for byte"
 
 
 def upgrade(panel):
@@ -214,13 +264,13 @@ def purge(_):
     return "conffiles gone, data and keys kept"
 
 
-STEPS = (start, taps, sudo, watchdog, restarts, refusals, upgrade, remove, purge)
+STEPS = (power, start, memory, taps, sudo, watchdog, restarts, refusals, fpga, upgrade, remove, purge)
 
 
 def walk(hands, names):
     panel = Panel(hands)
     for step in STEPS:
-        if names and step.__name__ not in names:
+        if step.__name__ not in names if names else step is power:
             continue
         began = time.monotonic()
         try:

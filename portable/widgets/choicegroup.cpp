@@ -1,6 +1,7 @@
 #include "portable/widgets/choicegroup.h"
 
 #include "portable/widgets/actiongate.h"
+#include "portable/widgets/freshness.h"
 #include "portable/widgets/pressfilter.h"
 #include "portable/widgets/styles/styles.h"
 #include "portable/widgets/styles/tokens.h"
@@ -29,6 +30,7 @@ ChoiceGroup::ChoiceGroup(QWidget* parent, const QString& pressedStyle, const QSt
         });
         button->setStyleSheet(m_unpressedStyle);
         m_buttons.push_back(button);
+        m_tones.push_back(description.tone);
         m_pictures.push_back(description.picture);
     }
     showPictures();
@@ -39,10 +41,28 @@ void ChoiceGroup::showPictures() {
         const Picture& picture = m_pictures[static_cast<std::size_t>(i)];
         if (!picture)
             continue;
-        const QPixmap drawn = picture(i == m_chosen ? Style::OnActive : Style::Text);
+        const QPixmap drawn = picture(i == m_chosen && !m_isGrey ? Style::OnActive : Style::Text);
         button(i)->setIconSize(drawn.size());
         button(i)->setIcon(drawn);
     }
+}
+
+void ChoiceGroup::followModule() {
+    connect(&Freshness::panel(), &Freshness::changed, this, &ChoiceGroup::takeTones);
+    takeTones();
+}
+
+// The property is read when a sheet is applied.
+void ChoiceGroup::takeTones() {
+    if (m_isGrey == Freshness::panel().isStale())
+        return;
+    m_isGrey = !m_isGrey;
+    for (std::size_t i = 0; i < m_buttons.size(); ++i) {
+        m_buttons[i]->setProperty("tone", m_isGrey ? QStringLiteral("stale") : m_tones[i]);
+        m_buttons[i]->setStyleSheet(QString());
+    }
+    choose(m_chosen);
+    showPictures();
 }
 
 void ChoiceGroup::choose(int index) {
@@ -52,16 +72,6 @@ void ChoiceGroup::choose(int index) {
         showPictures();
     for (int i = 0; i < static_cast<int>(m_buttons.size()); ++i)
         applySheet(button(i), i == index ? m_pressedStyle : m_unpressedStyle);
-}
-
-void ChoiceGroup::setTone(int index, const QString& tone) {
-    QPushButton* changed = button(index);
-    if (changed->property("tone") == tone)
-        return;
-    changed->setProperty("tone", tone);
-    // The property is read when a sheet is applied.
-    changed->setStyleSheet(QString());
-    choose(m_chosen);
 }
 
 void ChoiceGroup::setEnabled(bool enabled) {

@@ -36,11 +36,11 @@ public:
     /// The pressed button's index, -1 when none is.
     int chosen() const { return m_chosen; }
 
+    /// From now on the choice stands for what the module holds: the pressed style is grey while that is not known.
+    void followModule();
+
     /// Moves the pressed style. -1 gives every button the unpressed one.
     void choose(int index);
-
-    /// Another tone for the pressed style of a button, from the next choose() on.
-    void setTone(int index, const QString& tone);
 
     void setEnabled(bool enabled);
     void setVisible(bool visible);
@@ -56,13 +56,16 @@ signals:
     void asked(int index);
 
 private:
+    void takeTones();
     void showPictures();
 
     std::vector<QPushButton*> m_buttons;
+    std::vector<QString> m_tones;
     std::vector<Picture> m_pictures;
     QString m_pressedStyle;
     QString m_unpressedStyle;
     int m_chosen = -1;
+    bool m_isGrey = false;
 };
 
 } // namespace Kavor::HandheldGui

@@ -39,6 +39,7 @@ ControlRow::ControlRow(QWidget* parent) : QWidget(parent) {
     addLabel(QStringLiteral("Modulation:"), 24, 156);
     m_modulation =
         new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE, onOff(QStringLiteral("mod"), QString()));
+    m_modulation->followModule();
     m_modulation->place(184, ButtonTop, 104, Style::ButtonHeight);
 
     addLabel(QStringLiteral("Trigger:"), 452, 108);
@@ -51,6 +52,7 @@ ControlRow::ControlRow(QWidget* parent) : QWidget(parent) {
     m_rfLabel = addLabel(QStringLiteral("RF OUT:"), 812, 124);
     m_rf = new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE,
                            onOff(QStringLiteral("rf"), QStringLiteral("rf")));
+    m_rf->followModule();
     m_rf->place(940, ButtonTop, 152, Style::ButtonHeight);
     connect(&Freshness::panel(), &Freshness::changed, this, &ControlRow::showRf);
     setRf(false);
@@ -75,8 +77,6 @@ void ControlRow::setRf(bool on) {
 // Nobody knows what an output does that cannot be reached: it is shown as it was, in grey.
 void ControlRow::showRf() {
     const bool stale = Freshness::panel().isStale();
-    m_rf->setTone(On, stale ? QStringLiteral("stale") : QStringLiteral("rf"));
-    m_rf->setTone(Off, stale ? QStringLiteral("stale") : QStringLiteral("off"));
     m_rf->choose(m_rfOn ? On : Off);
     applySheet(m_rfLabel, m_rfOn && !stale ? WIDGET_LBL_BOLD_STYLE : WIDGET_LBL_STYLE);
     m_line->setVisible(m_rfOn);

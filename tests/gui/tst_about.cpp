@@ -42,7 +42,7 @@ private slots:
     void diagnostics() {
         QDir(m_folder.path()).mkpath("anna.example/STICK");
         m_folder.put("log/portable_gui.log", "a line\n");
-        m_folder.put("log/portable_gui.1.log", "an older line\n");
+        m_folder.put("log/portable_gui.1.log", "from /media/anna.example/STICK/a\nLocalhost name: anna-pc\n");
         m_folder.put("home/kavor/preset/preset/preset-7.json", "{}");
         for (int i = 0; i <= CommandHistory::Commands; ++i)
             QCOMPARE(panel().handler().set_phase(i % 2), 0);
@@ -68,7 +68,7 @@ private slots:
         const ChannelRecord record = panel().record();
         QCOMPARE(member("record-0.bin"), QByteArray(reinterpret_cast<const char*>(&record), sizeof record));
         QCOMPARE(member("logs/portable_gui.log"), QByteArray("a line\n"));
-        QCOMPARE(member("logs/portable_gui.1.log"), QByteArray("an older line\n"));
+        QCOMPARE(member("logs/portable_gui.1.log"), QByteArray("from /media/USER/STICK/a\nLocalhost name: -\n"));
         QCOMPARE(member("configurations.txt"), QByteArray("preset-7.json\n"));
         QCOMPARE(QImage::fromData(member("screen.png")).size(), QSize(1280, 800));
         QVERIFY(member("versions.txt").contains("panel " VELDA_VERSION) && member("versions.txt").contains(qVersion()));

@@ -128,12 +128,14 @@ private slots:
     void readoutsOfAModuleOutOfReach() {
         allowMessages("\\[SCPI\\]|initializarion failure|ldshmem|there is no client");
         QWidget* power = key("cwPower");
-        QVERIFY(has(power, Style::Text) && !has(power, Style::Stale));
+        QWidget* source = key("sourceInternal");
+        QVERIFY(has(power, Style::Text) && !has(power, Style::Stale) && has(source, Style::Active));
         panel().module().stop();
         QTRY_VERIFY(Freshness::panel().isStale());
         QTRY_VERIFY(has(power, Style::Stale) && !has(power, Style::Text));
+        QVERIFY(!has(source, Style::Active));
         QVERIFY(panel().module().start());
-        QTRY_VERIFY(has(power, Style::Text));
+        QTRY_VERIFY(has(power, Style::Text) && has(source, Style::Active));
         PanelFixture::Setup setup;
         setup.startModule = false;
         start(setup);

@@ -4,6 +4,9 @@
 #include "tests/support/tool_run.h"
 
 #include <QCoreApplication>
+#include <algorithm>
+#include <cstring>
+#include <sys/mman.h>
 
 class ConformanceTest : public TestBase {
     Q_OBJECT
@@ -41,6 +44,56 @@ private slots:
         QCOMPARE(QByteArray(reinterpret_cast<const char*>(&after), sizeof after),
                  QByteArray(reinterpret_cast<const char*>(&before), sizeof before));
         QCOMPARE(module.data().selected, std::size_t{0});
+        QVERIFY(module.received().contains(":SYST:SET:STOR 99999")); // the name as the panel sends it
+    }
+
+    /// What must not be sent when something has gone wrong before.
+    void leavesAlone_data() {
+        addColumns<QByteArray, QByteArray>("fault", "command");
+        addRow("more power than the lowest", QByteArray("KEEP,FOR=PRSW:STOP"), QByteArray(":OUTP ON"));
+        addRow("a list of another's", QByteArray("REF,FOR=LIST:DATA,TEXT=no"), QByteArray(":LIST:STAT ON"));
+        addRow("reset, not stored", QByteArray("REF,FOR=SYST:SET:STOR,TEXT=no"), QByteArray("*RST"));
+        addRow("erased, not recalled", QByteArray("REF,FOR=SYST:SET:REC,TEXT=no"), QByteArray(":SYST:SET:CLE"));
+        addRow("another channel", QByteArray("REF,FOR=INST:SEL,TEXT=no,COUN=1"), QByteArray(":PHAS 360.000"));
+        addRow("while it radiates", QByteArray("KEEP,FOR=OUTP"), QByteArray(":PHAS 360.000"));
+        addRow("without a record", QByteArray(), QByteArray(":SYST:COMM:LAN:IPAD"));
+        addRow("after Ctrl-C", QByteArray(), QByteArray(":PM:STAT ON"));
+    }
+
+    void leavesAlone() {
+        QFETCH(QByteArray, fault);
+        QFETCH(QByteArray, command);
+        const QByteArray tag = QTest::currentDataTag();
+        Sim::ModuleSimulator module(options(tag == "another channel" ? 2 : 1));
+        QVERIFY(module.start());
+        module.modify(0, [&](ChannelRecord& r) { r.rfOutput = tag == "while it radiates"; });
+        const ChannelRecord before = module.record(0);
+        ServiceProbe control(module.port(), 1000, 0);
+        QVERIFY(control.connectAnew());
+        if (!fault.isEmpty())
+            QCOMPARE(control.ask(":SIM:FAUL " + fault + "\r\n").line, QByteArray("+OK"));
+        Conformance::Settings settings;
+        settings.regionName = module.regionName();
+        settings.radiates = settings.restarts = true;
+        settings.quietMs = 0;
+        int rf = 0;
+        Conformance* running = nullptr;
+        Conformance conformance(settings, [&](const Conformance::Row& row) {
+            if (tag == "without a record" && row.what == ":FREQ")
+                shm_unlink(module.regionName().c_str());
+            if (tag == "after Ctrl-C" && row.what == ":AM:STAT on")
+                running->stop();
+            rf += row.what == "RF on" ? 1 : 0;
+        });
+        running = &conformance;
+        conformance.run();
+        const QByteArrayList received = module.received();
+        const auto sent = std::count_if(received.begin(), received.end(),
+                                        [&](const QByteArray& line) { return line.startsWith(command); });
+        QCOMPARE(int(sent), tag == "another channel" ? 1 : 0);
+        const ChannelRecord after = module.record(0);
+        if (tag == "after Ctrl-C")
+            QVERIFY(rf == 1 && std::memcmp(&before, &after, sizeof after) == 0);
     }
 
     void findsEachFault_data() {

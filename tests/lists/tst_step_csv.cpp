@@ -40,7 +40,7 @@ private slots:
                             const QString& root = List) {
             QTest::addRow("%s", tag) << content << QString::fromUtf8(expected) << root;
         };
-        row("units", Head + "2.4 GHz,-10 dBm,500 \u00B5s,Run\n100MHz,0,1 ms,Wait",
+        row("units", Head + "2.4 GHz,-10 dBm,500 \u00B5s,Run\n100MHz,0,1 ms,wait",
             "1,2.4 GHz,-10 dBm,500 \u00B5s,Run;2,100 MHz,0 dBm,1 ms,Wait");
         row("bare", "power,dwell,frequency\n-3.5,0.00025,2.4e9\n", "1,2.4 GHz,-3.5 dBm,250 \u00B5s,Run");
         row("semicolons", "Frequency;Power;Dwell;Advance\r\n433,92 MHz;-1,5;1.5 ms;Run\r\n;;;\r\n",
@@ -66,7 +66,7 @@ private slots:
             "!Line 2, column 1: \"1.000,5\" is no frequency");
         row("no voltage", Head + "1,0 mV,1,Run", "!Line 2, column 2: \"0 mV\" is no power");
         row("too large a number", Head + "1e999,0,1,Run", "!Line 2, column 1: \"1e999\" is no frequency");
-        row("advance", Head + "1,0,1,run", "!Line 2, column 4: \"run\" is no advance");
+        row("advance", Head + "1,0,1,Go", "!Line 2, column 4: \"Go\" is no advance");
         row("cell missing", Head + "1,0,,Run", "!Line 2, column 3: no dwell");
         row("cell too many", Head + "1,0,1,Run,x", "!Line 2, column 5: \"x\" has no column");
         row("open quote", Head + "1,0,1,Run\n1,\"0,1,Run", "!Line 3, column 2: a quote does not end");

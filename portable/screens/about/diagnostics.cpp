@@ -66,6 +66,22 @@ QByteArray configurations() {
     return folder.entryList(QDir::Files | QDir::Hidden, QDir::Name).join(QLatin1Char('\n')).toUtf8() + '\n';
 }
 
+/// What was logged names the stick's folder, which is called by the account, and the network at each look at the LAN
+/// page.
+QByteArray withoutNames(const QByteArray& bytes, const QString& account) {
+    static const QRegularExpression network(QStringLiteral("(Localhost name:|IP =|MAC =|Netmask =)[^\n]*"));
+    QString text = QString::fromUtf8(bytes).replace(network, QStringLiteral("\\1 -"));
+    if (!account.isEmpty())
+        text.replace(QRegularExpression(QStringLiteral("/%1(?![\\w-])").arg(QRegularExpression::escape(account))),
+                     QStringLiteral("/USER"));
+    return text.toUtf8();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+}
+
 } // namespace
 
 DiagnosticsContent collectDiagnostics(EventHandler& handler, QWidget& window) {
@@ -85,6 +101,7 @@ DiagnosticsContent collectDiagnostics(EventHandler& handler, QWidget& window) {
                                    QByteArray(reinterpret_cast<const char*>(&record), sizeof record)});
     content.screen = window.grab().toImage();
     content.logFolder = DevicePaths::logFolder();
+    content.account = DevicePaths::userName();
     return content;
 }
 
@@ -98,12 +115,13 @@ DiagnosticsJob::~DiagnosticsJob() {
 void DiagnosticsJob::run() {
     QString problem = QStringLiteral("no stick that can be written");
     const QDir media(m_media);
-    for (const QString& stick : media.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+    for (const QString& stick : media.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name)) {
         const QString path = media.absoluteFilePath(stick);
         if (!QFileInfo(path).isWritable())
             continue;
         problem = write(path);
-        break;
+        if (problem.isEmpty())
+            break;
     }
     emit done(problem.isEmpty() ? m_content.name + QStringLiteral(".tar.gz") : QString(), problem);
 }
@@ -114,14 +132,18 @@ QString DiagnosticsJob::write(const QString& stick) const {
     const QDir folder(scratch.filePath(m_content.name));
     bool collected = folder.mkpath(QStringLiteral("logs"));
     for (const DiagnosticsContent::Member& member : m_content.members) {
-        QFile file(folder.absoluteFilePath(member.name));
-        collected = collected && file.open(QIODevice::WriteOnly) && file.write(member.bytes) == member.bytes.size() &&
-                    file.flush();
+        const bool isText = member.name.endsWith(QLatin1String(".txt"));
+        collected = collected && writeFile(folder.absoluteFilePath(member.name),
+                                           isText ? withoutNames(member.bytes, m_content.account) : member.bytes);
     }
     collected = collected && m_content.screen.save(folder.absoluteFilePath(QStringLiteral("screen.png")));
     const QDir logs(m_content.logFolder);
-    for (const QString& log : logs.entryList({QStringLiteral("*.log")}, QDir::Files))
-        QFile::copy(logs.absoluteFilePath(log), folder.absoluteFilePath(QStringLiteral("logs/") + log));
+    for (const QString& log : logs.entryList({QStringLiteral("*.log")}, QDir::Files)) {
+        QFile file(logs.absoluteFilePath(log));
+        if (file.open(QIODevice::ReadOnly)) // one that was rotated away meanwhile is in the next
+            collected = collected && writeFile(folder.absoluteFilePath(QStringLiteral("logs/") + log),
+                                               withoutNames(file.readAll(), m_content.account));
+    }
     if (!collected)
         return QStringLiteral("no room to collect them");
 

@@ -23,13 +23,14 @@ struct DiagnosticsContent {
     std::vector<Member> members;
     QImage screen;
     QString logFolder;
+    QString account; ///< left out of texts and logs wherever a path holds it
 };
 
 /// Collects versions, environment, the record of each channel, the names of the stored configurations, the last
 /// commands and a picture of the window. GUI thread, a few milliseconds.
 DiagnosticsContent collectDiagnostics(EventHandler& handler, QWidget& window);
 
-/// Writes one archive to the first stick that can be written, on a thread of its own. Created, started and destroyed on
+/// Writes one archive to the first stick that takes it, on a thread of its own. Created, started and destroyed on
 /// the GUI thread; the destructor waits for the end.
 class DiagnosticsJob : public QThread {
     Q_OBJECT

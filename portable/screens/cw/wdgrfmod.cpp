@@ -112,6 +112,7 @@ void rfModulationsWidget::buildTabs() {
 }
 
 void rfModulationsWidget::buildParameters() {
+    static_assert(ParameterRows.size() == ParameterCount, "a row for each parameter");
     auto* group = qobject_cast<PageGroup*>(parentWidget());
     for (std::size_t i = 0; i < ParameterRows.size(); ++i) {
         const ParameterRowText& row = ParameterRows[i];
@@ -133,6 +134,7 @@ void rfModulationsWidget::buildSource() {
     m_source = new ChoiceGroup(this, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                                {{QStringLiteral("Internal"), QStringLiteral("sourceInternal"), QString()},
                                 {QStringLiteral("External"), QStringLiteral("sourceExternal"), QString()}});
+    m_source->followModule();
     m_source->place(RightColumn.valueX, EnableRow, SourceWidth, Style::ButtonHeight);
     connect(m_source, &ChoiceGroup::asked, this,
             [this](int index) { index == External ? onSrcExternalButton() : onSrcInternalButton(); });
@@ -145,6 +147,7 @@ void rfModulationsWidget::buildModulate() {
     m_modulate = new ChoiceGroup(this, PRESSED_MOD_BTN_STYLE, UNPRESSED_MOD_BTN_STYLE,
                                  {{QStringLiteral("On"), QStringLiteral("modulateOn"), QString()},
                                   {QStringLiteral("Off"), QStringLiteral("modulateOff"), QStringLiteral("off")}});
+    m_modulate->followModule();
     m_modulate->place(ModulateX, TabTop, ModulateWidth, Style::ButtonHeight);
     connect(m_modulate->button(On), &QPushButton::clicked, this, [this] {
         ActionGate::panel().ask(

@@ -131,6 +131,7 @@ void runmodeScreen::buildRunMode() {
         new ChoiceGroup(m_runModeGroup, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
                         {{QStringLiteral("Continous"), QStringLiteral("runContinuous"), QString(), continuousPicture},
                          {QStringLiteral("Trigger"), QStringLiteral("runTrigger"), QString(), triggerPicture}});
+    m_runMode->followModule();
     for (const int index : {Continuous, Triggered})
         m_runMode->button(index)->setProperty("card", true);
     m_runMode->place(ChoiceX, CardTop, CardWidth, CardHeight);
@@ -154,6 +155,7 @@ void runmodeScreen::buildParameters() {
                                QString::fromLatin1(choice.label));
         m_choices[i] =
             new ChoiceGroup(m_parameters, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, choice.buttons);
+        m_choices[i]->followModule();
         const int count = static_cast<int>(choice.buttons.size());
         m_choices[i]->place(ChoiceX, y, (ChoicesWidth - (count - 1) * Style::Gap) / count, Style::ButtonHeight);
         connect(m_choices[i], &ChoiceGroup::asked, this,

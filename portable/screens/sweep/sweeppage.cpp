@@ -218,6 +218,7 @@ void SweepPage::buildDirection() {
         m_group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE,
         {{QStringLiteral("Normal"), prefix + QStringLiteral("Normal"), QString(), pictureOf(LineIcon::SweepUp)},
          {QStringLiteral("UpDown"), prefix + QStringLiteral("UpDown"), QString(), pictureOf(LineIcon::SweepUpDown)}});
+    m_direction->followModule();
     m_direction->place(RightColumn.valueX, rowTop(0), DirectionWidth, Style::ButtonHeight);
     connect(m_direction, &ChoiceGroup::asked, this, &SweepPage::chooseDirection);
 

@@ -124,6 +124,7 @@ void systemScreen::buildReference() {
     for (const char* word : ReferenceOscillatorToString)
         words.push_back({QString::fromLatin1(word), QStringLiteral("reference") + QLatin1String(word), QString()});
     m_reference = new ChoiceGroup(group, PRESSED_WIDGET_BTN_STYLE, UNPRESSED_WIDGET_BTN_STYLE, words);
+    m_reference->followModule();
     m_reference->place(ButtonX, ReferenceRow, ButtonWidth, Style::ButtonHeight);
     connect(m_reference, &ChoiceGroup::asked, this, &systemScreen::chooseReference);
 }
