@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
+#include <cstdio>
 #include <systemd/sd-daemon.h>
 
 namespace {

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QProcess>
+#include <algorithm>
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
@@ -54,12 +55,12 @@ struct Found {
     bool ok = false;
     double firstPaint = 0; ///< ms from exec
     double window = 0;     ///< ms from exec to the first paint that the watchdog of the shown window has seen
-    double peak = 0;       ///< MB, VmHWM
-    double rest = 0;       ///< MB, VmRSS
-    double own = 0;        ///< MB of it that no other process could share, RssAnon
+    double peak = 0;       ///< MiB, VmHWM
+    double rest = 0;       ///< MiB, VmRSS
+    double own = 0;        ///< MiB of it that no other process could share, RssAnon
 };
 
-double megabytes(const QByteArray& status, const char* key) {
+double mebibytes(const QByteArray& status, const char* key) {
     const int at = status.indexOf(key);
     return at < 0 ? 0
                   : status.mid(at + static_cast<int>(std::strlen(key))).trimmed().split(' ').first().toDouble() / 1024;
@@ -89,9 +90,9 @@ Found started(const QString& program, const QStringList& arguments, const QProce
         continue;
     QFile file(QStringLiteral("/proc/%1/status").arg(process.processId()));
     const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    found.peak = megabytes(status, "VmHWM:");
-    found.rest = megabytes(status, "VmRSS:");
-    found.own = megabytes(status, "RssAnon:");
+    found.peak = mebibytes(status, "VmHWM:");
+    found.rest = mebibytes(status, "VmRSS:");
+    found.own = mebibytes(status, "RssAnon:");
     found.ok = found.own > 0;
     process.kill();
     process.waitForFinished();
@@ -124,9 +125,9 @@ bool measure(const QString& panelProgram, const QString& plainProgram) {
     };
     compare("process_first_paint", &Found::firstPaint, "ms");
     compare("process_window", &Found::window, "ms", false); // the splash's one pass stands between
-    compare("process_memory_peak", &Found::peak, "MB");
-    compare("process_memory_rest", &Found::rest, "MB");
-    compare("process_memory_own", &Found::own, "MB");
+    compare("process_memory_peak", &Found::peak, "MiB");
+    compare("process_memory_rest", &Found::rest, "MiB");
+    compare("process_memory_own", &Found::own, "MiB");
     return true;
 }
 

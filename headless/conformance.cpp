@@ -161,18 +161,27 @@ void Conformance::connections() {
         find("the connection cannot be made anew");
 }
 
-/// Whatever has gone wrong before: nothing radiates when this program goes.
+/// Whatever has gone wrong before: nothing radiates when this program goes. Where it has radiated the record is not
+/// believed, for a command that was given up may have been carried out since.
 void Conformance::leaveOff() {
     row("RF off at the end");
     for (unsigned channel = m_channels; channel-- > 0;) {
         m_channel = channel;
-        if (record().rfOutput != 1 && !m_lost)
+        const bool shown = record().rfOutput == 1;
+        if (shown || m_lost)
+            find("channel " + QByteArray::number(channel) + (m_lost ? ": nobody knows" : " shows RF on"));
+        else if (!m_settings.radiates)
             continue;
-        find("channel " + QByteArray::number(channel) + (m_lost ? ": nobody knows" : " shows RF on"));
-        if (m_channels > 1)
-            send(Scpi::SelectChannel + QByteArray::number(channel));
+        select(channel);
         sendOff();
     }
+    if (m_selected != 0)
+        select(0);
+}
+
+bool Conformance::select(unsigned channel) {
+    m_selected = channel;
+    return m_channels == 1 || send(Scpi::SelectChannel + QByteArray::number(channel));
 }
 
 /// The last one that could be read, once there is none any more.

@@ -71,6 +71,7 @@ private:
     void finishRow();
     void skip(const QByteArray& what, const QByteArray& why);
     void find(const QByteArray& finding);
+    bool select(unsigned channel); ///< nothing to send where there is one channel
     bool sendOff();
     bool setValue(const DeviceValue& item, const std::string& argument);
     /// Sends a command, checks the form of the answer and then the record; false when it was not taken.
@@ -83,7 +84,8 @@ private:
     ChannelRegion m_region;
     std::unique_ptr<ServiceProbe> m_probe;
     quint16 m_port = 0;
-    unsigned m_channel = 0;
+    unsigned m_channel = 0;  ///< the one that is looked at
+    unsigned m_selected = 0; ///< the one that commands reach, as far as it was asked for
     unsigned m_channels = 1;
     QByteArray m_scope; ///< before the name of each row: the channel, where there are several
     std::array<ChannelRecord, MaxChannels> m_last{};

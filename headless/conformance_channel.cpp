@@ -67,7 +67,7 @@ void Conformance::lookAtChannel(unsigned channel) {
     if (m_channels > 1)
         m_scope = "channel " + QByteArray::number(channel) + ", ";
     row("selection and RF off");
-    const bool ours = m_channels == 1 || send(Scpi::SelectChannel + QByteArray::number(channel));
+    const bool ours = select(channel);
     const bool isOff = ours && sendOff();
     lookAtRecord();
     if (!isOff) {
@@ -231,11 +231,12 @@ void Conformance::radiation() {
                                  fieldInHandlerUnits(item, before, item.minimumOffset)};
         lowest = limits.known() && setValue(item, limitText(item, limits.minimum, limits.maximum)) && lowest;
     }
-    if (lowest)
+    const bool radiates = lowest && goesOn();
+    if (radiates)
         radiate(before);
     else
-        skip("RF on, modulations on", "the lowest power was not taken");
-    if (lowest && !sendOff()) {
+        skip("RF on, modulations on", lowest ? "stopped" : "the lowest power was not taken");
+    if (radiates && !sendOff()) {
         find("the power stays at its lowest");
         return;
     }

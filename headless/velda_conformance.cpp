@@ -63,8 +63,9 @@ int main(int argc, char** argv) {
 
     Conformance conformance(settings, print);
     interrupted = &conformance;
-    for (const int signal : {SIGINT, SIGTERM})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, stopAtSignal);
+    std::signal(SIGPIPE, SIG_IGN); // who reads the rows may go before RF is off
     int wrong = 0;
     for (const Conformance::Row& row : conformance.run())
         wrong += !row.skipped && !row.findings.isEmpty() ? 1 : 0;

@@ -37,7 +37,8 @@ QByteArray mediaBelow(const QString& root) {
 PackageScan::~PackageScan() {
     requestInterruption();
     wait();
-    const std::lock_guard<std::mutex> lock(m_mutex); // what the thread has written goes with this object
+    // Orders what the thread wrote before its end also for who cannot see into wait().
+    const std::lock_guard<std::mutex> lock(m_mutex);
 }
 
 void PackageScan::lookBelow(const QString& root) {

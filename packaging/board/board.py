@@ -27,13 +27,17 @@ class Board:
         for old in (f"{pictures}/[0-9][0-9]-*.png", f"{pictures}/boot-*.png", f"{BOARD}/*.sock"):
             for path in glob.glob(old):
                 os.remove(path)
+        self.power = time.monotonic()
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL)
-        self.emulator = Emulator(f"{BOARD}/qmp.sock")
+        self.emulator = None
         self.count = 0
         self.booting = True
         self.screens = {}
         self.code = None
         self.selector = selectors.DefaultSelector()
+
+    def connect(self):
+        self.emulator = Emulator(f"{BOARD}/qmp.sock")
         for name, answer in (("hands", self.obey), ("walk", self.hear)):
             port = socket.socket(socket.AF_UNIX)
             port.connect(f"{BOARD}/{name}.sock")
@@ -46,6 +50,7 @@ class Board:
         print(f"{self.seconds():7.1f} s  {text}", flush=True)
 
     def run(self):
+        self.connect()
         self.power = heard = time.monotonic()
         self.emulator.command("cont")
         while time.monotonic() - heard < PATIENCE:
@@ -108,12 +113,12 @@ def main():
     board = Board(pictures, sys.argv[3:])
     try:
         code = board.run()
-    except (EOFError, ConnectionError) as problem:
+    except (EOFError, OSError) as problem:
         board.say(f"the emulator has gone: {problem}")
         code = None
     finally:
         if board.process.poll() is None:
-            board.process.terminate()
+            board.process.kill()  # what it has started ends with it
             board.process.wait()
     if code is None:
         with open(f"{BOARD}/serial.log", errors="replace") as serial:

@@ -82,9 +82,9 @@ def memory(panel):
         for line in open(f"/proc/{main_pid()}/{file}"):
             name, *size = line.split()
             if size[1:] == ["kB"]:
-                sizes[name] = int(size[0]) / 1000
-    return (f"peak {sizes['VmHWM:']:.1f} MB, now {sizes['VmRSS:']:.1f} MB, of it written by the panel alone "
-            f"{sizes['Private_Dirty:']:.1f} MB")
+                sizes[name] = int(size[0]) / 1024
+    return (f"peak {sizes['VmHWM:']:.1f} MiB, now {sizes['VmRSS:']:.1f} MiB, of it written by the panel alone "
+            f"{sizes['Private_Dirty:']:.1f} MiB")
 
 
 def taps(panel):
@@ -250,10 +250,13 @@ def upgrade(panel):
 
 def remove(_):
     before = contents()
+    ask(":OUTP ON")
+    assert ask(":OUTP?") == "1"
     run("dpkg", "-r", "velda-panel")
+    assert ask(":OUTP?") == "0", "a removed panel leaves RF on"
     assert shown("velda-panel", "ActiveState")[0] != "active" and not os.path.exists("/usr/bin/portable_gui")
     assert contents() == before and os.path.exists("/etc/velda/velda-panel.conf")
-    return "stopped and gone, data and conffiles kept"
+    return "stopped and gone, RF off, data and conffiles kept"
 
 
 def purge(_):
@@ -277,8 +280,8 @@ def walk(hands, names):
             said = step(panel)
             hands.picture(step.__name__)
             print(f"walk: {step.__name__}: {said} ({time.monotonic() - began:.1f} s)", flush=True)
-        except (AssertionError, OSError) as problem:
-            print(f"walk: {step.__name__}: FAILED: {problem}", flush=True)
+        except Exception as problem:
+            print(f"walk: {step.__name__}: FAILED: {problem!r}", flush=True)
             hands.picture(step.__name__ + "-failed")
             print(run("journalctl", "-b", "--no-pager", "-n", "60", check=False), flush=True)
             return 1

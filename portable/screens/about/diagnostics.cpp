@@ -72,8 +72,9 @@ QByteArray withoutNames(const QByteArray& bytes, const QString& account) {
     static const QRegularExpression network(QStringLiteral("(Localhost name:|IP =|MAC =|Netmask =)[^\n]*"));
     QString text = QString::fromUtf8(bytes).replace(network, QStringLiteral("\\1 -"));
     if (!account.isEmpty())
-        text.replace(QRegularExpression(QStringLiteral("/%1(?![\\w-])").arg(QRegularExpression::escape(account))),
-                     QStringLiteral("/USER"));
+        text.replace(
+            QRegularExpression(QStringLiteral("(/media|/home)/%1(?![\\w-])").arg(QRegularExpression::escape(account))),
+            QStringLiteral("\\1/USER"));
     return text.toUtf8();
 }
 
