@@ -21,6 +21,18 @@ QByteArray text(const std::string& words) {
     return QByteArray::fromStdString(words);
 }
 
+ValueLimits limitsOf(const DeviceValue& item, const ChannelRecord& record) {
+    return {fieldInHandlerUnits(item, record, item.maximumOffset),
+            fieldInHandlerUnits(item, record, item.minimumOffset)};
+}
+
+/// A check of the record's field behind a command.
+auto expect(std::uint32_t ChannelRecord::*field, std::uint32_t wanted) {
+    return [field, wanted](const ChannelRecord& r) {
+        return r.*field == wanted ? QByteArray() : "the record shows " + QByteArray::number(r.*field);
+    };
+}
+
 /// The text of a limit, on this side of it where the wire's decimals cannot carry it.
 std::string limitText(const DeviceValue& item, double limit, double other) {
     const double scale = item.kind == DeviceValue::Kind::Time ? 1e-9 : 1.0;
@@ -50,8 +62,7 @@ void Conformance::lookAtRecord() {
     }
     for (int i = 0; i < DeviceValueCount; ++i) {
         const DeviceValue& item = ::deviceValue(static_cast<DeviceValueId>(i));
-        const ValueLimits limits{fieldInHandlerUnits(item, r, item.maximumOffset),
-                                 fieldInHandlerUnits(item, r, item.minimumOffset)};
+        const ValueLimits limits = limitsOf(item, r);
         const double value = fieldInHandlerUnits(item, r, item.valueOffset);
         if (limits.minimum > limits.maximum)
             find(QByteArray(item.header) + "at offset " + QByteArray::number(int(item.maximumOffset)) +
@@ -104,8 +115,7 @@ void Conformance::deviceValue(DeviceValueId id) {
     const DeviceValue& item = ::deviceValue(id);
     const ChannelRecord before = record();
     const double held = fieldInHandlerUnits(item, before, item.valueOffset);
-    const ValueLimits limits{fieldInHandlerUnits(item, before, item.maximumOffset),
-                             fieldInHandlerUnits(item, before, item.minimumOffset)};
+    const ValueLimits limits = limitsOf(item, before);
     row(QByteArray(item.header).trimmed());
     if (limits.known() && limits.maximum > limits.minimum) {
         setValue(item, limitText(item, limits.minimum, limits.maximum));
@@ -163,9 +173,7 @@ void Conformance::switches() {
     const ChannelRecord before = record();
     const auto set = [this](const char* header, const QByteArray& argument, std::uint32_t ChannelRecord::*field,
                             std::uint32_t wanted) {
-        send(header + argument, [&](const ChannelRecord& r) {
-            return r.*field == wanted ? QByteArray() : "the record shows " + QByteArray::number(r.*field);
-        });
+        send(header + argument, expect(field, wanted));
     };
     row(":INIT:CONT");
     for (const bool on : {false, true, before.runMode == 1})
@@ -227,8 +235,7 @@ void Conformance::radiation() {
     bool lowest = true;
     for (const DeviceValueId id : Powers) {
         const DeviceValue& item = ::deviceValue(id);
-        const ValueLimits limits{fieldInHandlerUnits(item, before, item.maximumOffset),
-                                 fieldInHandlerUnits(item, before, item.minimumOffset)};
+        const ValueLimits limits = limitsOf(item, before);
         lowest = limits.known() && setValue(item, limitText(item, limits.minimum, limits.maximum)) && lowest;
     }
     const bool radiates = lowest && goesOn();
@@ -247,11 +254,6 @@ void Conformance::radiation() {
 }
 
 void Conformance::radiate(const ChannelRecord& before) {
-    const auto expect = [](std::uint32_t ChannelRecord::*field, std::uint32_t wanted) {
-        return [field, wanted](const ChannelRecord& r) {
-            return r.*field == wanted ? QByteArray() : "the record shows " + QByteArray::number(r.*field);
-        };
-    };
     row("RF on");
     send(QByteArray(Scpi::Output) + "ON", expect(&ChannelRecord::rfOutput, 1));
     for (const Modulation& kind : Modulations) {
